@@ -1,0 +1,15 @@
+#pragma once
+
+#include <cstddef>
+
+/// The device's tracking allocation: `new (file, line) T`. Gives a null pointer when there is no memory, so the
+/// expression does too. The memory is released by the ordinary `delete`.
+///
+/// @param size  bytes
+/// @param file  folder of the allocating source, for the device's allocation tracker (the bundled platform keeps no
+/// record)
+/// @param line  line of the allocating source
+void* operator new(std::size_t size, const char* file, int line) noexcept;
+
+/// Releases the memory when a constructor throws.
+void operator delete(void* memory, const char* file, int line) noexcept;

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <string>
+
+class TiXmlDocument;
+class TiXmlElement;
+
+/// Loads an XML file as the library's own `LoadFile` does, but safely: the file is read whole first, and a document
+/// that would exhaust the library's stack or time is refused (larger than 4 MiB, nested deeper than 200 elements, more
+/// than 100,000 elements, more than 256 attributes in one element).
+///
+/// @param document   replaced; of no use after a failure
+/// @param path       only regular files are read
+/// @param errorDesc  gets a short description on failure; may be null
+/// @return non-zero on success; 0 for a file that is missing, unreadable, empty, not well-formed or refused
+int LoadXmlFile(TiXmlDocument& document, const char* path, std::string* errorDesc = nullptr);
+
+/// Saves the bytes that the library's own `SaveFile` writes, by `ReplaceFile`.
+///
+/// @return 1 on success; 0 when there is no memory or the file cannot be replaced, which then is as it was
+int SaveXmlFile(const TiXmlDocument& document, const char* path);
+
+/// @param element  not null
+/// @return the attribute's text; the default when it is absent
+std::string TinyXml_GetStringAttr(const TiXmlElement* element, const char* name, const char* defaultText);
+
+/// @param element  not null
+/// @return the attribute as `ParseInt32` reads it (0 when it is no number); the default when it is absent
+int TinyXml_GetIntAttr(const TiXmlElement* element, const char* name, int defaultValue);

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+/// Two 256-bit AES keys: one for the synthetic IV, one for the text.
+constexpr std::size_t kCipherKeySize = 64;
+using CipherKey = std::array<std::uint8_t, kCipherKeySize>;
+
+/// Reads the key file: 128 hexadecimal digits, white space ignored.
+///
+/// @param key  gets the key; the fixed development key when the file is missing; as it was on failure
+/// @return false when the file is there but malformed or unreadable
+bool LoadCipherKey(const char* path, CipherKey& key);

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <sys/stat.h>
+
+/// Reading files and following links, with the rules that every service of the platform shares: only regular files are
+/// read, opening one never blocks, no descriptor reaches a child, and no link of another user is followed in a sticky
+/// folder.
+
+enum class ReadResult {
+    Done,
+    Missing,    ///< nothing has that path
+    Unreadable, ///< something has it, but it cannot be read as a file
+};
+
+/// Reads a whole regular file.
+///
+/// @param bytes   gets the content; as it was unless the result is `Done`
+/// @param status  gets what `fstat` says of the file when it was read; may be null
+ReadResult ReadFile(const char* path, std::string& bytes, struct stat* status = nullptr);
+
+enum class LinkResult {
+    Resolved,
+    Foreign,      ///< the path reaches another user's link in a sticky folder
+    Unresolvable, ///< a loop, or a link that cannot be read
+};
+
+/// Follows the link, or chain of links, that the path's last name may be.
+///
+/// @param path  on `Resolved` a path that is no link (it may be missing); on `Foreign` that of the link not followed
+LinkResult ResolveLinks(std::string& path);
+
+/// @return the folder that holds the path's last name: "." for a bare name
+std::string FolderOf(const std::string& path);
+
+/// Writes all bytes, however many calls it takes.
+///
+/// @return false when a write failed
+bool WriteAll(int descriptor, std::string_view bytes);
+
+/// Owns a descriptor and closes it.
+class Descriptor
+{
+public:
+    explicit Descriptor(int number) : number_(number) {}
+    ~Descriptor();
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+
+    bool IsOpen() const { return number_ >= 0; }
+    int Number() const { return number_; }
+
+private:
+    int number_;
+};

@@ -1,0 +1,179 @@
+#include "iniText.h"
+
+namespace
+{
+
+constexpr std::string_view kBlanks = " \t";
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+constexpr std::string_view kLineBreaksAndZero("\r\n\0", 3);
+
+std::string_view TrimLeft(std::string_view text)
+{
+    const std::size_t begin = text.find_first_not_of(kBlanks);
+    return begin == std::string_view::npos ? text.substr(text.size()) : text.substr(begin);
+}
+
+std::string_view TrimRight(std::string_view text)
+{
+    return text.substr(0, text.find_last_not_of(kBlanks) + 1); // npos + 1 is 0: nothing but blanks
+}
+
+std::size_t PositionIn(std::string_view text, std::string_view part)
+{
+    return static_cast<std::size_t>(part.data() - text.data());
+}
+
+bool HasAnyOf(std::string_view text, std::string_view characters)
+{
+    return text.find_first_of(characters) != std::string_view::npos;
+}
+
+bool IsStorable(std::string_view section, std::string_view key, std::string_view value)
+{
+    if (section.empty() || section.find(']') != std::string_view::npos || HasAnyOf(section, kLineBreaksAndZero))
+        return false;
+    if (key.empty() || key.find('=') != std::string_view::npos || HasAnyOf(key, kLineBreaksAndZero))
+        return false;
+    if (TrimLeft(key).size() != key.size() || TrimRight(key).size() != key.size() || HasAnyOf(key.substr(0, 1), "[;#"))
+        return false;
+    return !HasAnyOf(value, kLineBreaksAndZero);
+}
+
+/// New lines end as the first line does.
+std::string_view LineEndOf(std::string_view text)
+{
+    const std::size_t feed = text.find('\n');
+    return feed != std::string_view::npos && feed > 0 && text[feed - 1] == '\r' ? "\r\n" : "\n";
+}
+
+/// Where a new key of the section goes.
+struct KeyPlace {
+    std::size_t position;          ///< behind this line
+    std::string_view blanksBefore; ///< the blanks that the key line before it writes around its "="
+    std::string_view blanksBehind;
+};
+
+KeyPlace PlaceBehindKey(std::string_view text, const IniLine& line)
+{
+    const std::size_t nameEnd = PositionIn(text, line.name) + line.name.size();
+    const std::size_t equals = text.find('=', nameEnd);
+    const std::size_t valueBegin = PositionIn(text, line.value);
+    return {line.end, text.substr(nameEnd, equals - nameEnd), text.substr(equals + 1, valueBegin - equals - 1)};
+}
+
+/// Behind the last key line of the first section of that name, or behind its section line when it has no key.
+std::optional<KeyPlace> FindPlaceInSection(std::string_view text, std::string_view section)
+{
+    std::optional<KeyPlace> place;
+    for (std::size_t begin = FirstIniLine(text); begin < text.size();) {
+        const IniLine line = ReadIniLine(text, begin);
+        if (line.kind == IniLineKind::Section && place)
+            break;
+        if (line.kind == IniLineKind::Section && line.name == section)
+            place = KeyPlace{line.end, {}, {}};
+        if (line.kind == IniLineKind::Key && place)
+            place = PlaceBehindKey(text, line);
+        begin = line.end;
+    }
+    return place;
+}
+
+/// @param text  not empty
+bool EndsInBlankLine(std::string_view text)
+{
+    const std::string_view lessLastByte = text.substr(0, text.size() - 1); // which may be the last line's own line feed
+    const std::size_t lastLine = lessLastByte.rfind('\n') + 1;             // npos + 1 is 0: there is one line
+    const IniLine line = ReadIniLine(text, lastLine);
+    return TrimLeft(text.substr(lastLine, line.contentEnd - lastLine)).empty();
+}
+
+/// Inserts behind the line that ends at the position; a last line without a line end gets one first.
+void InsertBehindLine(std::string& text, std::size_t position, std::string inserted, std::string_view lineEnd)
+{
+    if (position > FirstIniLine(text) && text[position - 1] != '\n')
+        inserted.insert(0, lineEnd);
+    text.insert(position, inserted);
+}
+
+void AddKey(std::string& text, const KeyPlace& place, std::string_view key, std::string_view value)
+{
+    const std::string_view lineEnd = LineEndOf(text);
+    std::string line(key);
+    line.append(place.blanksBefore).append("=").append(place.blanksBehind).append(value).append(lineEnd);
+    InsertBehindLine(text, place.position, std::move(line), lineEnd);
+}
+
+void AddSection(std::string& text, std::string_view section, std::string_view key, std::string_view value)
+{
+    const std::string_view lineEnd = LineEndOf(text);
+    const std::string_view content = std::string_view(text).substr(FirstIniLine(text));
+    std::string lines;
+    if (!content.empty() && !EndsInBlankLine(content))
+        lines.append(lineEnd);
+    lines.append("[").append(section).append("]").append(lineEnd);
+    lines.append(key).append("=").append(value).append(lineEnd);
+    InsertBehindLine(text, text.size(), std::move(lines), lineEnd);
+}
+
+} // namespace
+
+IniLine ReadIniLine(std::string_view text, std::size_t begin)
+{
+    const std::size_t feed = text.find('\n', begin);
+    IniLine line = {IniLineKind::Other, text.size(), text.size(), {}, {}};
+    if (feed != std::string_view::npos) {
+        line.end = feed + 1;
+        line.contentEnd = feed > begin && text[feed - 1] == '\r' ? feed - 1 : feed;
+    }
+
+    const std::string_view content = TrimLeft(text.substr(begin, line.contentEnd - begin));
+    if (content.empty() || content.front() == ';' || content.front() == '#')
+        return line;
+    if (content.front() == '[') {
+        const std::size_t bracket = content.find(']');
+        if (bracket != std::string_view::npos) {
+            line.kind = IniLineKind::Section;
+            line.name = content.substr(1, bracket - 1);
+            return line;
+        }
+    }
+    const std::size_t equals = content.find('=');
+    if (equals == std::string_view::npos || equals == 0)
+        return line;
+    line.kind = IniLineKind::Key;
+    line.name = TrimRight(content.substr(0, equals));
+    line.value = TrimLeft(content.substr(equals + 1));
+    return line;
+}
+
+std::size_t FirstIniLine(std::string_view text)
+{
+    return text.substr(0, kByteOrderMark.size()) == kByteOrderMark ? kByteOrderMark.size() : 0;
+}
+
+std::optional<std::string_view> FindIniValue(std::string_view text, std::string_view section, std::string_view key)
+{
+    bool isInSection = false;
+    for (std::size_t begin = FirstIniLine(text); begin < text.size();) {
+        const IniLine line = ReadIniLine(text, begin);
+        if (line.kind == IniLineKind::Section)
+            isInSection = line.name == section;
+        else if (line.kind == IniLineKind::Key && isInSection && line.name == key)
+            return line.value;
+        begin = line.end;
+    }
+    return std::nullopt;
+}
+
+bool SetIniValue(std::string& text, std::string_view section, std::string_view key, std::string_view value)
+{
+    if (!IsStorable(section, key, value))
+        return false;
+    if (const auto present = FindIniValue(text, section, key))
+        text.replace(PositionIn(text, *present), present->size(), value);
+    else if (const auto place = FindPlaceInSection(text, section))
+        AddKey(text, *place, key, value);
+    else
+        AddSection(text, section, key, value);
+    return true;
+}

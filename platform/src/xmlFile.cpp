@@ -1,0 +1,108 @@
+#include "xmlFile.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <tinyxml.h>
+
+#include "fileBytes.h"
+#include "fileReplacement.h"
+#include "integerText.h"
+#include "xmlGuard.h"
+
+namespace
+{
+
+using StreamPointer = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
+
+/// What the library prints, in memory.
+class MemoryStream
+{
+public:
+    MemoryStream() : stream_(open_memstream(&bytes_, &size_), &std::fclose) {}
+    ~MemoryStream()
+    {
+        stream_.reset(); // writes to the bytes once more
+        std::free(bytes_);
+    }
+    MemoryStream(const MemoryStream&) = delete;
+    MemoryStream& operator=(const MemoryStream&) = delete;
+
+    bool IsOpen() const { return stream_ != nullptr; }
+    std::FILE* File() const { return stream_.get(); }
+    bool Finish() { return std::fclose(stream_.release()) == 0; }
+    std::string_view Bytes() const { return std::string_view(bytes_, size_); }
+
+private:
+    char* bytes_ = nullptr;
+    std::size_t size_ = 0;
+    StreamPointer stream_;
+};
+
+/// The library's own treatment of line ends, done before it looks: the guard has to see the very text that the library
+/// will parse. The text ends at its first zero byte, as it does for the library.
+void NormaliseLineEnds(std::string& text)
+{
+    text.resize(std::min(text.size(), text.find('\0')));
+    std::size_t kept = 0;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] == '\n' && i > 0 && text[i - 1] == '\r')
+            continue; // the CR before it has become the line feed
+        text[kept++] = text[i];
+    }
+    text.resize(kept);
+    std::replace(text.begin(), text.end(), '\r', '\n');
+}
+
+const char* LoadText(TiXmlDocument& document, std::string& text)
+{
+    // The library may read a few bytes past a text that ends inside a UTF-8 character.
+    constexpr std::size_t kPadding = 8;
+    text.append(kPadding, '\0');
+    const StreamPointer stream(fmemopen(text.data(), text.size(), "r"), &std::fclose);
+    if (stream == nullptr)
+        return "Memory allocation failed.";
+    return document.LoadFile(stream.get()) ? nullptr : document.ErrorDesc();
+}
+
+const char* Load(TiXmlDocument& document, const char* path)
+{
+    std::string text;
+    if (ReadFile(path, text) != ReadResult::Done)
+        return "Failed to open file"; // the library's own words
+    if (const char* refusal = RefuseSize(text.size()))
+        return refusal;
+    NormaliseLineEnds(text);
+    if (const char* refusal = RefuseXml(text))
+        return refusal;
+    return LoadText(document, text);
+}
+
+} // namespace
+
+int LoadXmlFile(TiXmlDocument& document, const char* path, std::string* errorDesc)
+{
+    const char* failure = Load(document, path);
+    if (failure != nullptr && errorDesc != nullptr)
+        *errorDesc = failure;
+    return failure == nullptr;
+}
+
+int SaveXmlFile(const TiXmlDocument& document, const char* path)
+{
+    MemoryStream stream;
+    return stream.IsOpen() && document.SaveFile(stream.File()) && stream.Finish() && ReplaceFile(path, stream.Bytes());
+}
+
+std::string TinyXml_GetStringAttr(const TiXmlElement* element, const char* name, const char* defaultText)
+{
+    const char* text = element->Attribute(name);
+    return text == nullptr ? defaultText : text;
+}
+
+int TinyXml_GetIntAttr(const TiXmlElement* element, const char* name, int defaultValue)
+{
+    const char* text = element->Attribute(name);
+    return text == nullptr ? defaultValue : ParseInt32(text);
+}

@@ -1,0 +1,293 @@
+#include "xmlGuard.h"
+
+#include <cctype>
+#include <cstring>
+
+namespace
+{
+
+constexpr std::size_t kEnd = std::string_view::npos;
+
+bool IsSpace(char character)
+{
+    return std::isspace(static_cast<unsigned char>(character)) != 0;
+}
+
+bool IsNameStart(char character)
+{
+    const auto byte = static_cast<unsigned char>(character);
+    return byte >= 127 || std::isalpha(byte) != 0 || character == '_';
+}
+
+bool IsNamePart(char character)
+{
+    return IsNameStart(character) || std::isdigit(static_cast<unsigned char>(character)) != 0 || character == '-' ||
+           character == '.' || character == ':';
+}
+
+/// Bytes that the library takes for one character of UTF-8 text, judging by the first alone.
+std::size_t CharacterSize(char character)
+{
+    const auto byte = static_cast<unsigned char>(character);
+    if (byte < 0xc2 || byte > 0xf4)
+        return 1;
+    return byte < 0xe0 ? 2 : byte < 0xf0 ? 3 : 4;
+}
+
+bool EqualsIgnoringCase(std::string_view text, std::string_view lowerCase)
+{
+    if (text.size() < lowerCase.size())
+        return false;
+    for (std::size_t i = 0; i < lowerCase.size(); ++i) {
+        if (std::tolower(static_cast<unsigned char>(text[i])) != lowerCase[i])
+            return false;
+    }
+    return true;
+}
+
+/// One walk over a document. `at_` is where the library's read pointer would be; at the text's end the walk is over, be
+/// it that the document ends there or that the library would report an error.
+class XmlWalk
+{
+public:
+    explicit XmlWalk(std::string_view text) : text_(text) {}
+
+    const char* Run()
+    {
+        isUtf8_ = StartsWith("\xEF\xBB\xBF");
+        isEncodingKnown_ = isUtf8_;
+        SkipSpace();
+        while (!IsAtEnd() && refusal_ == nullptr) {
+            TakeNode();
+            SkipSpace();
+        }
+        return refusal_;
+    }
+
+private:
+    bool IsAtEnd() const { return at_ >= text_.size(); }
+    char Current() const { return IsAtEnd() ? '\0' : text_[at_]; }
+    char Following() const { return at_ + 1 < text_.size() ? text_[at_ + 1] : '\0'; }
+    // A lead byte at the very end may have taken `at_` past it.
+    std::string_view Rest() const { return IsAtEnd() ? std::string_view() : text_.substr(at_); }
+    bool StartsWith(std::string_view start) const { return Rest().substr(0, start.size()) == start; }
+    void Stop() { at_ = text_.size(); }
+    void Refuse(const char* reason) { refusal_ = reason; }
+
+    void SkipSpace()
+    {
+        for (; !IsAtEnd(); ++at_) {
+            // The library takes byte order marks and two non-characters for white space.
+            while (isUtf8_ && (StartsWith("\xEF\xBB\xBF") || StartsWith("\xEF\xBF\xBE") || StartsWith("\xEF\xBF\xBF")))
+                at_ += 3;
+            if (!IsSpace(Current()))
+                return;
+        }
+    }
+
+    /// Goes behind the next `end`, looking from `skipped` characters on.
+    void SkipBehind(std::string_view end, std::size_t skipped)
+    {
+        const std::size_t found = text_.find(end, at_ + skipped);
+        at_ = found == kEnd ? text_.size() : found + end.size();
+    }
+
+    void TakeNode()
+    {
+        if (Current() != '<')
+            TakeText();
+        else if (depth_ > 0 && Following() == '/')
+            TakeEndTag();
+        else if (EqualsIgnoringCase(Rest(), "<?xml"))
+            TakeDeclaration();
+        else if (StartsWith("<!--"))
+            SkipBehind("-->", 4);
+        else if (StartsWith("<![CDATA["))
+            SkipBehind("]]>", 9);
+        else if (IsNameStart(Following()))
+            TakeStartTag();
+        else
+            SkipBehind(">", 1); // document types, processing instructions and what the library does not know
+    }
+
+    void TakeText()
+    {
+        if (depth_ == 0)
+            Stop(); // the library ends the document at text outside the root
+        else
+            SkipTextUpTo('<');
+    }
+
+    void TakeEndTag()
+    {
+        // A name that is not the open element's is an error to the library; if so, nothing that follows matters.
+        SkipBehind(">", 2);
+        --depth_;
+    }
+
+    void TakeStartTag()
+    {
+        if (++elements_ > kMostElements)
+            return Refuse("Document has too many elements.");
+        if (depth_ + 1 > kDeepestElement)
+            return Refuse("Document nested too deep.");
+        ++at_;
+        SkipName();
+
+        int attributes = 0;
+        for (SkipSpace(); !IsAtEnd(); SkipSpace()) {
+            if (Current() == '/') {
+                Following() == '>' ? static_cast<void>(at_ += 2) : Stop();
+                return;
+            }
+            if (Current() == '>') {
+                ++at_;
+                ++depth_;
+                return;
+            }
+            if (++attributes > kMostAttributes)
+                return Refuse("Element has too many attributes.");
+            (void)TakeAttribute();
+        }
+    }
+
+    void SkipName()
+    {
+        while (!IsAtEnd() && IsNamePart(Current()))
+            ++at_;
+    }
+
+    /// @return the raw text of the attribute's value
+    std::string_view TakeAttribute()
+    {
+        SkipSpace();
+        if (!IsNameStart(Current())) {
+            Stop();
+            return {};
+        }
+        SkipName();
+        SkipSpace();
+        if (Current() != '=') {
+            Stop();
+            return {};
+        }
+        ++at_;
+        SkipSpace();
+        const char quote = Current();
+        return quote == '"' || quote == '\'' ? TakeQuotedValue(quote) : TakeBareValue();
+    }
+
+    std::string_view TakeQuotedValue(char quote)
+    {
+        const std::size_t begin = ++at_;
+        SkipTextUpTo(quote);
+        if (IsAtEnd())
+            return {};
+        return text_.substr(begin, at_++ - begin);
+    }
+
+    std::string_view TakeBareValue()
+    {
+        const std::size_t begin = at_;
+        for (; !IsAtEnd() && !IsSpace(Current()) && Current() != '/' && Current() != '>'; ++at_) {
+            if (Current() == '"' || Current() == '\'')
+                Stop();
+        }
+        return text_.substr(begin, at_ - begin);
+    }
+
+    void TakeDeclaration()
+    {
+        at_ += std::strlen("<?xml");
+        std::string_view encoding;
+        while (!IsAtEnd() && Current() != '>') {
+            SkipSpace();
+            if (EqualsIgnoringCase(Rest(), "encoding"))
+                encoding = TakeAttribute();
+            else if (EqualsIgnoringCase(Rest(), "version") || EqualsIgnoringCase(Rest(), "standalone"))
+                (void)TakeAttribute();
+            else
+                SkipWord();
+        }
+        if (!IsAtEnd())
+            ++at_;
+        if (depth_ == 0 && !isEncodingKnown_)
+            SetEncoding(encoding);
+    }
+
+    void SkipWord()
+    {
+        while (!IsAtEnd() && Current() != '>' && !IsSpace(Current()))
+            ++at_;
+    }
+
+    void SetEncoding(std::string_view name)
+    {
+        // The library resolves references in the name, which no honest file has; this walk does not.
+        if (name.find('&') != kEnd)
+            return Refuse("Document encoding not understood.");
+        isEncodingKnown_ = true;
+        isUtf8_ = name.empty() || EqualsIgnoringCase(name, "utf-8") || EqualsIgnoringCase(name, "utf8");
+    }
+
+    /// Steps over characters and references as the library reads them: a UTF-8 lead byte takes what follows with it,
+    /// even if that is the end that is looked for.
+    void SkipTextUpTo(char end)
+    {
+        while (!IsAtEnd() && Current() != end) {
+            if (isUtf8_ && CharacterSize(Current()) > 1)
+                at_ += CharacterSize(Current());
+            else if (Current() == '&')
+                TakeReference();
+            else
+                ++at_;
+        }
+    }
+
+    void TakeReference()
+    {
+        if (Following() != '#' || at_ + 2 >= text_.size()) {
+            ++at_; // the rest of a named reference reads as text: none has a character that could end it
+            return;
+        }
+        const bool isHexadecimal = text_[at_ + 2] == 'x';
+        const std::size_t semicolon = text_.find(';', at_ + (isHexadecimal ? 3 : 2));
+        if (semicolon == kEnd || !EndsInDigits(text_.substr(at_, semicolon - at_), isHexadecimal))
+            Stop();
+        else
+            at_ = semicolon + 1;
+    }
+
+    /// The library reads the digits from the semicolon backwards up to the nearest "x" or "#", whatever stands before
+    /// it.
+    static bool EndsInDigits(std::string_view reference, bool isHexadecimal)
+    {
+        const std::size_t mark = reference.rfind(isHexadecimal ? 'x' : '#');
+        for (const char digit : reference.substr(mark + 1)) {
+            const auto byte = static_cast<unsigned char>(digit);
+            if (isHexadecimal ? std::isxdigit(byte) == 0 : std::isdigit(byte) == 0)
+                return false;
+        }
+        return true;
+    }
+
+    std::string_view text_;
+    std::size_t at_ = 0;
+    bool isUtf8_ = false;
+    bool isEncodingKnown_ = false;
+    int depth_ = 0;
+    int elements_ = 0;
+    const char* refusal_ = nullptr;
+};
+
+} // namespace
+
+const char* RefuseSize(std::size_t size)
+{
+    return size > kLargestXmlFile ? "Document too large." : nullptr;
+}
+
+const char* RefuseXml(std::string_view text)
+{
+    return XmlWalk(text).Run();
+}
