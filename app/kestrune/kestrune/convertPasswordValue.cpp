@@ -1,0 +1,59 @@
+#include "convertPasswordValue.h"
+
+#include <cstdio>
+
+#include "passwordCipher.h"
+
+namespace
+{
+
+bool IsSevenBit(const char* text)
+{
+    for (; *text != '\0'; ++text) {
+        if (static_cast<unsigned char>(*text) >= 0x80)
+            return false;
+    }
+    return true;
+}
+
+void PrintBuffer(const char* buffer, int result)
+{
+    std::printf("lpOutPassword=%s, %d\n", buffer, result);
+}
+
+void Encipher(const std::string& input, std::string& output)
+{
+    char lpOutPassword[kPasswordBufferSize] = {};
+    if (pw_data_decrypt(input.c_str(), lpOutPassword) == 0 && IsSevenBit(lpOutPassword)) {
+        // Enciphered already. The buffer shows as much of it as fits; the value goes on whole.
+        std::snprintf(lpOutPassword, sizeof lpOutPassword, "%s", input.c_str());
+        PrintBuffer(lpOutPassword, 0);
+        output = input;
+        return;
+    }
+    // The buffer goes to the second call as the first one left it, and what stands in it then is the result even where
+    // the cipher reports a failure.
+    (void)pw_data_encrypt(input.c_str(), lpOutPassword);
+    PrintBuffer(lpOutPassword, 0);
+    output = lpOutPassword;
+}
+
+void Decipher(const std::string& input, std::string& output)
+{
+    char lpOutPassword[kPasswordBufferSize] = {};
+    const bool isDeciphered = pw_data_decrypt(input.c_str(), lpOutPassword) == 0 && IsSevenBit(lpOutPassword);
+    PrintBuffer(lpOutPassword, isDeciphered ? 0 : -1);
+    output = isDeciphered ? lpOutPassword : input;
+}
+
+} // namespace
+
+void ConvertPasswordValue(const std::string* input, std::string& output, bool wantEnciphered)
+{
+    if (input == nullptr)
+        return;
+    if (wantEnciphered)
+        Encipher(*input, output);
+    else
+        Decipher(*input, output);
+}

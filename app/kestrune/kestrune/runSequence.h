@@ -1,0 +1,22 @@
+#pragma once
+
+/// Whether the old XML data files are to be translated.
+///
+/// Reads:  /config/version.ini ([SyncConfig] bEnableFromOld; absent counts as enabled)
+bool IsEnableFromOld();
+
+/// Runs the passes of the mode that the first argument names, one after another in their fixed order.
+///
+/// | mode      | passes                                                                                            |
+/// | --------- | ------------------------------------------------------------------------------------------------- |
+/// | all       | start-up fix-ups; translation table; if enabled, the six XML translations; certificates; passwords |
+/// | dev       | start-up fix-ups; translation table; if enabled, the six XML translations; certificates            |
+/// | pwd       | start-up fix-ups; passwords                                                                       |
+/// | any other | start-up fix-ups                                                                                  |
+/// | none      | the usage line goes to the application log; no pass runs                                          |
+///
+/// A pass that fails, or meets an exception, ends by itself; the next one runs. At the end everything that was renamed
+/// is on the device for good.
+///
+/// @return 0 in every case: the program's exit status
+int RunSequence(int argumentCount, const char* const* arguments);

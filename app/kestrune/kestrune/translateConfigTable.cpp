@@ -1,0 +1,129 @@
+#include "translateConfigTable.h"
+
+#include <cstdio>
+#include <tinyxml.h>
+
+#include "appLog.h"
+#include "convertPasswordValue.h"
+#include "devicePaths.h"
+#include "fileHelper.h"
+#include "iniFile.h"
+#include "trackedNew.h"
+#include "xmlFile.h"
+
+namespace
+{
+
+constexpr char kTableFile[] = "/phone/resource/kestrune.xml";
+
+/// Never released: static, so that the document stays in reach until the process ends.
+TiXmlDocument* NewTableDocument()
+{
+    static TiXmlDocument* document = nullptr;
+    document = new ("../../../app/kestrune/kestrune", __LINE__) TiXmlDocument(kTableFile);
+    return document;
+}
+
+bool IsDeviceLocked()
+{
+    iniFile userIni;
+    return userIni.LoadFromFile(kUserIni) != 0 && userIni.GetIntValue("PhoneSetting", "EnLock", 0) != 0;
+}
+
+/// The first of the two attributes that is present, an empty one included.
+void ReadFirstPresent(const TiXmlElement& record, const char* name, const char* fallbackName, std::string& text)
+{
+    const char* present = record.Attribute(name);
+    if (present == nullptr)
+        present = record.Attribute(fallbackName);
+    if (present != nullptr)
+        text = present;
+}
+
+/// @return false when the destination does not load, which ends the pass
+bool TranslateRecord(const TiXmlElement& record, bool bEncrypt)
+{
+    std::string file;
+    std::string section;
+    std::string key;
+    bool bThisKeyEncrypt = false;
+    GetDstInfo(record, file, section, key, bThisKeyEncrypt);
+
+    const std::string value = GetSrcValue(record, bEncrypt && bThisKeyEncrypt);
+    std::printf("Translate dst: %s %s %s value:%s bThisKeyEncrypt:%d\n", file.c_str(), section.c_str(), key.c_str(),
+                value.c_str(), bThisKeyEncrypt);
+
+    // Loaded afresh for every record, which so sees what the records before it have saved.
+    iniFile destination;
+    if (destination.LoadFromFile(file.c_str()) == 0) {
+        std::puts("Can's load user's inifile!"); // the device's own spelling
+        return false;
+    }
+    if (destination.SetTextValue(section, key, value) != 0)
+        (void)destination.SaveToFile(/*path=*/nullptr); // the next record is none the worse for it
+    return true;
+}
+
+} // namespace
+
+int TranslateConfigTable()
+{
+    if (ETL_MiscHelper::pathFileExist(kTableFile) == 0) {
+        std::printf("The file [%s] not exist !\n", kTableFile);
+        return 0;
+    }
+    TiXmlDocument* table = NewTableDocument();
+    if (table == nullptr)
+        return 0;
+    const bool isLoaded = LoadXmlFile(*table, kTableFile) != 0;
+
+    const bool bEncrypt = IsDeviceLocked();
+    std::printf("bEncrypt=%d\n", bEncrypt);
+
+    const TiXmlElement* root = isLoaded ? table->RootElement() : nullptr;
+    const TiXmlElement* record = root == nullptr ? nullptr : root->FirstChildElement();
+    if (record == nullptr) {
+        app_log(kAppLogModule, kAppLogWarning, "No config translate record!\n");
+        return 0;
+    }
+    for (; record != nullptr; record = record->NextSiblingElement()) {
+        if (!TranslateRecord(*record, bEncrypt))
+            return 0;
+    }
+    return 1;
+}
+
+void GetDstInfo(const TiXmlElement& record, std::string& file, std::string& section, std::string& key,
+                bool& bThisKeyEncrypt)
+{
+    ReadFirstPresent(record, "dstFile", "srcFile", file);
+    ReadFirstPresent(record, "dstSec", "srcSec", section);
+    ReadFirstPresent(record, "dstKey", "srcKey", key);
+    if (record.QueryBoolAttribute("dstEncrypt", &bThisKeyEncrypt) != TIXML_SUCCESS)
+        (void)record.QueryBoolAttribute("srcEncrypt", &bThisKeyEncrypt); // else the flag stays
+}
+
+std::string GetSrcValue(const TiXmlElement& record, bool wantEnciphered)
+{
+    const char* file = record.Attribute("srcFile");
+    const char* section = record.Attribute("srcSec");
+    const char* key = record.Attribute("srcKey");
+    if (file == nullptr || section == nullptr || key == nullptr)
+        return std::string();
+
+    const std::string text = ReadIniText(file, section, key, "");
+    std::printf("src value:%s\n", text.c_str());
+    std::string value;
+    ConvertPasswordValue(&text, value, wantEnciphered);
+    return value;
+}
+
+std::string ReadIniText(const char* file, const char* section, const char* key, const char* defaultText)
+{
+    iniFile document;
+    if (document.LoadFromFile(file) == 0) {
+        std::printf("Can's load user's inifile [%s]!\n", file); // the device's own spelling
+        return std::string();
+    }
+    return document.GetTextValue(section, key, defaultText);
+}
