@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstdint>
+#include <list>
+#include <string>
+
+/// One contact of the local directory.
+struct ContactRecord {
+    std::string displayName;
+    std::string officeNumber;
+    std::string mobileNumber;
+    std::string otherNumber;
+    std::string photoPath;
+    std::int32_t groupId = 0; ///< id of the group in which the contact stood
+};
+
+/// One group of contacts.
+struct GroupRecord {
+    std::int32_t id = 0;
+    std::string displayName;
+    bool isReadOnly = false;
+};
+
+/// Contacts: the groups with contacts inside become a flat contact list and a flat group list.
+///
+/// Reads:     `oldPath`
+/// Writes:    `newContactPath`, then `newGroupPath`
+/// Result:    1 when both were saved, else 0; 0 when a path is null
+/// Failures:  no, unreadable or empty contact data: nothing is written
+/// Twice:     writes the same files again
+int ContactV4XToV50(const char* oldPath, const char* newContactPath, const char* newGroupPath);
+
+/// Reads at most 1001 contacts with a name, and 50 custom groups.
+///
+/// @param contacts, groups  emptied when the file exists, then filled in document order; the group list begins with
+/// "All" and
+///                          ends with "Black List"
+/// @return 1 when the file was read; 0 when it is missing, does not load or has another root
+int GetV4XContactData(const char* oldPath, std::list<ContactRecord>& contacts, std::list<GroupRecord>& groups);

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <list>
+
+#include "dialPlanV4XToV50.h"
+
+/// Dial-now rules: they move to the new file. A rule is a `DialRuleRecord` without a replacement.
+///
+/// Reads:     `oldPath`
+/// Writes:    `newPath`; a list without rules gives a file without rules
+/// Result:    1 when it was saved, else 0; 0 when a path is null
+/// Failures:  no or unreadable rules: nothing is written
+/// Twice:     writes the same file again
+int DialNowV4XToV50(const char* oldPath, const char* newPath);
+
+/// @param rules  gets the file's rules at its end, in document order; unlike the other readers, this one does not empty
+/// it
+/// @return 1 when the file was read; 0 when the path is null, or the file is missing, does not load or has another root
+int GetV4XDialNowData(const char* oldPath, std::list<DialRuleRecord>& rules);
+
+/// @return 1 when the file was saved; 0 when it was not or the path is null
+int SetV50DialNowData(const char* newPath, const std::list<DialRuleRecord>& rules);

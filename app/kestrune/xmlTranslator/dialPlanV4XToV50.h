@@ -1,0 +1,27 @@
+#pragma once
+
+#include <list>
+#include <string>
+
+/// One dial rule. The texts are carried over as they stand.
+struct DialRuleRecord {
+    std::string prefix;
+    std::string replacement;
+    std::string account; ///< the accounts (lines) that the rule applies to
+};
+
+/// Dial plan: the rules move to the new file.
+///
+/// Reads:     `oldPath`
+/// Writes:    `newPath`; a plan without rules gives a file without rules
+/// Result:    1 when it was saved, else 0; 0 when a path is null
+/// Failures:  no or unreadable rules: nothing is written
+/// Twice:     writes the same file again
+int DialPlanV4XToV50(const char* oldPath, const char* newPath);
+
+/// @param rules  emptied when the file exists, then filled in document order
+/// @return 1 when the file was read; 0 when the path is null, or the file is missing, does not load or has another root
+int GetV4XDialPlanData(const char* oldPath, std::list<DialRuleRecord>& rules);
+
+/// @return 1 when the file was saved; 0 when it was not or the path is null
+int SetV50DialPlanData(const char* newPath, const std::list<DialRuleRecord>& rules);

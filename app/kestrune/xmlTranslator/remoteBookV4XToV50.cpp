@@ -1,0 +1,60 @@
+#include "remoteBookV4XToV50.h"
+
+#include <tinyxml.h>
+
+#include "fileHelper.h"
+#include "trace.h"
+#include "xmlElement.h"
+#include "xmlFile.h"
+
+namespace
+{
+
+constexpr int kFewestItems = 6;
+
+int CountItems(const TiXmlElement& root)
+{
+    int count = 0;
+    const TiXmlElement* item = root.FirstChildElement("item");
+    for (; item != nullptr && count < kFewestItems; item = item->NextSiblingElement("item"))
+        ++count;
+    return count;
+}
+
+/// @return false when there is no memory for an element
+bool PadItems(TiXmlElement& root)
+{
+    for (int count = CountItems(root); count < kFewestItems; ++count) {
+        TiXmlElement* item = AppendElement(root, "item");
+        if (item == nullptr)
+            return false;
+        item->SetAttribute("name", "");
+        item->SetAttribute("url", "");
+    }
+    return true;
+}
+
+} // namespace
+
+int RemoteBookV4XToV50(const char* oldPath, const char* newPath)
+{
+    ETL_TraceHelper::chTraceStack scope("RemoteBookV4XToV50");
+    if (oldPath == nullptr || newPath == nullptr)
+        return 0;
+    if (ETL_MiscHelper::pathFileExist(oldPath) == 0)
+        return 0;
+
+    TiXmlDocument document;
+    if (LoadXmlFile(document, oldPath) == 0) {
+        ETL_TraceHelper::etlTrace(ETL_TraceHelper::kTraceData, "Fail to load remote phonebook !!");
+        return 0;
+    }
+    TiXmlElement* root = document.FirstChildElement("RemotePhoneBook");
+    if (root == nullptr)
+        return 0;
+
+    root->SetValue("root_remote_phonebook");
+    if (!PadItems(*root))
+        return 0;
+    return SaveXmlFile(document, newPath);
+}
