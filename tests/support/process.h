@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+/// What a finished process left behind.
+struct ProcessResult {
+    int exitStatus = -1;  ///< as the shell counts: 128 plus the number of a signal that killed it
+    std::string output;   ///< of standard output
+    std::string errors;   ///< of standard error
+};
+
+/// Runs a program to its end, with nothing on its standard input.
+///
+/// @param arguments    the program, searched on PATH, and its arguments
+/// @param environment  "NAME=value"; the whole environment
+ProcessResult RunProcess(const std::vector<std::string>& arguments, const std::vector<std::string>& environment);

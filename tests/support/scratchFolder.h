@@ -1,0 +1,26 @@
+#pragma once
+
+#include <string>
+
+/// A new, empty folder, removed with all that is in it at the end of its scope.
+class ScratchFolder
+{
+public:
+    ScratchFolder();
+    ~ScratchFolder();
+    ScratchFolder(const ScratchFolder&) = delete;
+    ScratchFolder& operator=(const ScratchFolder&) = delete;
+
+    /// @return the folder's absolute path without a slash at its end, or that of a name in it
+    std::string Path() const { return path_; }
+    std::string Path(const std::string& name) const { return path_ + "/" + name; }
+
+private:
+    std::string path_;
+};
+
+/// The file's bytes; the test fails when it cannot be read.
+std::string ReadBytes(const std::string& path);
+
+/// Writes the file, making the folders that it needs; the test fails when it cannot be written.
+void WriteBytes(const std::string& path, const std::string& bytes);
