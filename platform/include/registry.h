@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "phraseConstTextA.h"
+
 /// Section handle: one section of one configuration file, through which keys are read and changed. The name is the
 /// device's own spelling.
 struct _HREGISTRY_;
@@ -18,9 +20,9 @@ _HREGISTRY_* registryOpen(const char* path, const char* section);
 ///         or the handle is null
 int registryGetInt(_HREGISTRY_* handle, const char* key, int defaultValue);
 
-/// Holds a change until the flush. A null handle: nothing happens.
+/// Holds a change until the flush. Nothing happens with a null handle and for what `iniDocument::SetTextValue` refuses.
 void registrySetInt(_HREGISTRY_* handle, const char* key, int value);
-void registrySetString(_HREGISTRY_* handle, const char* key, const char* text);
+void registrySetString(_HREGISTRY_* handle, const char* key, const phraseConstTextA& text);
 
 /// Reads the file afresh, applies the pending changes to it, saves it as `iniFile` does, and releases the handle.
 /// Without changes nothing is saved; a file that is there but does not load any more is left alone. Failures go

@@ -48,14 +48,14 @@ int registryGetInt(_HREGISTRY_* handle, const char* key, int defaultValue)
 
 void registrySetInt(_HREGISTRY_* handle, const char* key, int value)
 {
-    registrySetString(handle, key, std::to_string(value).c_str());
+    registrySetString(handle, key, std::to_string(value));
 }
 
-void registrySetString(_HREGISTRY_* handle, const char* key, const char* text)
+void registrySetString(_HREGISTRY_* handle, const char* key, const phraseConstTextA& text)
 {
     if (handle == nullptr || handle->document.SetTextValue(handle->section, key, text) == 0)
         return;
-    handle->changes.emplace_back(key, text);
+    handle->changes.emplace_back(key, text.view());
 }
 
 void registryFlush(_HREGISTRY_* handle)

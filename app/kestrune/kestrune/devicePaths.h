@@ -6,6 +6,10 @@
 
 constexpr char kUserIni[] = "/config/user/user.ini";
 constexpr char kFactoryUserIni[] = "/phone/factory/user/user.ini";
+constexpr char kSystemIni[] = "/config/system/system.ini";
+
+/// Through this file mode "1" hands settings over to mode "2".
+constexpr char kHandOverFile[] = "/tmp/VersionInfo.cfg";
 
 /// The account files are numbered from 0 to this.
 constexpr int kLastAccount = 16;

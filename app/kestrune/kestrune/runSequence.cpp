@@ -5,13 +5,17 @@
 #include "appLog.h"
 #include "contactV4XToV50.h"
 #include "dataPaths.h"
+#include "devicePaths.h"
 #include "dialNowV4XToV50.h"
 #include "dialPlanV4XToV50.h"
+#include "directIPAccount.h"
 #include "doorPhoneV4XToV50.h"
 #include "dssKeyV4XToV50.h"
 #include "fileReplacement.h"
+#include "migrateVersionSettings.h"
 #include "profile.h"
 #include "remoteBookV4XToV50.h"
+#include "saveVersionInfo.h"
 #include "startUpFixUps.h"
 #include "syncFactoryCerts.h"
 #include "transPasswordFile.h"
@@ -43,6 +47,15 @@ void TranslateXmlData()
     Run([] { return RemoteBookV4XToV50(kOldRemoteBooks, kNewRemoteBooks); });
 }
 
+void SyncFactoryByVersion()
+{
+    if (etlGetProfileInt(kFactoryUserIni, "Sync", "SyncCfgByVersion", 0) != 1)
+        return;
+    if (etlGetProfileInt(kUserIni, "Sync", "SyncCfgByVersion", 0) != 0)
+        return;
+    SaveVersionInfo();
+}
+
 void ReportUsage(const char* program)
 {
     // Modes "1" and "2" belong to the upgrade scripts and are left out on purpose.
@@ -61,6 +74,15 @@ void RunMode(std::string_view mode)
     }
     if (mode == "all" || mode == "pwd")
         Run([] { return TransPasswordFile(); });
+
+    if (mode == "1") {
+        Run([] { SyncFactoryByVersion(); });
+        Run([] { ExtractDirectIPAccount(); });
+    }
+    if (mode == "2") {
+        Run([] { MigrateVersionSettings(); });
+        Run([] { RestoreDirectIPAccount(); });
+    }
 }
 
 } // namespace

@@ -12,6 +12,8 @@ bool IsEnableFromOld();
 /// | all       | start-up fix-ups; translation table; if enabled, the six XML translations; certificates; passwords |
 /// | dev       | start-up fix-ups; translation table; if enabled, the six XML translations; certificates            |
 /// | pwd       | start-up fix-ups; passwords                                                                       |
+/// | 1         | start-up fix-ups; factory sync by version, under its condition; direct-IP account extraction      |
+/// | 2         | start-up fix-ups; mode 2 migration; direct-IP account restore                                     |
 /// | any other | start-up fix-ups                                                                                  |
 /// | none      | the usage line goes to the application log; no pass runs                                          |
 ///

@@ -14,6 +14,17 @@ namespace
 /// A model's number is its place in the table; null marks the end.
 constexpr const char* DoorPhoneModelTable[] = {"Mobotix", "2N", "Linkcom", "Custom", nullptr};
 
+constexpr int kUnknownModel = 0;  // the first model's number as well
+
+int FindModel(const char* name)
+{
+    for (int number = 0; DoorPhoneModelTable[number] != nullptr; ++number) {
+        if (std::strcmp(name, DoorPhoneModelTable[number]) == 0)
+            return number;
+    }
+    return kUnknownModel;
+}
+
 /// @return the text of the first child element of that name; null without the element or without a text at its
 /// beginning
 const char* TextOf(const TiXmlElement& item, const char* name)
@@ -64,7 +75,8 @@ int GetV4XDoorPhoneData(const char* oldPath, std::list<DoorPhoneRecord>& doorPho
     for (; item != nullptr; item = item->NextSiblingElement("item")) {
         DoorPhoneRecord doorPhone;
         doorPhone.idName = OrEmpty(item->Attribute("title"));
-        doorPhone.deviceModel = GetDoorPhoneModelIndex(TextOf(*item, "DeviceModel"));
+        if (const char* model = TextOf(*item, "DeviceModel"))
+            doorPhone.deviceModel = FindModel(model);
         doorPhone.displayName = OrEmpty(TextOf(*item, "DisplayName"));
         doorPhone.phoneNumber = OrEmpty(TextOf(*item, "PhoneNumber"));
         doorPhone.unlockPin = OrEmpty(TextOf(*item, "UnlockPIN"));
@@ -99,11 +111,5 @@ int SetV50DoorPhoneData(const char* newPath, const std::list<DoorPhoneRecord>& d
 
 int GetDoorPhoneModelIndex(const char* modelName)
 {
-    if (modelName == nullptr)
-        return 0;
-    for (int number = 0; DoorPhoneModelTable[number] != nullptr; ++number) {
-        if (std::strcmp(modelName, DoorPhoneModelTable[number]) == 0)
-            return number;
-    }
-    return 0;
+    return modelName == nullptr ? kUnknownModel : FindModel(modelName);
 }

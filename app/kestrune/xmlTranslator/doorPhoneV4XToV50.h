@@ -33,6 +33,8 @@ int GetV4XDoorPhoneData(const char* oldPath, std::list<DoorPhoneRecord>& doorPho
 /// @return 1 when the file was saved; 0 when it was not or the path is null
 int SetV50DoorPhoneData(const char* newPath, const std::list<DoorPhoneRecord>& doorPhones);
 
+/// For other programs of the device; the reader above does the same look-up without it.
+///
 /// @param modelName  may be null
 /// @return the model's number; 0, as for the first model, when the name is null or unknown
 int GetDoorPhoneModelIndex(const char* modelName);

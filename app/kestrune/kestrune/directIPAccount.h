@@ -1,0 +1,24 @@
+#pragma once
+
+/// Direct-IP account, mode "1": takes the account marked [account] directip=1 out of the numbered accounts.
+///
+/// Reads:     /config/user/voip/sipAccount16.cfg down to sipAccount0.cfg
+/// Writes:    /config/user/voip/directip.cfg (a copy of the highest-numbered marked account); removes every marked
+/// account file Result:    none Failures:  a marked account file is removed even if its copy failed Twice:     a second
+/// run finds no marked account and changes nothing
+void ExtractDirectIPAccount();
+
+/// Direct-IP account, mode "2": makes it account 16.
+///
+/// Reads:     /config/user/voip/directip.cfg, or /phone/factory/user/voip/sipAccount16.cfg where that is missing
+/// Writes:    /config/user/voip/sipAccount16.cfg; removes directip.cfg
+/// Result:    none
+/// Failures:  directip.cfg is removed even if its copy failed; with neither file nothing happens
+/// Twice:     a second run finds no directip.cfg, and so puts the factory's account in its place
+void RestoreDirectIPAccount();
+
+/// Takes one leading "?" off every value of a configuration file and saves it, changed or not.
+///
+/// @param path  null, or a missing file: nothing happens
+/// @return true when the file was saved
+bool StripValueMarks(const char* path);

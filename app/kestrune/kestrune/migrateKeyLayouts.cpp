@@ -1,0 +1,94 @@
+#include "migrateKeyLayouts.h"
+
+#include <pugixml.hpp>
+
+#include "pugiXmlFile.h"
+
+namespace
+{
+
+constexpr int kLayoutFiles = 8;
+
+/// In the order in which they are processed; the two tables go side by side.
+constexpr const char* kLayoutPaths[kLayoutFiles] = {
+    "/config/data/linekey.xml", "/config/data/programkey.xml", "/config/data/expkey0.xml", "/config/data/expkey1.xml",
+    "/config/data/expkey2.xml", "/config/data/expkey3.xml",    "/config/data/expkey4.xml", "/config/data/expkey5.xml",
+};
+constexpr const char* kLayoutRoots[kLayoutFiles] = {
+    "dsskey", "programkey", "dsskey", "dsskey", "dsskey", "dsskey", "dsskey", "dsskey",
+};
+
+/// CDATA, escapes, line ends and attribute white space, converted and normalised; comments and declarations are
+/// dropped.
+constexpr unsigned int kParseOptions = pugi::parse_cdata | pugi::parse_escapes | pugi::parse_eol |
+                                       pugi::parse_wconv_attribute | pugi::parse_wnorm_attribute;
+static_assert(kParseOptions == 0xF4);
+
+enum class AddedAttribute { None, PickupValue, HistoryType, XmlPhonebook };
+
+AddedAttribute AttributeFor(int keyType)
+{
+    switch (keyType) {
+    case 14:
+    case 16:
+    case 55:
+        return AddedAttribute::PickupValue;
+    case 28:
+        return AddedAttribute::HistoryType;
+    case 22:
+    case 45:
+    case 46:
+    case 47:
+    case 54:
+        return AddedAttribute::XmlPhonebook;
+    default:
+        return AddedAttribute::None;
+    }
+}
+
+/// The attribute to write; appended behind the others when the element has none. Null when there is no memory for it.
+pugi::xml_attribute FindOrAppend(pugi::xml_node element, const char* name)
+{
+    const pugi::xml_attribute present = element.attribute(name);
+    return present.empty() ? element.append_attribute(name) : present;
+}
+
+/// @return false when there is no memory for the attribute
+bool MigrateItem(pugi::xml_node item)
+{
+    const pugi::xml_attribute type = item.attribute("type");
+    if (type.empty())
+        return true;
+    const AddedAttribute added = AttributeFor(type.as_int(0));
+    pugi::xml_node data = item.child("itemdata");
+    if (added == AddedAttribute::None || data.empty())
+        return true;
+
+    if (added == AddedAttribute::PickupValue)
+        return FindOrAppend(data, "pickup_value").set_value(data.attribute("extension").as_string(""));
+    const int line = data.attribute("line").as_int(0);
+    return FindOrAppend(data, added == AddedAttribute::HistoryType ? "history_type" : "xml_phonebook").set_value(line);
+}
+
+void MigrateLayout(pugi::xml_document& document, const char* path, const char* rootName)
+{
+    if (LoadPugiXmlFile(document, path, kParseOptions) == 0)
+        return;
+    const pugi::xml_node root = document.child(rootName);
+    if (root.empty())
+        return;
+    for (pugi::xml_node item = root.child("item"); !item.empty(); item = item.next_sibling("item")) {
+        if (!MigrateItem(item))
+            return; // the file stays as it was rather than lose an attribute
+    }
+    (void)SavePugiXmlFile(document, path, "\t", pugi::format_indent); // the other layouts do not depend on it
+}
+
+} // namespace
+
+void MigrateKeyLayouts()
+{
+    pugi::xml_document document;
+    for (int i = 0; i < kLayoutFiles; ++i)
+        MigrateLayout(document, kLayoutPaths[i], kLayoutRoots[i]);
+}

@@ -1,0 +1,16 @@
+#pragma once
+
+/// Key layout migration, a step of mode "2": gives key items the attributes that the firmware expects.
+///
+/// | key types          | attribute of "itemdata" | value                     |
+/// | ------------------ | ----------------------- | ------------------------- |
+/// | 14, 16, 55         | pickup_value            | that of "extension"       |
+/// | 28                 | history_type            | that of "line", a number  |
+/// | 22, 45, 46, 47, 54 | xml_phonebook           | that of "line", a number  |
+///
+/// Reads:     /config/data/linekey.xml, programkey.xml, expkey0.xml to expkey5.xml
+/// Writes:    the same files, each that has its root element, changed or not
+/// Result:    none
+/// Failures:  a file that is missing, does not load or has another root is skipped
+/// Twice:     a second run writes the same bytes
+void MigrateKeyLayouts();

@@ -1,0 +1,21 @@
+#pragma once
+
+namespace pugi
+{
+class xml_document;
+}
+
+/// Loads an XML file as pugixml's own `load_file` does, from regular files only and with the limits that `LoadXmlFile`
+/// has.
+///
+/// @param document  replaced; empty after a failure
+/// @param options   pugixml's parse options
+/// @return non-zero on success; 0 for a file that is missing, unreadable, empty, not well-formed or beyond a limit
+int LoadPugiXmlFile(pugi::xml_document& document, const char* path, unsigned int options);
+
+/// Saves the bytes that pugixml's own `save_file` writes, by `ReplaceFile`.
+///
+/// @param indent  text that stands before an element once for each level
+/// @param flags   pugixml's format flags
+/// @return 1 on success; 0 when the file cannot be replaced, which then is as it was
+int SavePugiXmlFile(const pugi::xml_document& document, const char* path, const char* indent, unsigned int flags);
