@@ -4,8 +4,7 @@ namespace ETL_MiscHelper
 {
 
 /// @return non-zero when the path names an existing file of any kind. A link counts as what it names; another user's
-/// link in a
-///         sticky folder that everyone may write to counts as missing. 0 for a null or empty path.
+///         link in a sticky folder that everyone may write to counts as missing. 0 for a null or empty path.
 int pathFileExist(const char* path);
 
 } // namespace ETL_MiscHelper

@@ -24,20 +24,18 @@ public:
                              const phraseConstTextA& defaultText) const;
 
     /// @return the value as `ParseInt32` reads it (0 when it is no number); the default when the section or the key is
-    /// absent
+    ///         absent
     int GetIntValue(const phraseConstTextA& section, const phraseConstTextA& key, int defaultValue) const;
 
     /// Sets a key, making the section and the key when they are absent. Objects of the document's chain die with it.
     ///
     /// @return non-zero on success. 0, and nothing is changed, for what a file cannot hold: an empty name; a section
-    /// name with
-    ///         "]", CR, LF or NUL; a key name with "=", CR, LF, NUL or blanks at its ends, or that starts with "[", ";"
-    ///         or "#"; a value with CR, LF or NUL
+    ///         name with "]", CR, LF or NUL; a key name with "=", CR, LF, NUL or blanks at its ends, or that starts
+    ///         with "[", ";" or "#"; a value with CR, LF or NUL
     int SetTextValue(const phraseConstTextA& section, const phraseConstTextA& key, const phraseConstTextA& text);
 
     /// @return head of the chain of the document's sections, in file order; see `iniSection::objects` for their keys.
-    /// The
-    ///         chain is the document's and lives until the next load or `SetTextValue`.
+    ///         The chain is the document's and lives until the next load or `SetTextValue`.
     pointer_chain_pNext* objects();
 
 protected:
@@ -71,14 +69,14 @@ public:
     /// Replaces what the document holds by the file's content.
     ///
     /// @return non-zero on success; 0 for a null or empty path and a file that is missing, unreadable or not a regular
-    /// file.
-    ///         The document is empty then. After a file that is there but could not be read nothing is saved before the
-    ///         next load: an empty document must not take the place of a configuration that merely could not be read.
+    ///         file. The document is empty then. After a file that is there but could not be read nothing is saved
+    ///         before the next load: an empty document must not take the place of a configuration that merely could not
+    ///         be read.
     int LoadFromFile(const char* path);
 
     /// Writes the whole document by `ReplaceFile`.
     ///
-    /// @param path  destination; null for the file last loaded
+    /// @param path  destination; null for the file last loaded, and a failure when that load failed
     /// @return non-zero on success; on 0 the destination is as it was
     int SaveToFile(const char* path);
 

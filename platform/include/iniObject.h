@@ -58,7 +58,7 @@ public:
     int type() const override { return kKey; }
 
     /// @return the value as stored, an empty one included. The default is the device's; a key of a file always has a
-    /// value.
+    ///         value.
     std::string GetValue(const phraseConstTextA& defaultText) const;
 
     /// Replaces the value in the document; the file follows with the document's next save. A text with a line feed,

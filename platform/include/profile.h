@@ -4,8 +4,7 @@
 /// registry pair mean the same; the device has both.
 
 /// @return the value as `ParseInt32` reads it; the default when the file, section or key is absent or the file does not
-/// load.
-///         Makes no file.
+///         load. Makes no file.
 int etlGetProfileInt(const char* path, const char* section, const char* key, int defaultValue);
 int etlGetRegistryInt(const char* path, const char* section, const char* key, int defaultValue);
 

@@ -11,13 +11,11 @@ struct _HREGISTRY_;
 /// Opens a section. A file or section that does not exist yet is no failure; the flush makes it.
 ///
 /// @return handle, owned by the platform and released by `registryFlush` or else at exit; null for a null or empty path
-/// or
-///         section, and when the path exists but cannot be read as a file
+///         or section, and when the path exists but cannot be read as a file
 _HREGISTRY_* registryOpen(const char* path, const char* section);
 
 /// @return the value as `ParseInt32` reads it, the handle's own pending changes included; the default when the key is
-/// absent
-///         or the handle is null
+///         absent or the handle is null
 int registryGetInt(_HREGISTRY_* handle, const char* key, int defaultValue);
 
 /// Holds a change until the flush. Nothing happens with a null handle and for what `iniDocument::SetTextValue` refuses.
@@ -33,7 +31,7 @@ namespace ETL_SubClass
 {
 
 /// @return the text, the handle's own pending changes included; the default when the key is absent or the handle is
-/// null
-std::string registryGetString(_HREGISTRY_* handle, const char* key, const char* defaultText);
+///         null
+std::string registryGetString(_HREGISTRY_* handle, const char* key, const phraseConstTextA& defaultText);
 
 } // namespace ETL_SubClass

@@ -7,7 +7,7 @@
 ///
 /// @param size  bytes
 /// @param file  folder of the allocating source, for the device's allocation tracker (the bundled platform keeps no
-/// record)
+///              record)
 /// @param line  line of the allocating source
 void* operator new(std::size_t size, const char* file, int line) noexcept;
 

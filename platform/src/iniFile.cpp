@@ -100,10 +100,8 @@ int iniFile::LoadFromFile(const char* path)
     const ReadResult result = path == nullptr ? ReadResult::Missing : ReadFile(path, bytes);
     isUnreadable_ = result == ReadResult::Unreadable;
     Assign(std::move(bytes));
-    if (result != ReadResult::Done)
-        return 0;
-    path_ = path;
-    return 1;
+    path_ = result == ReadResult::Done ? path : ""; // what was not loaded has no file to go back to
+    return result == ReadResult::Done;
 }
 
 int iniFile::SaveToFile(const char* path)

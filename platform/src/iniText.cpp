@@ -61,19 +61,56 @@ KeyPlace PlaceBehindKey(std::string_view text, const IniLine& line)
     return {line.end, text.substr(nameEnd, equals - nameEnd), text.substr(equals + 1, valueBegin - equals - 1)};
 }
 
+bool IsFirstInLine(std::string_view text, std::size_t position)
+{
+    const std::size_t firstLine = FirstIniLine(text);
+    while (position > firstLine && kBlanks.find(text[position - 1]) != std::string_view::npos)
+        --position;
+    return position == firstLine || text[position - 1] == '\n';
+}
+
+/// Finds section lines by their bracket: looking for one character is many times faster than taking every line apart,
+/// and most of a file lies in sections that nobody asked for.
+///
+/// @param begin  where a line begins
+/// @return where the bracket of the first section line stands; the text's size when there is none
+std::size_t FindSectionLine(std::string_view text, std::size_t begin)
+{
+    std::size_t bracket = text.find('[', begin);
+    for (; bracket != std::string_view::npos; bracket = text.find('[', bracket + 1)) {
+        if (IsFirstInLine(text, bracket) && ReadIniLine(text, bracket).kind == IniLineKind::Section)
+            return bracket;
+    }
+    return text.size();
+}
+
+std::optional<std::string_view> FindKey(std::string_view text, std::size_t begin, std::size_t end, std::string_view key)
+{
+    while (begin < end) {
+        const IniLine line = ReadIniLine(text, begin);
+        if (line.kind == IniLineKind::Key && line.name == key)
+            return line.value;
+        begin = line.end;
+    }
+    return std::nullopt;
+}
+
 /// Behind the last key line of the first section of that name, or behind its section line when it has no key.
 std::optional<KeyPlace> FindPlaceInSection(std::string_view text, std::string_view section)
 {
-    std::optional<KeyPlace> place;
-    for (std::size_t begin = FirstIniLine(text); begin < text.size();) {
-        const IniLine line = ReadIniLine(text, begin);
-        if (line.kind == IniLineKind::Section && place)
-            break;
-        if (line.kind == IniLineKind::Section && line.name == section)
-            place = KeyPlace{line.end, {}, {}};
-        if (line.kind == IniLineKind::Key && place)
+    std::size_t begin = FindSectionLine(text, FirstIniLine(text));
+    while (begin < text.size() && ReadIniLine(text, begin).name != section)
+        begin = FindSectionLine(text, ReadIniLine(text, begin).end);
+    if (begin >= text.size())
+        return std::nullopt;
+
+    KeyPlace place = {ReadIniLine(text, begin).end, {}, {}};
+    const std::size_t end = FindSectionLine(text, place.position);
+    for (std::size_t at = place.position; at < end;) {
+        const IniLine line = ReadIniLine(text, at);
+        if (line.kind == IniLineKind::Key)
             place = PlaceBehindKey(text, line);
-        begin = line.end;
+        at = line.end;
     }
     return place;
 }
@@ -153,14 +190,14 @@ std::size_t FirstIniLine(std::string_view text)
 
 std::optional<std::string_view> FindIniValue(std::string_view text, std::string_view section, std::string_view key)
 {
-    bool isInSection = false;
-    for (std::size_t begin = FirstIniLine(text); begin < text.size();) {
+    std::size_t begin = FindSectionLine(text, FirstIniLine(text));
+    while (begin < text.size()) {
         const IniLine line = ReadIniLine(text, begin);
-        if (line.kind == IniLineKind::Section)
-            isInSection = line.name == section;
-        else if (line.kind == IniLineKind::Key && isInSection && line.name == key)
-            return line.value;
-        begin = line.end;
+        begin = FindSectionLine(text, line.end);
+        if (line.name != section)
+            continue;
+        if (const auto value = FindKey(text, line.end, begin, key))
+            return value;
     }
     return std::nullopt;
 }

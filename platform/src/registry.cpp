@@ -76,9 +76,10 @@ void registryFlush(_HREGISTRY_* handle)
 namespace ETL_SubClass
 {
 
-std::string registryGetString(_HREGISTRY_* handle, const char* key, const char* defaultText)
+std::string registryGetString(_HREGISTRY_* handle, const char* key, const phraseConstTextA& defaultText)
 {
-    return handle == nullptr ? defaultText : handle->document.GetTextValue(handle->section, key, defaultText);
+    return handle == nullptr ? std::string(defaultText.view())
+                             : handle->document.GetTextValue(handle->section, key, defaultText);
 }
 
 } // namespace ETL_SubClass

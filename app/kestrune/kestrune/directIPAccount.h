@@ -4,8 +4,10 @@
 ///
 /// Reads:     /config/user/voip/sipAccount16.cfg down to sipAccount0.cfg
 /// Writes:    /config/user/voip/directip.cfg (a copy of the highest-numbered marked account); removes every marked
-/// account file Result:    none Failures:  a marked account file is removed even if its copy failed Twice:     a second
-/// run finds no marked account and changes nothing
+///            account file
+/// Result:    none
+/// Failures:  a marked account file is removed even if its copy failed
+/// Twice:     a second run finds no marked account and changes nothing
 void ExtractDirectIPAccount();
 
 /// Direct-IP account, mode "2": makes it account 16.

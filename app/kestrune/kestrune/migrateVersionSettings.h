@@ -7,8 +7,7 @@
 ///
 /// Reads:     /tmp/VersionInfo.cfg (the hand-over file; never changed or removed)
 /// Writes:    /config/user/user.ini, /config/system/system.ini, /config/user/voip/sipAccount0.cfg to sipAccount15.cfg,
-/// the key
-///            layout files
+///            the key layout files
 /// Result:    none
 /// Failures:  a saved value that is absent or empty leaves its target as it is
 /// Twice:     applies every conversion again: the backlight time is multiplied a second time

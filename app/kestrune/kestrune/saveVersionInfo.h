@@ -9,7 +9,8 @@ struct _HREGISTRY_;
 /// Writes:    /tmp/VersionInfo.cfg (the hand-over file: the same sections and keys)
 /// Result:    none
 /// Failures:  a missing source file or key gives an empty value; a source or hand-over file that cannot be read is left
-/// alone Twice:     a second run writes the same keys again; other keys in the hand-over file stay
+///            alone
+/// Twice:     a second run writes the same keys again; other keys in the hand-over file stay
 void SaveVersionInfo();
 
 /// Copies one key's text under its own name from one open section to another; an absent key becomes an empty one.

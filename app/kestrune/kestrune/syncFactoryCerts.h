@@ -16,6 +16,5 @@ void SyncFactoryCerts();
 ///
 /// @param path     folder
 /// @param entries  emptied, then filled with the names of all entries of any kind but "." and "..", in the order in
-/// which the
-///                 directory reading returns them; stays empty when the folder cannot be opened
+///                 which the directory reading returns them; stays empty when the folder cannot be opened
 void ListDirectoryEntries(const char* path, std::vector<std::string>& entries);

@@ -10,12 +10,11 @@ enum class CipherDirection {
 /// enciphered into the form that the factory's asks for.
 ///
 /// Reads:     /config/user/user.ini and /phone/factory/user/user.ini ([PhoneSetting] EnLock), the list of enciphered
-/// entries Writes:    the entries' files and, for per-account entries, /config/user/voip/sipAccount0.cfg to
-/// sipAccount3.cfg; each is
-///            saved after each entry. "EnLock" itself is never written.
+///            entries
+/// Writes:    the entries' files and, for per-account entries, /config/user/voip/sipAccount0.cfg to sipAccount3.cfg;
+///            each is saved after each entry. "EnLock" itself is never written.
 /// Result:    1 when no conversion was needed or the conversion ran; 0 when one of the two files does not load or there
-/// is
-///            no list
+///            is no list
 /// Failures:  an entry whose file does not load is skipped; a value that the cipher refuses stays
 /// Twice:     converts again as long as the two settings differ: enciphered values are enciphered once more
 int TransPasswordFile();

@@ -12,8 +12,7 @@ class TiXmlElement;
 /// Result:    1 when every record was processed; 0 when the table is missing, does not load or has no records, or a
 ///            destination file does not load
 /// Failures:  a missing source gives an empty value, which is written; a destination that does not load ends the pass
-/// at that
-///            record; a destination that cannot be set or saved is passed over
+///            at that record; a destination that cannot be set or saved is passed over
 /// Prints:    its progress, values in clear included, on standard output
 /// Twice:     a second run changes nothing unless the table chains records in a circle
 int TranslateConfigTable();
@@ -29,6 +28,5 @@ void GetDstInfo(const TiXmlElement& record, std::string& file, std::string& sect
 std::string GetSrcValue(const TiXmlElement& record, bool wantEnciphered);
 
 /// @return the key's text; the default when the key is absent; empty, after a line on standard output, when the file
-/// does not
-///         load
+///         does not load
 std::string ReadIniText(const char* file, const char* section, const char* key, const char* defaultText);

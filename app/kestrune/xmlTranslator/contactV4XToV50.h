@@ -33,7 +33,6 @@ int ContactV4XToV50(const char* oldPath, const char* newContactPath, const char*
 /// Reads at most 1001 contacts with a name, and 50 custom groups.
 ///
 /// @param contacts, groups  emptied when the file exists, then filled in document order; the group list begins with
-/// "All" and
-///                          ends with "Black List"
+///                          "All" and ends with "Black List"
 /// @return 1 when the file was read; 0 when it is missing, does not load or has another root
 int GetV4XContactData(const char* oldPath, std::list<ContactRecord>& contacts, std::list<GroupRecord>& groups);

@@ -14,7 +14,7 @@
 int DialNowV4XToV50(const char* oldPath, const char* newPath);
 
 /// @param rules  gets the file's rules at its end, in document order; unlike the other readers, this one does not empty
-/// it
+///               it
 /// @return 1 when the file was read; 0 when the path is null, or the file is missing, does not load or has another root
 int GetV4XDialNowData(const char* oldPath, std::list<DialRuleRecord>& rules);
 

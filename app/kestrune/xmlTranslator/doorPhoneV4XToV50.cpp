@@ -14,7 +14,7 @@ namespace
 /// A model's number is its place in the table; null marks the end.
 constexpr const char* DoorPhoneModelTable[] = {"Mobotix", "2N", "Linkcom", "Custom", nullptr};
 
-constexpr int kUnknownModel = 0;  // the first model's number as well
+constexpr int kUnknownModel = 0; // the first model's number as well
 
 int FindModel(const char* name)
 {
@@ -26,7 +26,7 @@ int FindModel(const char* name)
 }
 
 /// @return the text of the first child element of that name; null without the element or without a text at its
-/// beginning
+///         beginning
 const char* TextOf(const TiXmlElement& item, const char* name)
 {
     const TiXmlElement* element = item.FirstChildElement(name);
