@@ -1,0 +1,295 @@
+// Reading whole files and following links, with the rules that every service shares.
+
+#include "fileBytes.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdint>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/syscall.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include "scratchFolder.h"
+
+using namespace std::string_literals;
+
+namespace
+{
+
+/// How the system answers the reads and writes of the code while a test wants it to be difficult.
+struct Answers {
+    int interruptions = 0;         ///< calls that an interruption ends before one succeeds
+    std::size_t most = SIZE_MAX;   ///< bytes that one call takes
+    int error = 0;                 ///< what every call fails with
+    bool isAnyInheritable = false; ///< whether a descriptor was seen that a child would get
+};
+
+Answers* answers = nullptr;
+
+/// @return false with `errno` set when the call fails
+bool AllowCall(int descriptor, std::size_t& size)
+{
+    if (answers == nullptr)
+        return true;
+    answers->isAnyInheritable |= (fcntl(descriptor, F_GETFD) & FD_CLOEXEC) == 0;
+    if (answers->error != 0) {
+        errno = answers->error;
+        return false;
+    }
+    if (answers->interruptions > 0) {
+        --answers->interruptions;
+        errno = EINTR;
+        return false;
+    }
+    size = std::min(size, answers->most);
+    return true;
+}
+
+class FileBytes : public testing::Test
+{
+protected:
+    ~FileBytes() override { answers = nullptr; }
+
+    ReadResult Read(const std::string& path)
+    {
+        bytes_ = "as before";
+        return ReadFile(path.c_str(), bytes_);
+    }
+
+    void ExpectFails(const std::string& path, ReadResult expected)
+    {
+        EXPECT_EQ(Read(path), expected) << path;
+        EXPECT_EQ(bytes_, "as before") << path;
+    }
+
+    void ExpectResolves(const std::string& path, const std::string& expected) const
+    {
+        std::string resolved = path;
+        EXPECT_EQ(ResolveLinks(resolved), LinkResult::Resolved) << path;
+        EXPECT_EQ(resolved, expected);
+    }
+
+    void Link(const std::string& name, const std::string& target) const
+    {
+        ASSERT_EQ(symlink(target.c_str(), folder_.Path(name).c_str()), 0) << name;
+    }
+
+    ScratchFolder folder_;
+    std::string path_ = folder_.Path("file");
+    std::string bytes_;
+};
+
+} // namespace
+
+extern "C" ssize_t read(int descriptor, void* buffer, size_t size)
+{
+    return AllowCall(descriptor, size) ? syscall(SYS_read, descriptor, buffer, size) : -1;
+}
+
+extern "C" ssize_t write(int descriptor, const void* bytes, size_t size)
+{
+    return AllowCall(descriptor, size) ? syscall(SYS_write, descriptor, bytes, size) : -1;
+}
+
+TEST_F(FileBytes, AFileIsReadWhole)
+{
+    for (const std::string& bytes : {""s, "x"s, "a\0\xFF\r\n"s, std::string(3 << 20, '\n')}) {
+        WriteBytes(path_, bytes);
+        EXPECT_EQ(Read(path_), ReadResult::Done);
+        EXPECT_EQ(bytes_, bytes);
+    }
+}
+
+TEST_F(FileBytes, TheStatusIsThatOfTheFileThatWasRead)
+{
+    WriteBytes(path_, "12345");
+    ASSERT_EQ(chmod(path_.c_str(), 0640), 0);
+    Link("link", "file");
+    struct stat status = {};
+    EXPECT_EQ(ReadFile(folder_.Path("link").c_str(), bytes_, &status), ReadResult::Done);
+    EXPECT_EQ(status.st_size, 5);
+    EXPECT_EQ(status.st_mode, static_cast<mode_t>(S_IFREG | 0640));
+}
+
+TEST_F(FileBytes, WhatHasNoPathIsMissing)
+{
+    WriteBytes(path_, "x");
+    Link("dangling", "nothing");
+    for (const char* name : {"nothing", "no folder/file", "file/below a file", "dangling"})
+        ExpectFails(folder_.Path(name), ReadResult::Missing);
+    ExpectFails("", ReadResult::Missing);
+}
+
+TEST_F(FileBytes, WhatIsNoRegularFileIsUnreadableAndNeverWaitedFor)
+{
+    ASSERT_EQ(mkfifo(folder_.Path("pipe").c_str(), 0600), 0);
+    Link("link to pipe", "pipe");
+    Link("link to folder", ".");
+    Link("loop", "loop");
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    folder_.Path("socket").copy(address.sun_path, sizeof address.sun_path - 1);
+    const Descriptor socketFile(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+    ASSERT_EQ(bind(socketFile.Number(), reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+
+    for (const char* name : {"", "pipe", "socket", "link to pipe", "link to folder", "loop"})
+        ExpectFails(folder_.Path(name), ReadResult::Unreadable);
+    ExpectFails("/dev/null", ReadResult::Unreadable);
+    ExpectFails("/dev/zero", ReadResult::Unreadable);
+}
+
+TEST_F(FileBytes, AFileWithoutReadPermissionIsUnreadable)
+{
+    if (geteuid() == 0)
+        GTEST_SKIP() << "root reads every file";
+    WriteBytes(path_, "x");
+    ASSERT_EQ(chmod(path_.c_str(), 0200), 0);
+    ExpectFails(path_, ReadResult::Unreadable);
+}
+
+TEST_F(FileBytes, LinksOfOnesOwnAreFollowed)
+{
+    WriteBytes(folder_.Path("deep/target"), "content");
+    Link("relative", "deep/target");
+    Link("absolute", folder_.Path("deep/target"));
+    Link("chain", "absolute");
+    Link("deep/up", "../chain");
+    Link("folder", "deep");
+    for (const char* name : {"relative", "absolute", "chain", "deep/up", "folder/target", "folder/up"}) {
+        EXPECT_EQ(Read(folder_.Path(name)), ReadResult::Done) << name;
+        EXPECT_EQ(bytes_, "content") << name;
+    }
+    ASSERT_EQ(chmod(folder_.Path().c_str(), 01777), 0);
+    EXPECT_EQ(Read(folder_.Path("relative")), ReadResult::Done) << "in a sticky folder too";
+}
+
+TEST_F(FileBytes, AnotherUsersLinkInAStickyFolderCountsAsMissing)
+{
+    WriteBytes(path_, "secret");
+    Link("foreign", "file");
+    Link("chain", "foreign");
+    ASSERT_EQ(chmod(folder_.Path().c_str(), 01777), 0);
+    if (lchown(folder_.Path("foreign").c_str(), geteuid() + 1, getegid()) != 0)
+        GTEST_SKIP() << "only root can give a link to another user";
+
+    ExpectFails(folder_.Path("foreign"), ReadResult::Missing);
+    ExpectFails(folder_.Path("chain"), ReadResult::Missing);
+    std::string path = folder_.Path("chain");
+    EXPECT_EQ(ResolveLinks(path), LinkResult::Foreign);
+    EXPECT_EQ(path, folder_.Path("foreign"));
+
+    for (const mode_t mode : {0755u, 0777u, 01775u, 01755u}) {
+        ASSERT_EQ(chmod(folder_.Path().c_str(), mode), 0);
+        EXPECT_EQ(Read(folder_.Path("foreign")), ReadResult::Done) << "folder mode " << std::oct << mode;
+    }
+}
+
+TEST_F(FileBytes, LinksResolveToTheNameThatIsNoLink)
+{
+    WriteBytes(folder_.Path("deep/target"), "");
+    Link("relative", "deep/target");
+    Link("absolute", folder_.Path("deep/target"));
+    Link("chain", "relative");
+    Link("dangling", "deep/nothing");
+    Link("far", "no folder/nothing");
+    const std::string target = folder_.Path("deep/target");
+    ExpectResolves(target, target);
+    ExpectResolves(folder_.Path("nothing"), folder_.Path("nothing"));
+    ExpectResolves(folder_.Path("relative"), target);
+    ExpectResolves(folder_.Path("absolute"), target);
+    ExpectResolves(folder_.Path("chain"), target);
+    ExpectResolves(folder_.Path("dangling"), folder_.Path("deep/nothing"));
+    ExpectResolves(folder_.Path("far"), folder_.Path("no folder/nothing"));
+}
+
+TEST_F(FileBytes, LinksThatLeadInACircleDoNotResolve)
+{
+    Link("self", "self");
+    Link("a", "b");
+    Link("b", folder_.Path("a"));
+    for (const char* name : {"self", "a", "b"}) {
+        std::string path = folder_.Path(name);
+        EXPECT_EQ(ResolveLinks(path), LinkResult::Unresolvable) << name;
+    }
+}
+
+TEST_F(FileBytes, ReadingGoesOnAfterInterruptionsAndShortReads)
+{
+    WriteBytes(path_, "0123456789");
+    Answers difficult;
+    difficult.interruptions = 3;
+    difficult.most = 3;
+    answers = &difficult;
+    EXPECT_EQ(Read(path_), ReadResult::Done);
+    EXPECT_EQ(bytes_, "0123456789");
+    EXPECT_EQ(difficult.interruptions, 0);
+    EXPECT_FALSE(difficult.isAnyInheritable) << "every descriptor is close-on-exec";
+}
+
+TEST_F(FileBytes, AFailingReadMakesTheFileUnreadable)
+{
+    WriteBytes(path_, "0123456789");
+    for (const int error : {EIO, EINTR}) {
+        Answers failing;
+        failing.error = error;
+        answers = &failing;
+        ExpectFails(path_, ReadResult::Unreadable);
+    }
+}
+
+TEST_F(FileBytes, WritingGoesOnAfterInterruptionsAndShortWrites)
+{
+    const Descriptor file(open(path_.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
+    Answers difficult;
+    difficult.interruptions = 3;
+    difficult.most = 3;
+    answers = &difficult;
+    EXPECT_TRUE(WriteAll(file.Number(), "0123456789"));
+    EXPECT_TRUE(WriteAll(file.Number(), ""));
+    answers = nullptr;
+    EXPECT_EQ(ReadBytes(path_), "0123456789");
+}
+
+TEST_F(FileBytes, AFailingWriteIsReported)
+{
+    const Descriptor file(open(path_.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
+    for (const int error : {ENOSPC, EIO, EINTR}) {
+        Answers failing;
+        failing.error = error;
+        answers = &failing;
+        EXPECT_FALSE(WriteAll(file.Number(), "x")) << error;
+    }
+    Answers full;
+    full.most = 0;
+    answers = &full;
+    EXPECT_FALSE(WriteAll(file.Number(), "x")) << "a write that takes nothing";
+}
+
+TEST_F(FileBytes, ADescriptorIsClosedWithItsOwner)
+{
+    int number = -1;
+    {
+        const Descriptor folder(open(folder_.Path().c_str(), O_RDONLY | O_CLOEXEC));
+        ASSERT_TRUE(folder.IsOpen());
+        number = folder.Number();
+    }
+    EXPECT_EQ(fcntl(number, F_GETFD), -1);
+    EXPECT_FALSE(Descriptor(-1).IsOpen());
+}
+
+TEST(FolderOf, IsWhatStandsBeforeTheLastName)
+{
+    const char* rows[][2] = {
+        {"/config/user/user.ini", "/config/user"},
+        {"/file", "/"},
+        {"file", "."},
+        {"a/b", "a"},
+        {"../b", ".."},
+        {"./b", "."},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(FolderOf(row[0]), row[1]) << row[0];
+}

@@ -1,0 +1,169 @@
+// Whole-file integer access: the profile and the registry pair are one.
+
+#include "profile.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "scratchFolder.h"
+
+namespace
+{
+
+struct Pair {
+    const char* name;
+    int (*get)(const char* path, const char* section, const char* key, int defaultValue);
+    void (*set)(const char* path, const char* section, const char* key, int value);
+};
+
+class Profile : public testing::TestWithParam<Pair>
+{
+protected:
+    int Get(const char* section, const char* key, int defaultValue) const
+    {
+        return GetParam().get(path_.c_str(), section, key, defaultValue);
+    }
+
+    void Set(const char* section, const char* key, int value) const
+    {
+        GetParam().set(path_.c_str(), section, key, value);
+    }
+
+    ScratchFolder folder_;
+    std::string path_ = folder_.Path("user.ini");
+};
+
+ino_t NumberOf(const std::string& path)
+{
+    struct stat status = {};
+    EXPECT_EQ(stat(path.c_str(), &status), 0);
+    return status.st_ino;
+}
+
+INSTANTIATE_TEST_SUITE_P(BothPairs, Profile,
+                         testing::Values(Pair{"etlProfile", etlGetProfileInt, etlSetProfileInt},
+                                         Pair{"etlRegistry", etlGetRegistryInt, etlSetRegistryInt}),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+} // namespace
+
+TEST_P(Profile, AReadFromAMissingFileGivesTheDefaultAndMakesNoFile)
+{
+    EXPECT_EQ(Get("S", "k", 7), 7);
+    EXPECT_EQ(GetParam().get(folder_.Path("missing/x.ini").c_str(), "S", "k", -7), -7);
+    EXPECT_EQ(GetParam().get(/*path=*/nullptr, "S", "k", 7), 7);
+    EXPECT_EQ(GetParam().get("", "S", "k", 7), 7);
+    EXPECT_EQ(rmdir(folder_.Path().c_str()), 0) << "the folder is not empty";
+}
+
+TEST_P(Profile, AReadGivesTheNumberOrTheDefault)
+{
+    struct Row {
+        const char* text;
+        int expected;
+    };
+    const Row rows[] = {
+        {"", 5},
+        {"k=1\n", 5},
+        {"[T]\nk=1\n", 5},
+        {"[S]\nK=1\n", 5},
+        {"[S]\n;k=1\n", 5},
+        {"[S]\nk=1\n", 1},
+        {"[S]\r\nk = -12 \r\n", -12},
+        {"[S]\nk=\n", 0},
+        {"[S]\nk=on\n", 0},
+        {"[S]\nk=\"1\"\n", 0},
+        {"[S]\nk=7 days\n", 7},
+        {"[S]\nk=2147483648\n", 2147483647},
+        {"[S]\nk=-99999999999999999999\n", -2147483647 - 1},
+        {"[S]\n[T]\nk=1\n[S]\nk=2\nk=3\n", 2},
+    };
+    for (const Row& row : rows) {
+        WriteBytes(path_, row.text);
+        EXPECT_EQ(Get("S", "k", 5), row.expected) << row.text;
+        EXPECT_EQ(ReadBytes(path_), row.text);
+    }
+}
+
+TEST_P(Profile, AWriteChangesOrAddsTheKeyAndKeepsEveryOtherLine)
+{
+    struct Row {
+        const char* before;
+        const char* after;
+    };
+    const Row rows[] = {
+        {"", "[S]\nk=-1\n"},
+        {"[S]\nk=5\nx=2\n", "[S]\nk=-1\nx=2\n"},
+        {"; note\r\n[S]\r\n#k=0\r\nk = on \r\n", "; note\r\n[S]\r\n#k=0\r\nk = -1\r\n"},
+        {"; note\n[S]\nx=2\n\n[T]\nk=3", "; note\n[S]\nx=2\nk=-1\n\n[T]\nk=3"},
+        {"[T]\nk=3", "[T]\nk=3\n\n[S]\nk=-1\n"},
+    };
+    for (const Row& row : rows) {
+        WriteBytes(path_, row.before);
+        Set("S", "k", -1);
+        EXPECT_EQ(ReadBytes(path_), row.after) << row.before;
+        EXPECT_EQ(Get("S", "k", 0), -1);
+    }
+}
+
+TEST_P(Profile, AWriteMakesTheFileButNotItsFolder)
+{
+    Set("S", "k", 2147483647);
+    EXPECT_EQ(ReadBytes(path_), "[S]\nk=2147483647\n");
+    Set("S", "k", -2147483647 - 1);
+    EXPECT_EQ(ReadBytes(path_), "[S]\nk=-2147483648\n");
+
+    ASSERT_EQ(unlink(path_.c_str()), 0);
+    GetParam().set(folder_.Path("missing/x.ini").c_str(), "S", "k", 1);
+    GetParam().set(/*path=*/nullptr, "S", "k", 1);
+    GetParam().set("", "S", "k", 1);
+    EXPECT_EQ(rmdir(folder_.Path().c_str()), 0) << "the folder is not empty";
+}
+
+TEST_P(Profile, WritingTheSameValueWritesNoData)
+{
+    WriteBytes(path_, "[S]\nk=1\n");
+    const ino_t number = NumberOf(path_);
+    Set("S", "k", 1);
+    EXPECT_EQ(NumberOf(path_), number);
+    EXPECT_EQ(ReadBytes(path_), "[S]\nk=1\n");
+}
+
+TEST_P(Profile, WhatCannotBeStoredLeavesTheFileAsItWas)
+{
+    WriteBytes(path_, "[S]\nk=1\n");
+    const ino_t number = NumberOf(path_);
+    Set("", "k", 2);
+    Set("S]", "k", 2);
+    Set("S", "", 2);
+    Set("S", "a=b", 2);
+    Set("S", "[k", 2);
+    EXPECT_EQ(ReadBytes(path_), "[S]\nk=1\n");
+    EXPECT_EQ(NumberOf(path_), number);
+
+    ASSERT_EQ(unlink(path_.c_str()), 0);
+    Set("S", "k\n", 2);
+    EXPECT_EQ(rmdir(folder_.Path().c_str()), 0) << "no empty file is made";
+}
+
+TEST_P(Profile, AFileThatDoesNotLoadReadsAsTheDefaultAndIsLeftAlone)
+{
+    ASSERT_EQ(mkdir(path_.c_str(), 0700), 0);
+    EXPECT_EQ(Get("S", "k", 5), 5);
+    Set("S", "k", 2);
+    EXPECT_EQ(rmdir(path_.c_str()), 0) << "it is still an empty folder";
+    EXPECT_EQ(rmdir(folder_.Path().c_str()), 0) << "no temporary file is left";
+}
+
+TEST_P(Profile, AFileWithoutReadPermissionIsLeftAlone)
+{
+    if (geteuid() == 0)
+        GTEST_SKIP() << "root reads every file";
+    WriteBytes(path_, "[S]\nk=1\n");
+    ASSERT_EQ(chmod(path_.c_str(), 0200), 0);
+    EXPECT_EQ(Get("S", "k", 5), 5);
+    Set("S", "k", 2);
+    ASSERT_EQ(chmod(path_.c_str(), 0600), 0);
+    EXPECT_EQ(ReadBytes(path_), "[S]\nk=1\n");
+}
