@@ -27,3 +27,11 @@ std::string TinyXml_GetStringAttr(const TiXmlElement* element, const char* name,
 /// @param element  not null
 /// @return the attribute as `ParseInt32` reads it (0 when it is no number); the default when it is absent
 int TinyXml_GetIntAttr(const TiXmlElement* element, const char* name, int defaultValue);
+
+/// Reads a boolean attribute by the library's `QueryBoolAttribute`, whose texts for true and false it accepts. An empty
+/// attribute, on which that aborts the process, is no boolean here.
+///
+/// @param element  not null
+/// @param flag     as it was unless the result is true
+/// @return true when the attribute is present and a boolean
+bool QueryXmlFlag(const TiXmlElement* element, const char* name, bool& flag);

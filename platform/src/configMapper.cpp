@@ -18,8 +18,8 @@ std::unique_ptr<CIniConfigInfo> ReadRecord(const TiXmlElement& element)
     record->section = TinyXml_GetStringAttr(&element, "section", "");
     record->key = TinyXml_GetStringAttr(&element, "key", "");
     // A text that is no boolean leaves the flag as it is made.
-    (void)element.QueryBoolAttribute("perAccount", &record->perAccount);
-    (void)element.QueryBoolAttribute("active", &record->active);
+    (void)QueryXmlFlag(&element, "perAccount", record->perAccount);
+    (void)QueryXmlFlag(&element, "active", record->active);
     return record;
 }
 

@@ -106,3 +106,9 @@ int TinyXml_GetIntAttr(const TiXmlElement* element, const char* name, int defaul
     const char* text = element->Attribute(name);
     return text == nullptr ? defaultValue : ParseInt32(text);
 }
+
+bool QueryXmlFlag(const TiXmlElement* element, const char* name, bool& flag)
+{
+    const char* text = element->Attribute(name);
+    return text != nullptr && *text != '\0' && element->QueryBoolAttribute(name, &flag) == TIXML_SUCCESS;
+}

@@ -99,8 +99,8 @@ void GetDstInfo(const TiXmlElement& record, std::string& file, std::string& sect
     ReadFirstPresent(record, "dstFile", "srcFile", file);
     ReadFirstPresent(record, "dstSec", "srcSec", section);
     ReadFirstPresent(record, "dstKey", "srcKey", key);
-    if (record.QueryBoolAttribute("dstEncrypt", &bThisKeyEncrypt) != TIXML_SUCCESS)
-        (void)record.QueryBoolAttribute("srcEncrypt", &bThisKeyEncrypt); // else the flag stays
+    if (!QueryXmlFlag(&record, "dstEncrypt", bThisKeyEncrypt))
+        (void)QueryXmlFlag(&record, "srcEncrypt", bThisKeyEncrypt); // else the flag stays
 }
 
 std::string GetSrcValue(const TiXmlElement& record, bool wantEnciphered)
