@@ -9,6 +9,10 @@ if(KESTRUNE_SANITIZE)
     target_compile_options(kestrune-settings INTERFACE ${sanitizers})
     target_link_options(kestrune-settings INTERFACE ${sanitizers})
 endif()
+if(KESTRUNE_COVERAGE)
+    target_compile_options(kestrune-settings INTERFACE --coverage -fprofile-abs-path)
+    target_link_options(kestrune-settings INTERFACE --coverage)
+endif()
 
 add_library(kestrune-warnings INTERFACE)
 target_compile_options(
