@@ -2,6 +2,8 @@
 
 #include <cctype>
 #include <cstring>
+#include <string>
+#include <tinyxml.h>
 
 namespace
 {
@@ -132,6 +134,9 @@ private:
         if (depth_ + 1 > kDeepestElement)
             return Refuse("Document nested too deep.");
         ++at_;
+        SkipSpace();
+        if (!IsNameStart(Current()))
+            return Stop();
         SkipName();
 
         int attributes = 0;
@@ -198,21 +203,22 @@ private:
 
     void TakeDeclaration()
     {
+        const std::size_t begin = at_;
         at_ += std::strlen("<?xml");
-        std::string_view encoding;
         while (!IsAtEnd() && Current() != '>') {
             SkipSpace();
             if (EqualsIgnoringCase(Rest(), "encoding"))
-                encoding = TakeAttribute();
+                (void)TakeAttribute();
             else if (EqualsIgnoringCase(Rest(), "version") || EqualsIgnoringCase(Rest(), "standalone"))
                 (void)TakeAttribute();
             else
                 SkipWord();
         }
-        if (!IsAtEnd())
-            ++at_;
+        if (IsAtEnd())
+            return;
+        ++at_;
         if (depth_ == 0 && !isEncodingKnown_)
-            SetEncoding(encoding);
+            SetEncoding(text_.substr(begin, at_ - begin));
     }
 
     void SkipWord()
@@ -221,11 +227,13 @@ private:
             ++at_;
     }
 
-    void SetEncoding(std::string_view name)
+    /// The library itself says what it reads in the declaration, which nests nothing.
+    void SetEncoding(std::string_view declaration)
     {
-        // The library resolves references in the name, which no honest file has; this walk does not.
-        if (name.find('&') != kEnd)
-            return Refuse("Document encoding not understood.");
+        TiXmlDocument document;
+        document.Parse(std::string(declaration).c_str());
+        const TiXmlDeclaration* parsed = document.FirstChild()->ToDeclaration();
+        const std::string name = parsed->Encoding();
         isEncodingKnown_ = true;
         isUtf8_ = name.empty() || EqualsIgnoringCase(name, "utf-8") || EqualsIgnoringCase(name, "utf8");
     }
