@@ -36,7 +36,7 @@ std::size_t CharacterSize(char character)
     return byte < 0xe0 ? 2 : byte < 0xf0 ? 3 : 4;
 }
 
-bool EqualsIgnoringCase(std::string_view text, std::string_view lowerCase)
+bool StartsIgnoringCase(std::string_view text, std::string_view lowerCase)
 {
     if (text.size() < lowerCase.size())
         return false;
@@ -100,7 +100,7 @@ private:
             TakeText();
         else if (depth_ > 0 && Following() == '/')
             TakeEndTag();
-        else if (EqualsIgnoringCase(Rest(), "<?xml"))
+        else if (StartsIgnoringCase(Rest(), "<?xml"))
             TakeDeclaration();
         else if (StartsWith("<!--"))
             SkipBehind("-->", 4);
@@ -152,7 +152,7 @@ private:
             }
             if (++attributes > kMostAttributes)
                 return Refuse("Element has too many attributes.");
-            (void)TakeAttribute();
+            TakeAttribute();
         }
     }
 
@@ -162,43 +162,37 @@ private:
             ++at_;
     }
 
-    /// @return the raw text of the attribute's value
-    std::string_view TakeAttribute()
+    void TakeAttribute()
     {
         SkipSpace();
-        if (!IsNameStart(Current())) {
-            Stop();
-            return {};
-        }
+        if (!IsNameStart(Current()))
+            return Stop();
         SkipName();
         SkipSpace();
-        if (Current() != '=') {
-            Stop();
-            return {};
-        }
+        if (Current() != '=')
+            return Stop();
         ++at_;
         SkipSpace();
         const char quote = Current();
-        return quote == '"' || quote == '\'' ? TakeQuotedValue(quote) : TakeBareValue();
+        if (quote == '"' || quote == '\'')
+            TakeQuotedValue(quote);
+        else
+            TakeBareValue();
     }
 
-    std::string_view TakeQuotedValue(char quote)
+    void TakeQuotedValue(char quote)
     {
-        const std::size_t begin = ++at_;
+        ++at_;
         SkipTextUpTo(quote);
-        if (IsAtEnd())
-            return {};
-        return text_.substr(begin, at_++ - begin);
+        ++at_;
     }
 
-    std::string_view TakeBareValue()
+    void TakeBareValue()
     {
-        const std::size_t begin = at_;
         for (; !IsAtEnd() && !IsSpace(Current()) && Current() != '/' && Current() != '>'; ++at_) {
             if (Current() == '"' || Current() == '\'')
-                Stop();
+                return Stop();
         }
-        return text_.substr(begin, at_ - begin);
     }
 
     void TakeDeclaration()
@@ -207,10 +201,8 @@ private:
         at_ += std::strlen("<?xml");
         while (!IsAtEnd() && Current() != '>') {
             SkipSpace();
-            if (EqualsIgnoringCase(Rest(), "encoding"))
-                (void)TakeAttribute();
-            else if (EqualsIgnoringCase(Rest(), "version") || EqualsIgnoringCase(Rest(), "standalone"))
-                (void)TakeAttribute();
+            if (StartsDeclarationAttribute())
+                TakeAttribute();
             else
                 SkipWord();
         }
@@ -219,6 +211,12 @@ private:
         ++at_;
         if (depth_ == 0 && !isEncodingKnown_)
             SetEncoding(text_.substr(begin, at_ - begin));
+    }
+
+    bool StartsDeclarationAttribute() const
+    {
+        return StartsIgnoringCase(Rest(), "version") || StartsIgnoringCase(Rest(), "encoding") ||
+               StartsIgnoringCase(Rest(), "standalone");
     }
 
     void SkipWord()
@@ -235,7 +233,7 @@ private:
         const TiXmlDeclaration* parsed = document.FirstChild()->ToDeclaration();
         const std::string name = parsed->Encoding();
         isEncodingKnown_ = true;
-        isUtf8_ = name.empty() || EqualsIgnoringCase(name, "utf-8") || EqualsIgnoringCase(name, "utf8");
+        isUtf8_ = name.empty() || StartsIgnoringCase(name, "utf-8") || StartsIgnoringCase(name, "utf8");
     }
 
     /// Steps over characters and references as the library reads them: a UTF-8 lead byte takes what follows with it,

@@ -10,7 +10,7 @@ namespace
 
 constexpr char kAnyWord[] = "fix-ups-only";
 
-}  // namespace
+} // namespace
 
 TEST(SetDefaultSCALineKeyNumber, WithoutAccountFilesOnlyTheRingbackTimeoutIsWritten)
 {
@@ -45,7 +45,8 @@ TEST(SetDefaultSCALineKeyNumber, AllSeventeenAccountsAreVisitedAndNoOther)
         phone.Put("/config/user/voip/sipAccount" + std::to_string(number) + ".cfg", "[account]\n");
     phone.Run(kAnyWord);
     for (int number = 0; number <= 16; ++number)
-        phone.Expect("/config/user/voip/sipAccount" + std::to_string(number) + ".cfg", "[account]\nSCALineKeyNumber=-1\n");
+        phone.Expect("/config/user/voip/sipAccount" + std::to_string(number) + ".cfg",
+                     "[account]\nSCALineKeyNumber=-1\n");
     phone.ExpectNothingElseChanged();
 }
 
@@ -63,8 +64,8 @@ TEST(InitRingbackTimeout, ATimeoutThatIsSetIsNeverChanged)
 TEST(InitRingbackTimeout, AnAbsentOrMinusOneTimeoutIsSeededFromTheFirstAccount)
 {
     struct Row {
-        const char* timer;     // the account's line
-        const char* expected;  // the seeded value
+        const char* timer;    // the account's line
+        const char* expected; // the seeded value
     };
     const Row rows[] = {
         {"CancelTimer=60\n", "60"},

@@ -50,7 +50,7 @@ std::string Describe(const fs::directory_entry& entry)
     return text.str();
 }
 
-}  // namespace
+} // namespace
 
 PhoneImage::PhoneImage()
 {
@@ -75,7 +75,8 @@ void PhoneImage::PutFolder(const std::string& path)
 
 void PhoneImage::PutExamplePhone()
 {
-    fs::copy(KESTRUNE_EXAMPLE_PHONE, folder_.Path(), fs::copy_options::recursive | fs::copy_options::overwrite_existing);
+    fs::copy(KESTRUNE_EXAMPLE_PHONE, folder_.Path(),
+             fs::copy_options::recursive | fs::copy_options::overwrite_existing);
 }
 
 void PhoneImage::Remove(const std::string& path)
@@ -135,6 +136,8 @@ std::vector<std::string> PhoneImage::Command(const std::vector<std::string>& arg
     add({"--proc", "/proc", "--dev", "/dev", "--ro-bind", KESTRUNE_PROGRAM, "/kestrune"});
     for (const char* tree : kTrees)
         add({"--bind", folder_.Path(tree), std::string("/") + tree});
+    if (const char* folder = std::getenv("KESTRUNE_SANDBOX_BIND"))
+        add({"--bind", folder, folder}); // where a program built to count its lines writes its counters
     add(sandboxOptions_);
     add({"--remount-ro", "/", "--chdir", "/", "--", "/kestrune"});
     add(arguments);

