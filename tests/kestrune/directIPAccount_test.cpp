@@ -1,0 +1,376 @@
+// Mode "1" takes the direct-IP account out of the numbered accounts; mode "2" makes it account 16.
+
+#include "directIPAccount.h"
+
+#include <filesystem>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include "phoneImage.h"
+#include "scratchFolder.h"
+#include "untouchedFiles.h"
+
+namespace
+{
+
+constexpr char kDirectIP[] = "/config/user/voip/directip.cfg";
+constexpr char kAccount16[] = "/config/user/voip/sipAccount16.cfg";
+constexpr char kFactoryAccount[] = "/phone/factory/user/voip/sipAccount16.cfg";
+
+std::string Account(int number)
+{
+    return "/config/user/voip/sipAccount" + std::to_string(number) + ".cfg";
+}
+
+/// An account file that the start-up fix-ups leave alone.
+std::string AccountText(const std::string& name, const std::string& keys = "")
+{
+    return "; " + name + "\n[account]\nSCALineKeyNumber=4\nLabel=" + name + "\n" + keys;
+}
+
+/// A phone whose user.ini is complete, so that only accounts can change.
+void PutUser(PhoneImage& phone)
+{
+    phone.Put("/config/user/user.ini", "[Feature]\nRingbackTimeout=90\n");
+    phone.PutFolder("/config/user/voip");
+}
+
+unsigned Mode(const PhoneImage& phone, const std::string& path)
+{
+    struct stat status = {};
+    EXPECT_EQ(stat(phone.HostPath(path).c_str(), &status), 0) << path;
+    return status.st_mode & 07777u;
+}
+
+} // namespace
+
+TEST(ExtractDirectIPAccount, TheHighestMarkedAccountIsKeptAndEveryMarkedOneRemoved)
+{
+    PhoneImage phone;
+    PutUser(phone);
+    phone.Put(Account(3), AccountText("three", "directip=1\n"));
+    phone.Put(Account(7), AccountText("seven", "directip=1\n"));
+    phone.Put(Account(5), AccountText("five"));
+    phone.Put(Account(16), AccountText("sixteen", "directip=0\n"));
+    const UntouchedFiles others(phone, {Account(5), Account(16)});
+    phone.Run("1");
+    phone.Expect(kDirectIP, AccountText("seven", "directip=1\n"));
+    phone.ExpectMissing(Account(3));
+    phone.ExpectMissing(Account(7));
+    phone.ExpectNothingElseChanged();
+    others.Check();
+    EXPECT_THAT(phone.Reports(), testing::IsEmpty());
+}
+
+TEST(ExtractDirectIPAccount, AllSeventeenAccountsAreVisitedFromTheTopAndNoOther)
+{
+    PhoneImage phone;
+    PutUser(phone);
+    for (int number = 0; number <= 17; ++number)
+        phone.Put(Account(number), AccountText(std::to_string(number), "directip=1\n"));
+    phone.Run("1");
+    phone.Expect(kDirectIP, AccountText("16", "directip=1\n"));
+    for (int number = 0; number <= 16; ++number)
+        phone.ExpectMissing(Account(number));
+    phone.ExpectNothingElseChanged();
+}
+
+TEST(ExtractDirectIPAccount, TheFirstAndTheLastNumberAloneAreFound)
+{
+    for (int number : {0, 16}) {
+        PhoneImage phone;
+        PutUser(phone);
+        phone.Put(Account(number), AccountText("only", "directip=1\n"));
+        phone.Run("1");
+        phone.Expect(kDirectIP, AccountText("only", "directip=1\n"));
+        phone.ExpectMissing(Account(number));
+        phone.ExpectNothingElseChanged();
+    }
+}
+
+TEST(ExtractDirectIPAccount, OnlyTheNumberOneMarksAnAccount)
+{
+    struct Row {
+        const char* lines; // behind the account's own
+        bool isMarked;
+    };
+    const Row rows[] = {
+        {"directip=1\n", true},
+        {"directip = 1\r\n", true},
+        {"directip=+1\n", true},
+        {"directip=01\n", true},
+        {"directip=1 yes\n", true},
+        {"directip=1", true},
+        {"directip=1\ndirectip=0\n", true},
+        {"directip=0\ndirectip=1\n", false},
+        {"directip=0\n", false},
+        {"directip=2\n", false},
+        {"directip=-1\n", false},
+        {"directip=11\n", false},
+        {"directip=\n", false},
+        {"directip=yes\n", false},
+        {"directip=?1\n", false},
+        {"directip=\"1\"\n", false},
+        {"directip=0x1\n", false},
+        {"directip=2147483647\n", false},
+        {"directip=-2147483648\n", false},
+        {"directip=99999999999\n", false},
+        {"directip=4294967297\n", false},
+        {"directip=18446744073709551617\n", false},
+        {"DirectIP=1\n", false},
+        {";directip=1\n", false},
+        {"[Account]\ndirectip=1\n", false},
+        {"", false},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.lines);
+        PhoneImage phone;
+        PutUser(phone);
+        phone.Put(kDirectIP, "[account]\nLabel=older\n");
+        phone.Put(Account(8), AccountText("eight", row.lines));
+        phone.Run("1");
+        if (row.isMarked) {
+            phone.Expect(kDirectIP, AccountText("eight", row.lines));
+            phone.ExpectMissing(Account(8));
+        }
+        phone.ExpectNothingElseChanged();
+    }
+}
+
+TEST(ExtractDirectIPAccount, TheStartUpFixUpsHaveRunOnTheCopy)
+{
+    PhoneImage phone;
+    PutUser(phone);
+    phone.Put(Account(2), "[account]\ndirectip=1\n");
+    phone.Run("1");
+    phone.Expect(kDirectIP, "[account]\ndirectip=1\nSCALineKeyNumber=-1\n");
+    phone.ExpectMissing(Account(2));
+    phone.ExpectNothingElseChanged();
+}
+
+TEST(ExtractDirectIPAccount, ASecondRunKeepsWhatTheFirstOneTook)
+{
+    PhoneImage phone;
+    PutUser(phone);
+    phone.Put(Account(7), AccountText("seven", "directip=1\n"));
+    phone.Run("1");
+    const UntouchedFiles kept(phone, {kDirectIP});
+    phone.Run("1");
+    phone.ExpectNothingElseChanged();
+    kept.Check();
+}
+
+TEST(ExtractDirectIPAccount, TheCopyTakesThePermissionsOfTheAccountUnlessTheFileWasThere)
+{
+    PhoneImage phone;
+    PutUser(phone);
+    phone.Put(Account(7), AccountText("seven", "directip=1\n"));
+    chmod(phone.HostPath(Account(7)).c_str(), 0640);
+    phone.Run("1");
+    EXPECT_EQ(Mode(phone, kDirectIP), 0640u);
+
+    phone.Put(Account(7), AccountText("seven again", "directip=1\n"));
+    chmod(phone.HostPath(kDirectIP).c_str(), 0600);
+    phone.Run("1");
+    EXPECT_EQ(Mode(phone, kDirectIP), 0600u);
+    phone.Expect(kDirectIP, AccountText("seven again", "directip=1\n"));
+}
+
+TEST(ExtractDirectIPAccount, AMarkedAccountGoesEvenWhenItsCopyFails)
+{
+    PhoneImage phone;
+    PutUser(phone);
+    phone.PutFolder(kDirectIP);
+    phone.Put(Account(7), AccountText("seven", "directip=1\n"));
+    phone.Put(Account(8), AccountText("eight"));
+    phone.Run("1");
+    phone.ExpectMissing(Account(7));
+    phone.ExpectNothingElseChanged();
+}
+
+TEST(ExtractDirectIPAccount, AnAccountThatIsNoFileIsNotMarked)
+{
+    PhoneImage phone;
+    PutUser(phone);
+    phone.PutFolder(Account(9));
+    ASSERT_EQ(mkfifo(phone.HostPath(Account(10)).c_str(), 0600), 0);
+    std::filesystem::create_symlink("nowhere.cfg", phone.HostPath(Account(11)));
+    phone.Put(Account(7), AccountText("seven", "directip=1\n"));
+    phone.Run("1");
+    phone.Expect(kDirectIP, AccountText("seven", "directip=1\n"));
+    phone.ExpectMissing(Account(7));
+    phone.ExpectNothingElseChanged();
+}
+
+TEST(RestoreDirectIPAccount, TheDirectIPFileBecomesAccount16AndTheFactoryFileIsNotConsulted)
+{
+    PhoneImage phone;
+    PutUser(phone);
+    const std::string text = AccountText("seven", "directip=1\nValue=?0\n");
+    phone.Put(kDirectIP, text);
+    phone.Put(kAccount16, AccountText("spare"));
+    phone.Put(kFactoryAccount, "[account]\nLabel=?factory\n");
+    phone.Put(Account(15), AccountText("fifteen"));
+    const UntouchedFiles others(phone, {kFactoryAccount, Account(15)});
+    phone.Run("2");
+    phone.Expect(kAccount16, text); // the "?" stays: it is a mark in the factory's file alone
+    phone.ExpectMissing(kDirectIP);
+    phone.ExpectNothingElseChanged();
+    others.Check();
+    EXPECT_THAT(phone.Reports(), testing::IsEmpty());
+}
+
+TEST(RestoreDirectIPAccount, AnEmptyDirectIPFileCountsToo)
+{
+    PhoneImage phone;
+    PutUser(phone);
+    phone.Put(kDirectIP, "");
+    phone.Put(kFactoryAccount, "[account]\nLabel=?factory\n");
+    phone.Run("2");
+    phone.Expect(kAccount16, "");
+    phone.ExpectMissing(kDirectIP);
+    phone.ExpectNothingElseChanged();
+}
+
+TEST(RestoreDirectIPAccount, WithoutADirectIPFileTheFactoryAccountIsTakenWithoutItsMarks)
+{
+    for (const bool isSpareThere : {false, true}) {
+        PhoneImage phone;
+        PutUser(phone);
+        phone.Put(kFactoryAccount, "[account]\nEnable=?0\nMask=a?b\n");
+        if (isSpareThere)
+            phone.Put(kAccount16, AccountText("spare"));
+        const UntouchedFiles factory(phone, {kFactoryAccount});
+        phone.Run("2");
+        phone.Expect(kAccount16, "[account]\nEnable=0\nMask=a?b\n");
+        phone.ExpectNothingElseChanged();
+        factory.Check();
+    }
+}
+
+TEST(RestoreDirectIPAccount, WithNeitherFileAccount16IsNotTouched)
+{
+    PhoneImage phone;
+    PutUser(phone);
+    phone.Put(kAccount16, AccountText("spare", "Value=?0\n"));
+    const UntouchedFiles account(phone, {kAccount16});
+    phone.Run("2");
+    phone.ExpectNothingElseChanged();
+    account.Check();
+
+    PhoneImage empty;
+    PutUser(empty);
+    empty.Run("2");
+    empty.ExpectNothingElseChanged();
+}
+
+TEST(RestoreDirectIPAccount, ASecondRunPutsTheFactoryAccountInItsPlace)
+{
+    PhoneImage phone;
+    PutUser(phone);
+    phone.Put(kDirectIP, AccountText("seven"));
+    phone.Put(kFactoryAccount, "[account]\nSCALineKeyNumber=2\nLabel=?factory\n");
+    phone.Run("2");
+    phone.Expect(kAccount16, AccountText("seven"));
+    phone.Run("2");
+    phone.Expect(kAccount16, "[account]\nSCALineKeyNumber=2\nLabel=factory\n");
+    phone.ExpectNothingElseChanged();
+}
+
+TEST(RestoreDirectIPAccount, Account16KeepsItsPermissionsAndANewOneTakesThoseOfItsSource)
+{
+    PhoneImage phone;
+    PutUser(phone);
+    phone.Put(kDirectIP, AccountText("seven"));
+    chmod(phone.HostPath(kDirectIP).c_str(), 0604);
+    phone.Run("2");
+    EXPECT_EQ(Mode(phone, kAccount16), 0604u);
+
+    phone.Put(kDirectIP, AccountText("eight"));
+    chmod(phone.HostPath(kAccount16).c_str(), 0620);
+    phone.Run("2");
+    EXPECT_EQ(Mode(phone, kAccount16), 0620u);
+    phone.Expect(kAccount16, AccountText("eight"));
+}
+
+TEST(RestoreDirectIPAccount, TheDirectIPFileGoesEvenWhenItsCopyFails)
+{
+    PhoneImage phone;
+    PutUser(phone);
+    ASSERT_EQ(mkfifo(phone.HostPath(kDirectIP).c_str(), 0600), 0);
+    phone.Put(kAccount16, AccountText("spare"));
+    phone.Put(kFactoryAccount, "[account]\nLabel=?factory\n");
+    phone.Run("2");
+    phone.ExpectMissing(kDirectIP);
+    phone.ExpectNothingElseChanged();
+}
+
+TEST(RestoreDirectIPAccount, AnAccount16ThatCannotBeReplacedStays)
+{
+    PhoneImage phone;
+    PutUser(phone);
+    phone.PutFolder(kAccount16);
+    phone.Put(kFactoryAccount, "[account]\nLabel=?factory\n");
+    phone.Run("2");
+    phone.ExpectNothingElseChanged();
+}
+
+TEST(StripValueMarks, OneLeadingMarkGoesFromEveryValue)
+{
+    struct Row {
+        const char* before;
+        const char* after;
+    };
+    const Row rows[] = {
+        {"[a]\nk=?0\n", "[a]\nk=0\n"},
+        {"[a]\nk=a?b\n", "[a]\nk=a?b\n"},
+        {"[a]\nk=??x\n", "[a]\nk=?x\n"},
+        {"[a]\nk=?\n", "[a]\nk=\n"},
+        {"[a]\nk=\n", "[a]\nk=\n"},
+        {"[a]\nk=x?\n", "[a]\nk=x?\n"},
+        {"[a]\nk=\"?x\"\n", "[a]\nk=\"?x\"\n"},
+        {"[a]\n k = \t?x \r\n", "[a]\n k = \tx \r\n"},
+        {"[a]\nk=? x\n", "[a]\nk= x\n"},
+        {"[a]\nk=?=?\n", "[a]\nk==?\n"},
+        {"[a]\nk=?x", "[a]\nk=x"},
+        {"[a]\n?k=?x\n", "[a]\n?k=x\n"},
+        {"[?a]\nk=?1\n[b]\nk=?2\nk=?3\n[?a]\nk=?4\n", "[?a]\nk=1\n[b]\nk=2\nk=3\n[?a]\nk=4\n"},
+        {"k=?1\n[a]\n;k=?2\n#k=?3\n?4\n=?5\n", "k=?1\n[a]\n;k=?2\n#k=?3\n?4\n=?5\n"},
+        {"\xEF\xBB\xBF[a]\nk=?x\n", "\xEF\xBB\xBF[a]\nk=x\n"},
+        {"[a]\nk=?\xff\xfe\n", "[a]\nk=\xff\xfe\n"},
+        {"", ""},
+        {"no section\n", "no section\n"},
+    };
+    const ScratchFolder folder;
+    const std::string path = folder.Path("account.cfg");
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.before);
+        WriteBytes(path, row.before);
+        EXPECT_TRUE(StripValueMarks(path.c_str()));
+        EXPECT_EQ(ReadBytes(path), row.after);
+    }
+}
+
+TEST(StripValueMarks, TheFileIsSavedWhetherOrNotAnythingChanged)
+{
+    const ScratchFolder folder;
+    const std::string path = folder.Path("account.cfg");
+    WriteBytes(path, "[a]\nk=0\n");
+    const timespec times[2] = {{1000000000, 0}, {1000000000, 0}};
+    ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
+    EXPECT_TRUE(StripValueMarks(path.c_str()));
+    struct stat status = {};
+    ASSERT_EQ(stat(path.c_str(), &status), 0);
+    EXPECT_GT(status.st_mtim.tv_sec, 1000000000);
+    EXPECT_EQ(ReadBytes(path), "[a]\nk=0\n");
+}
+
+TEST(StripValueMarks, WhatIsMissingOrNoFileIsNotSaved)
+{
+    const ScratchFolder folder;
+    EXPECT_FALSE(StripValueMarks(/*path=*/nullptr));
+    EXPECT_FALSE(StripValueMarks(folder.Path("missing.cfg").c_str()));
+    EXPECT_FALSE(std::filesystem::exists(folder.Path("missing.cfg")));
+    EXPECT_FALSE(StripValueMarks(folder.Path().c_str()));
+}
