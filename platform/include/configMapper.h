@@ -16,10 +16,13 @@ struct CIniConfigInfo {
     bool active = true;      ///< clear: to be skipped
 };
 
-/// The device's list of enciphered entries, from "/phone/resource/encryptconfig.xml" (docs/encryptconfig.md).
+/// The device's list of enciphered entries (docs/encryptconfig.md).
 class CConfigMapper
 {
 public:
+    /// @param path  the list's file; kept by address, so a literal or at least alive as long as the mapper
+    explicit CConfigMapper(const char* path = "/phone/resource/encryptconfig.xml") : path_(path) {}
+
     /// Fills the list in the file's order.
     ///
     /// @param entries  gets pointers to records that this mapper owns
@@ -27,5 +30,6 @@ public:
     int GetAllEncryptConfig(std::list<CIniConfigInfo*>& entries);
 
 private:
+    const char* path_;
     std::vector<std::unique_ptr<CIniConfigInfo>> records_;
 };

@@ -39,7 +39,8 @@ constexpr mode_t kModeLessUmask = static_cast<mode_t>(-1);
 ///         left.
 bool ReplaceFile(const char* path, std::string_view bytes, mode_t newFileMode = kModeLessUmask);
 
-/// Removes a file (standard `remove`), after `FlushChangedFolders`: when the original goes, its copy is on the device.
+/// Removes a file (standard `remove`), after its folder and all of `FlushChangedFolders` are flushed: when the original goes,
+/// a copy in the same folder is on the device, whichever run made it.
 /// The folder that lost it is remembered for the next `FlushChangedFolders`.
 ///
 /// @return true when it is gone

@@ -7,8 +7,6 @@
 namespace
 {
 
-constexpr char kEncryptConfigFile[] = "/phone/resource/encryptconfig.xml";
-
 std::unique_ptr<CIniConfigInfo> ReadRecord(const TiXmlElement& element)
 {
     auto record = std::make_unique<CIniConfigInfo>();
@@ -28,7 +26,7 @@ std::unique_ptr<CIniConfigInfo> ReadRecord(const TiXmlElement& element)
 int CConfigMapper::GetAllEncryptConfig(std::list<CIniConfigInfo*>& entries)
 {
     TiXmlDocument document;
-    if (LoadXmlFile(document, kEncryptConfigFile) == 0)
+    if (LoadXmlFile(document, path_) == 0)
         return 0;
     const TiXmlElement* root = document.RootElement();
     const TiXmlElement* element = root == nullptr ? nullptr : root->FirstChildElement();

@@ -163,6 +163,8 @@ bool ReplaceFile(const char* path, std::string_view bytes, mode_t newFileMode)
 
 bool RemoveFile(const char* path)
 {
+    // Also when this run renamed nothing there: the copy may be that of a run which was killed before it flushed.
+    ChangedFolders().insert(FolderOf(path));
     FlushChangedFolders();
     ChangedFolders().insert(FolderOf(path));
     return std::remove(path) == 0;

@@ -70,25 +70,25 @@ bool MigrateItem(pugi::xml_node item)
     return FindOrAppend(data, added == AddedAttribute::HistoryType ? "history_type" : "xml_phonebook").set_value(line);
 }
 
-void MigrateLayout(pugi::xml_document& document, const char* path, const char* rootName)
-{
-    if (LoadPugiXmlFile(document, path, kParseOptions) == 0)
-        return;
-    const pugi::xml_node root = document.child(rootName);
-    if (root.empty())
-        return;
-    for (pugi::xml_node item = root.child("item"); !item.empty(); item = item.next_sibling("item")) {
-        if (!MigrateItem(item))
-            return; // the file stays as it was rather than lose an attribute
-    }
-    (void)SavePugiXmlFile(document, path, "\t", pugi::format_indent); // the other layouts do not depend on it
-}
-
 } // namespace
 
 void MigrateKeyLayouts()
 {
     pugi::xml_document document;
     for (int i = 0; i < kLayoutFiles; ++i)
-        MigrateLayout(document, kLayoutPaths[i], kLayoutRoots[i]);
+        (void)MigrateKeyLayout(document, kLayoutPaths[i], kLayoutRoots[i]); // the other layouts do not depend on it
+}
+
+bool MigrateKeyLayout(pugi::xml_document& document, const char* path, const char* rootName)
+{
+    if (LoadPugiXmlFile(document, path, kParseOptions) == 0)
+        return false;
+    const pugi::xml_node root = document.child(rootName);
+    if (root.empty())
+        return false;
+    for (pugi::xml_node item = root.child("item"); !item.empty(); item = item.next_sibling("item")) {
+        if (!MigrateItem(item))
+            return false; // the file stays as it was rather than lose an attribute
+    }
+    return SavePugiXmlFile(document, path, "\t", pugi::format_indent) != 0;
 }

@@ -1,5 +1,10 @@
 #pragma once
 
+namespace pugi
+{
+class xml_document;
+}
+
 /// Key layout migration, a step of mode "2": gives key items the attributes that the firmware expects.
 ///
 /// | key types          | attribute of "itemdata" | value                     |
@@ -14,3 +19,10 @@
 /// Failures:  a file that is missing, does not load or has another root is skipped
 /// Twice:     a second run writes the same bytes
 void MigrateKeyLayouts();
+
+/// The same for one file.
+///
+/// @param document  holds the file meanwhile; one document serves all files
+/// @param rootName  name of the element that holds the file's items
+/// @return true when the file was saved; otherwise it is as it was
+bool MigrateKeyLayout(pugi::xml_document& document, const char* path, const char* rootName);
