@@ -31,7 +31,8 @@ public:
 
     bool IsOpen() const { return stream_ != nullptr; }
     std::FILE* File() const { return stream_.get(); }
-    bool Finish() { return std::fclose(stream_.release()) == 0; }
+    /// Closing trims the bytes to their size. When there is no memory for that they are gone, and closing reports success.
+    bool Finish() { return std::fclose(stream_.release()) == 0 && bytes_ != nullptr; }
     std::string_view Bytes() const { return std::string_view(bytes_, size_); }
 
 private:

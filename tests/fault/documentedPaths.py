@@ -1,0 +1,76 @@
+"""The paths that the program is known by: what each mode may open on the phone, and what it may replace.
+
+Written by hand from the documentation, so that a trace is held against it and not the other way round.
+"""
+
+import sandbox
+
+ACCOUNTS = tuple(f"/config/user/voip/sipAccount{number}.cfg" for number in range(17))
+CONVERTED_ACCOUNTS = ACCOUNTS[:4]
+ACCOUNT_16 = ACCOUNTS[16]
+USER_INI = "/config/user/user.ini"
+SYSTEM_INI = "/config/system/system.ini"
+VERSION_INI = "/config/version.ini"
+DIRECT_IP_FILE = "/config/user/voip/directip.cfg"
+HAND_OVER = "/tmp/VersionInfo.cfg"
+FACTORY_USER_INI = "/phone/factory/user/user.ini"
+FACTORY_ACCOUNT = "/phone/factory/user/voip/sipAccount16.cfg"
+TABLE = "/phone/resource/kestrune.xml"
+ENTRY_LIST = "/phone/resource/encryptconfig.xml"
+CIPHER_KEY = "/phone/factory/certs/pwcipher.key"
+FACTORY_CERTIFICATES = "/phone/factory/certs/phoneca/"
+USER_CERTIFICATES = "/config/certs/phoneca/"
+
+# Old XML data and what is made of it; the door phones are rewritten in place.
+XML_DATA = {
+    "/config/data/contactData.xml": ("/config/data/contact_list.xml", "/config/data/contact_group_list.xml"),
+    "/config/data/dialplan.xml": ("/config/data/DialPlan.xml",),
+    "/config/data/dialnow.xml": ("/config/data/DialNow.xml",),
+    "/config/data/dsskey.xml": ("/config/data/memkey.xml",),
+    "/config/data/doorphonedata.xml": ("/config/data/doorphonedata.xml",),
+    "/config/data/remotebook.xml": ("/config/data/remote_phonebook_list.xml",),
+}
+NEW_XML_DATA = tuple(path for paths in XML_DATA.values() for path in paths)
+KEY_LAYOUTS = ("/config/data/linekey.xml", "/config/data/programkey.xml",
+               *(f"/config/data/expkey{number}.xml" for number in range(6)))
+
+# What the translation tables and entry lists of the two phones name besides the accounts.
+NAMED_BY_TABLES = (USER_INI, SYSTEM_INI, VERSION_INI)
+
+TABLE_PASS = (TABLE, USER_INI, CIPHER_KEY, *NAMED_BY_TABLES, *ACCOUNTS)
+PASSWORD_PASS = (USER_INI, FACTORY_USER_INI, ENTRY_LIST, CIPHER_KEY, *NAMED_BY_TABLES, *CONVERTED_ACCOUNTS)
+DATA_PASSES = (*TABLE_PASS, VERSION_INI, *XML_DATA, *NEW_XML_DATA)
+
+FIX_UPS = (USER_INI, *ACCOUNTS)
+READS = {
+    "all": (*FIX_UPS, *DATA_PASSES, *PASSWORD_PASS),
+    "dev": (*FIX_UPS, *DATA_PASSES),
+    "pwd": (*FIX_UPS, *PASSWORD_PASS),
+    "1": (*FIX_UPS, FACTORY_USER_INI, SYSTEM_INI, HAND_OVER, DIRECT_IP_FILE),
+    "2": (*FIX_UPS, HAND_OVER, SYSTEM_INI, *KEY_LAYOUTS, DIRECT_IP_FILE, FACTORY_ACCOUNT),
+    "fix-ups-only": FIX_UPS,
+}
+
+# Listed, and its files given to the device's own copy, whose destinations are flushed.
+CERTIFICATE_MODES = ("all", "dev")
+
+REPLACES = {
+    "all": (USER_INI, SYSTEM_INI, *ACCOUNTS, *NEW_XML_DATA),
+    "dev": (USER_INI, SYSTEM_INI, *ACCOUNTS, *NEW_XML_DATA),
+    "pwd": (USER_INI, SYSTEM_INI, *ACCOUNTS),
+    "1": (USER_INI, *ACCOUNTS, HAND_OVER, DIRECT_IP_FILE),
+    "2": (USER_INI, SYSTEM_INI, *ACCOUNTS, *KEY_LAYOUTS),
+    "fix-ups-only": FIX_UPS,
+}
+COPIES_TO = {"1": DIRECT_IP_FILE, "2": ACCOUNT_16}
+REMOVES = {"1": ACCOUNTS, "2": (DIRECT_IP_FILE,)}
+
+
+def folders_flushed(mode):
+    """Those in which something is replaced or removed, and that of the certificates."""
+    paths = REPLACES[mode] + REMOVES.get(mode, ())
+    return {path.rpartition("/")[0] for path in paths} | {USER_CERTIFICATES.rstrip("/")}
+
+
+def temporary_name(path):
+    return path + sandbox.TEMPORARY_SUFFIX

@@ -1,0 +1,92 @@
+"""INI files as the program edits them: line by line, every byte that a change does not concern stays."""
+
+import dataclasses
+import re
+
+BYTE_ORDER_MARK = b"\xef\xbb\xbf"
+SECTION = re.compile(rb"^[ \t]*\[([^\]]*)\]")
+KEY = re.compile(rb"^[ \t]*([^=]*[^= \t])[ \t]*=[ \t]*")
+
+
+@dataclasses.dataclass(frozen=True)
+class Line:
+    """`kind` is "section", "key" or "other"; `name` is (section,) or (section, key); `head` is all but the value."""
+
+    kind: str
+    name: tuple
+    head: bytes
+    value: bytes
+
+
+def lines_of(text):
+    section = None
+    found = []
+    for raw in text.removeprefix(BYTE_ORDER_MARK).split(b"\n"):
+        content = raw.removesuffix(b"\r")
+        opened = SECTION.match(content)
+        key = KEY.match(content)
+        if content.lstrip(b" \t")[:1] in (b";", b"#", b""):
+            found.append(Line("other", (), content, b""))
+        elif opened:
+            section = opened.group(1)
+            found.append(Line("section", (section,), content, b""))
+        elif key and section is not None:
+            found.append(Line("key", (section, key.group(1)), key.group(0), content[key.end():]))
+        else:
+            found.append(Line("other", (), content, b""))
+    return found
+
+
+def values_of(text):
+    """Every value of every key: doubles have several."""
+    values = {}
+    for line in lines_of(text):
+        if line.kind == "key":
+            values.setdefault(line.name, []).append(line.value)
+    return values
+
+
+def skeleton(text, known):
+    """What the program never changes: the lines less the values, less the keys and sections that are not known."""
+    kept = []
+    for line in lines_of(text):
+        if line.kind == "other" or line.name in known:
+            kept.append(line.head)
+        elif line.kind == "section" and kept and not kept[-1].strip(b" \t"):
+            kept.pop()  # a new section brings a blank line with it
+    while kept and not kept[-1].strip(b" \t"):
+        kept.pop()
+    return kept
+
+
+def names_in(text):
+    return {line.name for line in lines_of(text) if line.kind != "other"}
+
+
+def why_not_edited(base, found, allowed):
+    """Why the text found is not the base with some keys set: each key to one of its values in `allowed`.
+
+    An empty reason means that it is.
+    """
+    known = names_in(base)
+    if skeleton(found, known) != skeleton(base, known):
+        return "lines are gone, or new ones are neither a key nor a section"
+    before = values_of(base)
+    for name, values in values_of(found).items():
+        possible = set(before.get(name, ())) | allowed.get(name, set())
+        wrong = [value for value in values if value not in possible]
+        if wrong:
+            return f"{shown(name)} holds {wrong[0]!r}, which nobody wrote"
+        if len(values) > len(before.get(name, [b""])):
+            return f"{shown(name)} is there {len(values)} times"
+    return ""
+
+
+def changed_keys(before, after):
+    """The keys that have another value, or that only one of the texts has."""
+    old, new = values_of(before), values_of(after)
+    return {name for name in old.keys() | new.keys() if old.get(name) != new.get(name)}
+
+
+def shown(name):
+    return "/".join(part.decode(errors="replace") for part in name)

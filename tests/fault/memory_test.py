@@ -1,0 +1,125 @@
+"""Every allocation of the program fails, once and from there on: the phone keeps its files, and the run goes on.
+
+A small library, loaded in front of the C library, lets them fail. It leaves the program's children alone.
+"""
+
+import dataclasses
+import itertools
+import os
+import pathlib
+import subprocess
+import sys
+
+import passJudgement
+import proof
+import sandbox
+import wholeSaves
+
+LONGEST_RUN = 30  # seconds
+LONG = 1000       # allocations
+LIBRARY_SOURCE = pathlib.Path(__file__).resolve().parent / "failAllocation.cpp"
+SANITIZER = b"__asan_init"
+
+
+@dataclasses.dataclass(frozen=True)
+class Fault:
+    mode: str
+    number: int
+    goes_on: bool
+
+    def __str__(self):
+        return f"{self.mode}: allocation {self.number}{' and all behind it' if self.goes_on else ''}"
+
+
+WHOLE = {}  # by mode, before the workers start
+PROGRAM = None
+PHONE = None
+SCRATCH = None
+
+
+def build_library():
+    command = ["g++", "-std=c++17", "-O1", "-shared", "-fPIC", "-o", SCRATCH / "failAllocation.so", LIBRARY_SOURCE]
+    try:
+        subprocess.run(command + ["-ldl"], check=True)
+    except FileNotFoundError:
+        proof.skip("no compiler for the library that lets allocations fail")
+
+
+def run_with_library(root, folder, mode, number, goes_on=False):
+    """Gives the result, and how many allocations there were (none when the run did not end by itself)."""
+    count = folder / "count"
+    count.write_bytes(b"")
+    options = ["--ro-bind", str(SCRATCH / "failAllocation.so"), "/failAllocation.so", "--bind", str(count), "/count",
+               "--setenv", "LD_PRELOAD", "/failAllocation.so", "--setenv", "FAIL_ALLOCATION_COUNT", "/count",
+               "--setenv", "FAIL_ALLOCATION", str(number)]
+    options += ["--setenv", "FAIL_ALLOCATION_ON", "1"] if goes_on else []
+    result = sandbox.run(PROGRAM, root, mode, options=options, timeout=LONGEST_RUN)
+    return result, int(count.read_bytes() or b"0")
+
+
+def allocations_of(mode):
+    root = sandbox.make_phone(PHONE, SCRATCH / "phone")
+    _, count = run_with_library(root, SCRATCH, mode, number=0)
+    return count
+
+
+def ways_of(mode, number, count):
+    """Once and from there on; one of them in turn where that would be a second time: "dev" is "all" less its last pass,
+    and the example phone makes it long."""
+    if mode == "dev" and count > LONG:
+        return (number % 2 == 0,)
+    return (False, True)
+
+
+def faults_of(mode):
+    count = allocations_of(mode)
+    for number in range(1, count + 1):
+        for goes_on in ways_of(mode, number, count):
+            yield Fault(mode, number, goes_on)
+
+
+def judge(fault, found, result):
+    whole = WHOLE[fault.mode]
+    if fault.goes_on:
+        # Reports need memory too, so only the files can tell.
+        places = range(len(whole.run.passes))
+        problems = min((passJudgement.after_last_passes(whole, place, found) for place in places), key=len)
+    else:
+        problems = passJudgement.after_some_pass(whole, found, result.stderr)
+    return passJudgement.temporary_files(found) + problems
+
+
+def run_fault(fault):
+    folder = SCRATCH / str(os.getpid())
+    folder.mkdir(exist_ok=True)
+    root = sandbox.make_phone(PHONE, folder / "phone")
+    try:
+        result, count = run_with_library(root, folder, fault.mode, fault.number, fault.goes_on)
+    except subprocess.TimeoutExpired:
+        return [f"{fault}: hangs"]
+    problems = judge(fault, sandbox.files_of(root), result)
+    if result.returncode != 0:
+        problems.append(f"exit status {result.returncode}: {result.stderr[-200:]!r}")
+    elif count < fault.number:
+        problems.append(f"there were only {count} allocations")
+    return [f"{fault}: {problem}" for problem in problems]
+
+
+def main():
+    global PROGRAM, PHONE, SCRATCH
+    chosen = proof.parse_arguments(__doc__)
+    proof.skip_without_sandbox()
+    if SANITIZER in chosen.program.read_bytes():
+        proof.skip("a sanitizer has its own memory allocation")
+    PROGRAM, PHONE = chosen.program, chosen.phone
+    with proof.scratch_folder() as scratch:
+        SCRATCH = pathlib.Path(scratch)
+        build_library()
+        WHOLE.update(wholeSaves.of_modes(PROGRAM, PHONE, chosen.mode, SCRATCH))
+        faults = [fault for mode in chosen.mode for fault in faults_of(mode)]
+        problems = list(itertools.chain(*proof.in_parallel(run_fault, faults)))
+    return proof.end("memory", problems, f"{len(faults)} failed allocations in {len(chosen.mode)} modes")
+
+
+if __name__ == "__main__":
+    sys.exit(main())

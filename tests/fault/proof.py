@@ -1,0 +1,79 @@
+"""What the proofs have in common: their command line, their workers, and the end that they come to."""
+
+import argparse
+import concurrent.futures
+import multiprocessing
+import os
+import pathlib
+import shutil
+import subprocess
+import sys
+import tempfile
+
+import sandbox
+
+WORKERS = 2
+JOBS_AT_ONCE = 16
+SKIPPED = 77
+MOST_FAULTS_TOLD = 40
+
+
+def parse_arguments(description):
+    parser = argparse.ArgumentParser(description=description)
+    parser.add_argument("--program", required=True, type=pathlib.Path)
+    parser.add_argument("--phone", choices=sorted(sandbox.PHONES), default="small")
+    parser.add_argument("--mode", action="append", choices=sandbox.MODES)
+    arguments = parser.parse_args()
+    arguments.program = arguments.program.resolve()
+    arguments.mode = arguments.mode or list(sandbox.MODES)
+    return arguments
+
+
+def skip(reason):
+    print(f"SKIPPED: {reason}")
+    sys.exit(SKIPPED)
+
+
+def skip_without_sandbox(with_strace=True):
+    """A machine may lack the tools or forbid them; then nothing can be proven."""
+    for tool in ["bwrap"] + (["strace"] if with_strace else []):
+        if shutil.which(tool) is None:
+            skip(f"{tool} is not installed")
+    with tempfile.TemporaryDirectory() as folder:
+        for tree in sandbox.TREES:
+            os.mkdir(f"{folder}/{tree}")
+        tracer = ["strace", "-D", "-f", "-o", "/dev/null"] if with_strace else []
+        tried = subprocess.run(sandbox.command("/bin/true", folder, [], tracer), capture_output=True, check=False)
+    if tried.returncode != 0:
+        skip(f"no sandbox here: {tried.stderr.decode(errors='replace').strip()}")
+
+
+def scratch_folder():
+    """In memory where there is such a place: thousands of phones are made, and none of them needs a device."""
+    memory = "/dev/shm"
+    return tempfile.TemporaryDirectory(prefix="kestrune-", dir=memory if os.access(memory, os.W_OK) else None)
+
+
+work = None  # what the workers do: they are forks, and find it here with all that it has
+
+
+def do_work(job):
+    return work(job)
+
+
+def in_parallel(function, jobs, at_once=JOBS_AT_ONCE):
+    """The results in order. Each worker keeps its own copy of what `function` remembers."""
+    global work
+    work = function
+    with concurrent.futures.ProcessPoolExecutor(WORKERS, multiprocessing.get_context("fork")) as workers:
+        yield from workers.map(do_work, jobs, chunksize=at_once)
+
+
+def end(name, faults, figures):
+    """Tells what was lost, then the figures; gives the exit status."""
+    for fault in faults[:MOST_FAULTS_TOLD]:
+        print(fault)
+    if len(faults) > MOST_FAULTS_TOLD:
+        print(f"... and {len(faults) - MOST_FAULTS_TOLD} more")
+    print(f"{name}: {figures}, {f'{len(faults)} FAULTS' if faults else 'nothing lost'}")
+    return 1 if faults else 0

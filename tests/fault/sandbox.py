@@ -1,0 +1,120 @@
+"""Phones in folders, and the real program run on them in a bubblewrap sandbox.
+
+The counterpart of tests/support/phoneImage for the fault tests, which run the program thousands of times under strace.
+"""
+
+import dataclasses
+import os
+import pathlib
+import shutil
+import stat
+import subprocess
+
+HERE = pathlib.Path(__file__).resolve().parent
+PHONES = {"small": HERE / "small-phone", "example": HERE.parent.parent / "examples" / "phone"}
+MODES = ("all", "dev", "pwd", "1", "2", "fix-ups-only")
+TREES = ("config", "phone", "tmp")
+TEMPORARY_SUFFIX = ".kestrune-new"
+
+
+@dataclasses.dataclass(frozen=True)
+class Entry:
+    """One name of a phone: what it is, who may use it, and what it holds (bytes, or where a link leads)."""
+
+    kind: str
+    mode: int
+    owner: tuple
+    content: bytes
+
+
+def make_phone(name, root):
+    """Copies the phone of that name to the folder, which is made afresh."""
+    root = pathlib.Path(root)
+    if root.exists():
+        shutil.rmtree(root)
+    shutil.copytree(PHONES[name], root, symlinks=True)
+    for tree in TREES:
+        (root / tree).mkdir(exist_ok=True)
+    return root
+
+
+def entry_of(path):
+    status = os.lstat(path)
+    mode = stat.S_IMODE(status.st_mode)
+    owner = (status.st_uid, status.st_gid)
+    if stat.S_ISLNK(status.st_mode):
+        return Entry("link", mode, owner, os.fsencode(os.readlink(path)))
+    if stat.S_ISDIR(status.st_mode):
+        return Entry("folder", mode, owner, b"")
+    if stat.S_ISREG(status.st_mode):
+        return Entry("file", mode, owner, path.read_bytes())
+    return Entry("special", mode, owner, b"")
+
+
+def snapshot(root):
+    """Every name of the phone, by its device path such as "/config/user/user.ini"."""
+    root = pathlib.Path(root)
+    found = {}
+    for folder, folders, files in os.walk(root):
+        for name in folders + files:
+            path = pathlib.Path(folder, name)
+            found["/" + str(path.relative_to(root))] = entry_of(path)
+    return found
+
+
+def files_of(root):
+    return {path: entry for path, entry in snapshot(root).items() if entry.kind != "folder"}
+
+
+def system_folders():
+    options = ["--ro-bind", "/usr", "/usr"]
+    for name in ("/bin", "/sbin", "/lib", "/lib32", "/lib64", "/libx32"):
+        if os.path.islink(name):
+            options += ["--symlink", os.readlink(name), name]
+        elif os.path.isdir(name):
+            options += ["--ro-bind", name, name]
+    return options
+
+
+def command(program, root, arguments, wrapper=(), options=()):
+    """The command that runs the program as process 1 of a sandbox on the phone; `wrapper` goes in front of it."""
+    binds = []
+    for tree in TREES:
+        binds += ["--bind", f"{root}/{tree}", f"/{tree}"]
+    return (["bwrap", "--unshare-pid", "--as-pid-1", "--die-with-parent", "--tmpfs", "/"] + system_folders()
+            + ["--proc", "/proc", "--dev", "/dev", "--ro-bind", str(program), "/kestrune"] + binds + list(options)
+            + ["--remount-ro", "/", "--chdir", "/", "--"] + list(wrapper) + ["/kestrune"] + list(arguments))
+
+
+def run(program, root, mode, wrapper=(), options=(), environment=None, timeout=60):
+    """Runs a mode to its end, whichever that is; the result has the exit status, and what was written to both outputs."""
+    variables = {"PATH": "/usr/bin:/bin"}
+    variables.update(environment or {})
+    return subprocess.run(command(program, root, [mode], wrapper, options), env=variables, stdin=subprocess.DEVNULL,
+                          capture_output=True, timeout=timeout, check=False)
+
+
+def make_from(entries, root):
+    """Makes a phone of the names that a snapshot lists. Owners are given where we may give them."""
+    root = pathlib.Path(root)
+    if root.exists():
+        shutil.rmtree(root)
+    root.mkdir(parents=True)
+    folders = [path for path, entry in entries.items() if entry.kind == "folder"]
+    for path in sorted(folders):
+        os.mkdir(f"{root}{path}")
+    for path, entry in entries.items():
+        if entry.kind == "file":
+            pathlib.Path(f"{root}{path}").write_bytes(entry.content)
+        elif entry.kind == "link":
+            os.symlink(entry.content, f"{root}{path}")
+    for path in sorted(entries, reverse=True):
+        give_owner_and_mode(f"{root}{path}", entries[path])
+    return root
+
+
+def give_owner_and_mode(path, entry):
+    if os.geteuid() == 0:
+        os.chown(path, *entry.owner, follow_symlinks=False)
+    if entry.kind != "link":
+        os.chmod(path, entry.mode)

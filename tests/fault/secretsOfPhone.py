@@ -1,0 +1,86 @@
+"""A phone whose every password and key is one of a kind, so that each can be found wherever it goes."""
+
+import dataclasses
+import re
+
+import documentedPaths
+import exceptions
+import iniText
+import iniValue
+import sandbox
+
+SECRET_KEY = re.compile(rb"(?!b[A-Z]).*(password|pwd|pin|psk|community)", re.IGNORECASE)
+XML_SECRET = re.compile(rb"(<UnlockPIN>)[^<]+(</UnlockPIN>)")
+
+# As the phone's owner would keep the files that hold them.
+PRIVATE = 0o600
+
+
+@dataclasses.dataclass(frozen=True)
+class Secret:
+    """`place` is (file, section, key), or (file,) where the file has no keys."""
+
+    text: bytes
+    place: tuple
+
+
+def is_ini(path):
+    return path.endswith((".ini", ".cfg"))
+
+
+def next_text(secrets):
+    return b"Unique-%04d-nightjar" % len(secrets)
+
+
+def named_by_the_phone(phone):
+    """The places that the entry list or an encrypt flag of the table names, as (file, section, key) of texts."""
+    places = set(exceptions.listed_values(phone))
+    for record in exceptions.table_records(phone):
+        if "true" in (record.get("srcEncrypt"), record.get("dstEncrypt")):
+            places.add(tuple(record.get(name) for name in ("srcFile", "srcSec", "srcKey")))
+    return places
+
+
+def plant_in_ini(path, content, named, secrets):
+    for line in iniText.lines_of(content):
+        if line.kind != "key" or not line.value:
+            continue
+        section, key = (part.decode() for part in line.name)
+        if (path, section, key) not in named and not SECRET_KEY.fullmatch(line.name[1]):
+            continue
+        mark = b"?" if line.value.startswith(b"?") else b""
+        secret = Secret(next_text(secrets), (path, section, key))
+        content = iniValue.replace(content, section, key, mark + secret.text)
+        secrets.append(secret)
+    return content
+
+
+def plant_in_xml(path, content, secrets):
+    def plant(found):
+        secrets.append(Secret(next_text(secrets), (path,)))
+        return found.group(1) + secrets[-1].text + found.group(2)
+    return XML_SECRET.sub(plant, content)
+
+
+def plant_key(root, secrets):
+    """The phone's own cipher key; its files are made where the phone has none."""
+    text = b"".join(b"%02x" % ((11 * n + 5) % 256) for n in range(64))
+    path = root / documentedPaths.CIPHER_KEY[1:]
+    path.parent.mkdir(parents=True, exist_ok=True)
+    path.write_bytes(text + b"\n")
+    secrets += [Secret(text, (documentedPaths.CIPHER_KEY,)), Secret(bytes.fromhex(text.decode()), ())]
+
+
+def plant(root):
+    """Puts its own secret in place of every one of the phone, and makes its files private; gives the secrets."""
+    secrets = []
+    plant_key(root, secrets)
+    phone = sandbox.files_of(root)
+    named = named_by_the_phone(phone)
+    for path, entry in sorted(phone.items()):
+        content = plant_in_ini(path, entry.content, named, secrets) if is_ini(path) else entry.content
+        if path.startswith("/config/data/"):
+            content = plant_in_xml(path, content, secrets)
+        (root / path[1:]).write_bytes(content)
+        (root / path[1:]).chmod(PRIVATE)
+    return secrets

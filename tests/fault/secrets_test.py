@@ -1,0 +1,213 @@
+"""No password and no key reaches the system log, a file that nothing names for it, a command line, or more readers."""
+
+import dataclasses
+import os
+import re
+import sys
+
+import comparison
+import documentedPaths
+import exceptions
+import iniText
+import iniValue
+import proof
+import sandbox
+import secretsOfPhone
+import systemLog
+import trace
+
+RECORDED = "trace=openat,open,write,fchmod,fchown,chmod,fchmodat,rename,renameat,execve"
+
+
+@dataclasses.dataclass(frozen=True)
+class Locks:
+    """The two EnLock settings before the run."""
+
+    user: int
+    factory: int
+
+
+LOCKS = (Locks(0, 1), Locks(1, 0), Locks(1, 1), Locks(0, 0))
+
+
+def set_locks(root, locks):
+    for path, value in ((documentedPaths.USER_INI, locks.user), (documentedPaths.FACTORY_USER_INI, locks.factory)):
+        file = root / path[1:]
+        file.write_bytes(iniValue.replace(file.read_bytes(), "PhoneSetting", "EnLock", b"%d" % value))
+
+
+def make_phone(program, phone, mode, locks, root):
+    """A phone of unique secrets, plain or enciphered as its lock says. In half of the runs a copied file is new."""
+    sandbox.make_phone(phone, root)
+    secrets = secretsOfPhone.plant(root)
+    if mode in documentedPaths.COPIES_TO and locks.user == locks.factory:
+        (root / documentedPaths.COPIES_TO[mode][1:]).unlink(missing_ok=True)
+    if locks.user == 1:
+        set_locks(root, Locks(0, 1))
+        sandbox.run(program, root, "pwd")
+    set_locks(root, locks)
+    return secrets
+
+
+def direct_ip_copies(mode, phone):
+    """The file copies that the mode makes, as (source, destination)."""
+    if mode == "1":
+        marked = [path for path in reversed(documentedPaths.ACCOUNTS) if path in phone
+                  and iniValue.read(phone[path].content, "account", "directip") == b"1"]
+        return [(path, documentedPaths.DIRECT_IP_FILE) for path in marked[:1]]
+    if mode == "2":
+        sources = [path for path in (documentedPaths.DIRECT_IP_FILE, documentedPaths.FACTORY_ACCOUNT) if path in phone]
+        return [(path, documentedPaths.ACCOUNT_16) for path in sources[:1]]
+    return []
+
+
+def allowed_places(secret, mode, phone):
+    """Its own place, and wherever the table or a copy of the whole file takes it from there."""
+    places = {secret.place}
+    if mode in ("all", "dev"):
+        for record in exceptions.table_records(phone):
+            source = tuple(record.get(name) for name in ("srcFile", "srcSec", "srcKey"))
+            if source in places:
+                places.add(tuple(record.get(f"dst{part}", record.get(f"src{part}")) for part in ("File", "Sec", "Key")))
+    for source, destination in direct_ip_copies(mode, phone):
+        places |= {(destination, *place[1:]) for place in places if place[0:1] == (source,)}
+    return places
+
+
+def places_in(path, content, text):
+    """Where in a file the text stands."""
+    if text not in content:
+        return set()
+    if not secretsOfPhone.is_ini(path):
+        return {(path,)}
+    found = {(path, *(part.decode() for part in line.name)) for line in iniText.lines_of(content)
+             if line.kind == "key" and text in line.value}
+    in_values = sum(line.value.count(text) for line in iniText.lines_of(content) if line.kind == "key")
+    return found | ({(path, "outside of", "every value")} if in_values != content.count(text) else set())
+
+
+def check_places(secrets, mode, before, after):
+    faults = []
+    for secret in secrets:
+        allowed = allowed_places(secret, mode, before)
+        for path, entry in after.items():
+            for place in places_in(path, entry.content, secret.text) - allowed:
+                faults.append(f"the secret of {' '.join(secret.place)} stands in {' '.join(place)}")
+    return faults
+
+
+def check_bits(secrets, before, after):
+    """A file that holds secrets is for its owner alone, as all files of this phone were; one that was there is as it
+    was."""
+    faults = []
+    for path, entry in after.items():
+        holds = any(secret.text in entry.content for secret in secrets)
+        if holds and entry.mode & ~secretsOfPhone.PRIVATE:
+            faults.append(f"{path} holds secrets and has the bits {entry.mode:04o}")
+        if path in before and (entry.mode, entry.owner) != (before[path].mode, before[path].owner):
+            faults.append(f"{path} had {before[path].mode:04o} {before[path].owner} and has "
+                          f"{entry.mode:04o} {entry.owner}")
+    return faults
+
+
+def is_logging(mode, locks):
+    """Copied certificates are logged, and passwords that have their form already."""
+    return mode in ("all", "dev") or (mode == "pwd" and locks.user == locks.factory)
+
+
+def check_log(secrets, mode, locks, messages):
+    faults = [] if messages or not is_logging(mode, locks) else ["nothing reached the system log: nothing is proven"]
+    for message in messages:
+        faults += [f"the secret of {' '.join(secret.place)} is in the system log: {message!r}"
+                   for secret in secrets if secret.text in message]
+    return faults
+
+
+def check_command_lines(secrets, calls):
+    """Everyone may read them while the command runs."""
+    return [f"a command line holds the secret of {' '.join(secret.place)}"
+            for call in calls if call.name == "execve" for secret in secrets if secret.text in b"\0".join(call.texts)]
+
+
+def mode_given(call):
+    return int(re.search(rb"0([0-7]*)$", call.arguments).group(1) or b"0", 8)
+
+
+def check_temporary_files(calls):
+    """Each is made for its owner alone, and opened to others only when nothing more is written to it."""
+    faults, opened_to_others = [], {}
+    own = [call for call in calls if call.process == calls[0].process]
+    for call in own:
+        if call.name in ("open", "openat") and b"O_CREAT" in call.arguments:
+            opened_to_others.pop(call.file, None)
+            if mode_given(call) & ~secretsOfPhone.PRIVATE:
+                faults.append(f"{call.texts[0].decode()} is made with the bits {mode_given(call):04o}")
+        elif call.name == "fchmod":
+            opened_to_others[call.file] = mode_given(call)
+        elif call.name == "write" and opened_to_others.get(call.file, 0) & ~secretsOfPhone.PRIVATE:
+            faults.append(f"{call.file} is written to when others may read it already")
+        elif call.name in ("chmod", "fchmodat"):
+            faults.append(f"{call.name} of {call.texts[0].decode()}: the temporary file had not all its bits")
+    return faults
+
+
+def give_bits(root, bits):
+    for path in sandbox.files_of(root):
+        (root / path[1:]).chmod(bits)
+
+
+def check_temporary_files_of_public_phone(program, phone, mode, folder):
+    """The same on a phone whose files everyone may read: what is not yet complete is nobody's to read."""
+    root = sandbox.make_phone(phone, folder / "phone")
+    give_bits(root, 0o644)
+    _, calls = trace.record(program, root, mode, folder / "trace", ("-y", "-xx", "-s", "1000000", "-e", RECORDED))
+    return check_temporary_files(calls)
+
+
+def run_logged(program, root, mode, folder):
+    """The run's result, its calls, and what reached the system log. The umask hides no bit."""
+    log = systemLog.SystemLog(folder)
+    traced = folder / "trace"
+    traced.mkdir(exist_ok=True)
+    try:
+        result = sandbox.run(program, root, mode,
+                             trace.wrapper(["-y", "-xx", "-s", "1000000", "-e", RECORDED]),
+                             ["--bind", str(traced), "/trace", *log.options])
+        return result, trace.parse((traced / "record").read_bytes()), log.messages()
+    finally:
+        log.close()
+
+
+def check(job):
+    program, scratch, phone, mode, locks = job
+    os.umask(0)
+    folder = comparison.worker_folder(scratch)
+    root = folder / "phone"
+    secrets = make_phone(program, phone, mode, locks, root)
+    before = sandbox.files_of(root)
+    result, calls, messages = run_logged(program, root, mode, folder)
+    after = sandbox.files_of(root)
+
+    faults = [] if result.returncode == 0 else [f"exit status {result.returncode}"]
+    faults += check_places(secrets, mode, before, after)
+    faults += check_bits(secrets, before, after)
+    faults += check_log(secrets, mode, locks, messages)
+    faults += check_command_lines(secrets, calls)
+    faults += check_temporary_files(calls)
+    faults += check_temporary_files_of_public_phone(program, phone, mode, folder)
+    return [f"mode {mode}, locks {locks.user} and {locks.factory}: {fault}" for fault in faults], len(secrets)
+
+
+def main():
+    chosen = proof.parse_arguments(__doc__)
+    proof.skip_without_sandbox()
+    with proof.scratch_folder() as scratch:
+        jobs = [(chosen.program, scratch, chosen.phone, mode, locks) for mode in chosen.mode for locks in LOCKS]
+        results = list(proof.in_parallel(check, jobs, at_once=1))
+    faults = [fault for result in results for fault in result[0]]
+    return proof.end("secrets", faults, f"{results[0][1]} secrets in each of {len(jobs)} runs in "
+                     f"{len(chosen.mode)} modes")
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,216 @@
+"""The program is started under odd conditions, such as an upgrade script may leave: the phone ends as after any other
+run."""
+
+import dataclasses
+import glob
+import itertools
+import os
+import re
+import stat
+import subprocess
+import sys
+
+import comparison
+import documentedPaths
+import exceptions
+import iniValue
+import proof
+import sandbox
+import systemLog
+
+USUAL_UMASK = 0o022
+NEW_FILE_MODE = 0o644
+FAKE_CLOCK = next(iter(glob.glob("/usr/lib/*/faketime/libfaketime.so.1")), None)
+
+# What a message to the system log begins with: priority, time, and our name.
+LOGGED = re.compile(rb"<\d+>.{16}kestrune: ")
+
+# Bits of the files before the run, in turn: what a save must keep.
+BITS = (0o600, 0o640, 0o644, 0o664, 0o755)
+
+
+@dataclasses.dataclass(frozen=True)
+class Condition:
+    name: str
+    preparation: str = ""          # shell commands in the sandbox before the program takes the shell's place
+    wrapper: tuple = ()            # or a command that starts the program
+    options: tuple = ()            # of the sandbox
+    environment: tuple = ()
+    umask: int = USUAL_UMASK
+    unread_output: bool = False    # both outputs are a pipe whose reader has gone
+    time: int = None               # of every file of the phone, in seconds since 1970
+    system_log: bool = False       # something listens at /dev/log
+    writable: bool = True          # the folders of the phone
+    cannot_copy: bool = False      # the device's own copy command lacks what it needs
+
+
+def closed_descriptors():
+    """With a system log, whose connection must not take the place of an output."""
+    for count in range(4):
+        for closed in itertools.combinations((0, 1, 2), count):
+            preparation = "; ".join(f"exec {number}>&-" for number in closed) or ":"
+            name = "closed descriptors " + (" ".join(map(str, closed)) or "none")
+            yield Condition(name, preparation, system_log=True)
+            yield Condition(name + ", no /dev/null", preparation, options=("--tmpfs", "/dev"), system_log=True)
+
+
+def clocks():
+    for year, seconds in (("1970", 1), ("2040", 2208988800 + 86400)):
+        if FAKE_CLOCK is not None:
+            # The date is a start from which the clock runs on.
+            yield Condition(f"clock of {year}", time=seconds, environment=(
+                ("LD_PRELOAD", FAKE_CLOCK), ("FAKETIME", f"@{year}-01-02 00:00:00")))
+        yield Condition(f"files dated {year}", time=seconds)
+
+
+CONDITIONS = (
+    *closed_descriptors(),
+    Condition("outputs on /dev/full", "exec >/dev/full 2>&1"),
+    Condition("input on /dev/full", "exec </dev/full"),
+    Condition("outputs on a pipe without reader", unread_output=True),
+    Condition("umask 0", "umask 0", umask=0),
+    Condition("umask 0777", "umask 0777", umask=0o777),
+    Condition("umask 0027", "umask 0027", umask=0o027),
+    Condition("empty environment", wrapper=("env", "-i")),
+    Condition("removed working folder", "mkdir /gone/away; cd /gone/away; rmdir /gone/away",
+              options=("--tmpfs", "/gone")),
+    Condition("4 descriptors", "ulimit -n 4", cannot_copy=True),
+    Condition("4 descriptors and a system log", "ulimit -n 4", cannot_copy=True, system_log=True),
+    Condition("5 descriptors", "ulimit -n 5"),
+    Condition("256 KiB stack", "ulimit -s 256"),
+    Condition("SIGCHLD ignored", wrapper=("env", "--ignore-signal=CHLD")),
+    Condition("all signals ignored", wrapper=("env", "--ignore-signal")),
+    *clocks(),
+    Condition("read-only firmware", options=("--remount-ro", "/phone")),
+    Condition("read-only root", options=("--remount-ro", "/config", "--remount-ro", "/phone", "--remount-ro", "/tmp"),
+              writable=False),
+)
+
+
+def prepare(phone, mode, root):
+    """The phone before the run: odd permission bits everywhere, and nothing where a copy goes, so that its own show."""
+    sandbox.make_phone(phone, root)
+    if mode in documentedPaths.COPIES_TO:
+        (root / documentedPaths.COPIES_TO[mode][1:]).unlink(missing_ok=True)
+    for number, path in enumerate(sorted(comparison.files_of(root))):
+        (root / path[1:]).chmod(BITS[number % len(BITS)])
+        if os.geteuid() == 0:
+            os.chown(root / path[1:], 1000 + number, 2000 + number)
+    return root
+
+
+def date_files(root, seconds):
+    for folder, folders, files in os.walk(root):
+        for name in folders + files:
+            os.utime(os.path.join(folder, name), (seconds, seconds))
+
+
+def copied_from(mode, before):
+    """Where a copy of the mode comes from; None when it makes none."""
+    if mode == "1":
+        return next((path for path in reversed(documentedPaths.ACCOUNTS) if path in before
+                     and iniValue.read(before[path].content, "account", "directip") == b"1"), None)
+    if mode == "2":
+        sources = (documentedPaths.DIRECT_IP_FILE, documentedPaths.FACTORY_ACCOUNT)
+        return next((path for path in sources if path in before), None)
+    return None
+
+
+def expected_bits(path, mode, before, umask):
+    """An existing file keeps its bits, a copy gets its source's, the device's own copy those less the umask."""
+    if path in before:
+        return before[path].mode
+    if path == documentedPaths.COPIES_TO.get(mode):
+        return before[copied_from(mode, before)].mode
+    if path.startswith(documentedPaths.USER_CERTIFICATES):
+        name = path.removeprefix(documentedPaths.USER_CERTIFICATES)
+        return before[documentedPaths.FACTORY_CERTIFICATES + name].mode & ~umask
+    return NEW_FILE_MODE & ~umask
+
+
+def expected_phone(condition, mode, before, ordinary):
+    if not condition.writable:
+        return dict(before)
+    expected = {}
+    for path, entry in ordinary.items():
+        bits = expected_bits(path, mode, before, condition.umask)
+        expected[path] = dataclasses.replace(entry, mode=bits)
+    return expected
+
+
+def outputs(condition):
+    """Where both outputs go, and what is to be closed afterwards."""
+    if not condition.unread_output:
+        return {"stdout": subprocess.PIPE, "stderr": subprocess.PIPE}, []
+    reader, writer = os.pipe()
+    os.close(reader)
+    return {"stdout": writer, "stderr": writer}, [writer]
+
+
+def start(program, root, mode, condition, folder):
+    """Runs the program to its end; gives its exit status, what it wrote to standard error, and what was logged.
+
+    A shell waits for it: a process 1 would survive the signals that end any other.
+    """
+    script = f'set -e; {condition.preparation or ":"}; set +e; "$@"; exit $?'
+    log = systemLog.SystemLog(folder)
+    options = [*condition.options, *(log.options if condition.system_log else [])]
+    command = sandbox.command(program, root, [mode], ["sh", "-c", script, "sh", *condition.wrapper], options)
+    streams, opened = outputs(condition)
+    try:
+        result = subprocess.run(command, stdin=subprocess.DEVNULL, timeout=60, check=False,
+                                env={"PATH": "/usr/bin:/bin", **dict(condition.environment)}, **streams)
+        return result.returncode, result.stderr or b"", log.messages()
+    finally:
+        log.close()
+        for descriptor in opened:
+            os.close(descriptor)
+
+
+def compare(condition, mode, before, ordinary, found):
+    expected = expected_phone(condition, mode, before, ordinary)
+    if condition.cannot_copy:
+        for path in exceptions.new_certificates(expected, before):
+            found.setdefault(path, expected[path])
+    if condition.umask & stat.S_IRUSR and os.geteuid() != 0:
+        # Its second save cannot read what the first one made: only root can.
+        expected[documentedPaths.HAND_OVER] = found.get(documentedPaths.HAND_OVER)
+    return comparison.differences(expected, found)
+
+
+def check(job):
+    """What is wrong after a run of one mode under one condition."""
+    program, scratch, phone, mode, condition = job
+    folder = comparison.worker_folder(scratch)
+    root = prepare(phone, mode, folder / "phone")
+    before = comparison.files_of(root)
+    start(program, root, mode, Condition("ordinary"), folder)
+    ordinary = comparison.files_of(root)
+
+    root = prepare(phone, mode, folder / "phone")
+    if condition.time is not None:
+        date_files(root, condition.time)
+    status, reports, logged = start(program, root, mode, condition, folder)
+    found = comparison.files_of(root)
+
+    faults = [] if status == 0 else [f"exit status {status}: {reports.decode(errors='replace')}"]
+    faults += [f"not for the system log: {message!r}" for message in logged if not LOGGED.match(message)]
+    faults += compare(condition, mode, before, ordinary, found)
+    return [f"mode {mode}, {condition.name}: {fault}" for fault in faults]
+
+
+def main():
+    chosen = proof.parse_arguments(__doc__)
+    proof.skip_without_sandbox(with_strace=False)
+    os.umask(USUAL_UMASK)
+    with proof.scratch_folder() as scratch:
+        jobs = [(chosen.program, scratch, chosen.phone, mode, condition)
+                for mode in chosen.mode for condition in CONDITIONS]
+        faults = sum(proof.in_parallel(check, jobs), [])
+    if FAKE_CLOCK is None:
+        print("not proven: a clock that is wrong by decades, since libfaketime is not installed (files so dated are)")
+    return proof.end("startConditions", faults, f"{len(jobs)} starts in {len(chosen.mode)} modes")
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,129 @@
+"""How a phone must end when something strange stood at one of its paths.
+
+Each is told from three runs on phones that have nothing strange: with the file, without it, and of the fix-ups alone.
+"""
+
+import dataclasses
+
+import comparison
+import documentedPaths
+
+# What a file that does not load takes with it besides the files that its absence changes: an unreadable user.ini ends
+# the table and the password pass where a missing one is made first, and the groups are not saved without the contacts.
+TAKES_WITH_IT = {
+    documentedPaths.USER_INI: (documentedPaths.SYSTEM_INI, *documentedPaths.ACCOUNTS),
+    "/config/data/contact_list.xml": ("/config/data/contact_group_list.xml",),
+}
+
+
+@dataclasses.dataclass(frozen=True)
+class Outcome:
+    phone: dict
+    canary: dict
+
+
+def is_below(name, path):
+    return name == path or name.startswith(path + "/")
+
+
+def without(phone, path):
+    return {name: entry for name, entry in phone.items() if not is_below(name, path)}
+
+
+def part(phone, path):
+    return {name: entry for name, entry in phone.items() if is_below(name, path)}
+
+
+def independent(job, with_file, missing):
+    """What does not depend on the file: the same with it and without."""
+    taken = TAKES_WITH_IT.get(job.path, ())
+    return {name: entry for name, entry in with_file.items() if missing.get(name) == entry and name not in taken}
+
+
+def expect_original(kind, path, with_file, fixed_up, before):
+    """The link stays, and what it leads to is as the file would be; a link that is removed leaves there what it led to
+    after the fix-ups. The other name of a hard link keeps the old bytes."""
+    phone, canary = dict(with_file), dict(before.canary)
+    if kind.name == "hard link":
+        return Outcome(phone, canary)
+    if path in with_file:
+        phone[path] = before.phone[path]
+    canary["/own"] = with_file.get(path, fixed_up[path])
+    return Outcome(phone, canary)
+
+
+def expect_missing(kind, path, missing, before):
+    """A dangling link of our own leads to the new file. Another user's is the new file's place itself."""
+    phone, canary = dict(missing), dict(before.canary)
+    made = missing.get(path)
+    if kind.name == "dangling link":
+        phone[path] = before.phone[path]
+        if made is not None:
+            canary["/absent"] = made
+    elif kind.name == "own link to a foreign one in a sticky folder":
+        phone[path] = before.phone[path]
+        if made is not None:
+            canary["/sticky/planted"] = made
+    elif made is None:
+        phone[path] = before.phone[path]
+    return Outcome(phone, canary)
+
+
+def compare_others(job, with_file, missing, after):
+    """What does not depend on the file is as ever."""
+    expected = without(independent(job, with_file, missing), job.path)
+    return comparison.differences(expected, {name: after.phone[name] for name in expected if name in after.phone})
+
+
+def compare_part(path, before, after):
+    return comparison.differences(part(before.phone, path), part(after.phone, path))
+
+
+def compare_untouched(job, path, with_file, missing, before, after):
+    """What stands at that path is as it was, and so is everything outside the phone."""
+    return (compare_others(job, with_file, missing, after) + compare_part(path, before, after)
+            + comparison.differences(before.canary, after.canary))
+
+
+def compare_unsaved(job, temporary, ordinary, missing, before, after):
+    """The save failed each time: the file is as it was, unless the mode removes it."""
+    faults = compare_untouched(job, temporary, ordinary, missing, before, after)
+    return faults + (compare_part(job.path, before, after) if job.path in ordinary else [])
+
+
+def compare_unreadable(job, with_file, missing, before, after):
+    """What cannot be read stays, or goes where the file would go. Nothing new appears for it."""
+    is_removed = job.path not in with_file and not part(after.phone, job.path)
+    faults = compare_others(job, with_file, missing, after) + comparison.differences(before.canary, after.canary)
+    faults += [] if is_removed else compare_part(job.path, before, after)
+    known = set(with_file) | set(missing)
+    return faults + [f"{name} appeared" for name in without(after.phone, job.path) if name not in known]
+
+
+def compare_without_permission(job, with_file, missing, before, after):
+    """The locked file is as it was, or holds what a save that reads nothing gave it, as locked as before."""
+    faults = compare_unreadable(job, with_file, missing, before, after)
+    saved = [with_file[path].content for path in (job.path, *copied_whole(job)) if path in with_file]
+    possible = [dataclasses.replace(before.phone[job.path], content=content) for content in saved]
+    if after.phone.get(job.path) in possible:
+        faults = [fault for fault in faults if not fault.startswith(job.path + ":")]
+    return faults
+
+
+def copied_whole(job):
+    """A copy that cannot be read keeps the marks that are taken out of it afterwards."""
+    return [documentedPaths.FACTORY_ACCOUNT] if (job.mode, job.path) == ("2", documentedPaths.ACCOUNT_16) else []
+
+
+def compare(job, kind, references, before, after):
+    with_file, missing, fixed_up = references
+    if kind.taken_as == "original":
+        expected = expect_original(kind, job.path, with_file, fixed_up, before)
+    elif kind.taken_as == "missing":
+        expected = expect_missing(kind, job.path, missing, before)
+    elif kind.taken_as == "no permission":
+        return compare_without_permission(job, with_file, missing, before, after)
+    else:
+        return compare_unreadable(job, with_file, missing, before, after)
+    return (comparison.differences(expected.phone, after.phone)
+            + comparison.differences(expected.canary, after.canary))

@@ -1,0 +1,228 @@
+"""Links, pipes, sockets, folders and locked files wherever the program expects its own, and at its temporary names:
+nothing outside the phone is written, nothing hangs, and all other files end as in an ordinary run."""
+
+import dataclasses
+import functools
+import os
+import pathlib
+import shutil
+import subprocess
+import sys
+
+import comparison
+import documentedPaths
+import proof
+import sandbox
+import strangeExpectations
+import strangeKinds
+import trace
+
+HANGS_AFTER = 20
+
+# A user who may not read what its owner locked. Root could.
+ORDINARY_USER = ("--unshare-user", "--uid", "1000", "--gid", "1000")
+
+ACCOUNTS_THAT_SHARE = 7
+
+KINDS_OF_FOLDER = ("pipe", "socket", "link to itself", "dangling link")
+
+# The device's own copy opens whatever it is given: see the exceptions.
+COPY_WAITS_AT = ("pipe", "link to a pipe", "link to a device")
+
+
+@dataclasses.dataclass(frozen=True)
+class Job:
+    """All kinds at one path in one mode; `what` is "file", "folder" or "temporary" (the file's temporary name)."""
+
+    program: pathlib.Path
+    scratch: str
+    phone: str
+    mode: str
+    path: str
+    what: str
+
+
+def run(job, root, canary, user=()):
+    options = ["--bind", str(canary), strangeKinds.CANARY, *user]
+    return sandbox.run(job.program, root, job.mode, options=options, timeout=HANGS_AFTER)
+
+
+def make_canary(folder):
+    canary = folder / "canary"
+    shutil.rmtree(canary, ignore_errors=True)
+    canary.mkdir()
+    canary.chmod(0o777)
+    (canary / "bystander").write_bytes(b"nobody's business\n")
+    return canary
+
+
+def original_content(job):
+    file = sandbox.PHONES[job.phone] / job.path[1:]
+    return file.read_bytes() if file.is_file() else b""
+
+
+def reference(job, folder, change, user=()):
+    """How the phone ends when `change` was made to it beforehand."""
+    root = sandbox.make_phone(job.phone, folder / "phone")
+    change(root / job.path[1:])
+    run(job, root, make_canary(folder), user)
+    return sandbox.files_of(root)
+
+
+def put_file(job, path):
+    path.parent.mkdir(parents=True, exist_ok=True)
+    path.write_bytes(original_content(job))
+
+
+def outcome_of(root, canary):
+    return strangeExpectations.Outcome(comparison.files_of(root), sandbox.files_of(canary))
+
+
+def try_kind(job, kind, path, folder):
+    """Puts the kind at that path and runs the mode; gives the outcomes before and after, and what went wrong."""
+    root = sandbox.make_phone(job.phone, folder / "phone")
+    canary = make_canary(folder)
+    file = root / path[1:]
+    file.parent.mkdir(parents=True, exist_ok=True)
+    strangeKinds.remove(file)
+    kind.put(strangeKinds.Place(str(file), str(canary), original_content(job)))
+    before = outcome_of(root, canary)
+    user = ORDINARY_USER if kind.taken_as == "no permission" else ()
+    try:
+        result = run(job, root, canary, user)
+    except subprocess.TimeoutExpired:
+        return before, before, [f"hangs for {HANGS_AFTER} seconds"]
+    faults = []
+    if result.returncode != 0:
+        faults.append(f"exit status {result.returncode}: {result.stderr.decode(errors='replace')}")
+    return before, outcome_of(root, canary), faults
+
+
+def is_left_to_the_copy(job, kind):
+    """The device's own copy meets it, and not we."""
+    if job.path.startswith(documentedPaths.USER_CERTIFICATES):
+        return kind.taken_as == "missing"
+    if job.path.startswith(documentedPaths.FACTORY_CERTIFICATES):
+        return kind.taken_as == "missing" or kind.name in COPY_WAITS_AT
+    return False
+
+
+def is_left_out(job, kind):
+    """On the small phone the accounts that it lacks share the kinds among them."""
+    is_shared = job.phone == "small" and job.path in documentedPaths.ACCOUNTS and original_content(job) == b""
+    if not is_shared:
+        return False
+    turn = documentedPaths.ACCOUNTS.index(job.path) + strangeKinds.KINDS.index(kind)
+    return turn % ACCOUNTS_THAT_SHARE != 0
+
+
+def kinds_for(job):
+    kinds = [kind for kind in strangeKinds.KINDS if os.geteuid() == 0 or not kind.needs_root]
+    kinds = [kind for kind in kinds if not is_left_out(job, kind)]
+    if job.what == "folder":
+        return [kind for kind in kinds if kind.name in KINDS_OF_FOLDER]
+    return [kind for kind in kinds if not is_left_to_the_copy(job, kind)]
+
+
+def check_folder(job, folder):
+    """Files below something that is no folder are missing, or cannot be read: what depends on them may differ."""
+    ordinary = reference(job, folder, lambda path: None)
+    missing = reference(job, folder, strangeKinds.remove)
+    results = []
+    for kind in kinds_for(job):
+        before, after, faults = try_kind(job, kind, job.path, folder)
+        faults += strangeExpectations.compare_untouched(job, job.path, ordinary, missing, before, after)
+        results.append((kind.name, faults))
+    return results
+
+
+def check_file(job, folder):
+    results, rest_of_unreadable = [], {}
+    for user in ((), ORDINARY_USER):
+        kinds = [kind for kind in kinds_for(job) if (kind.taken_as == "no permission") == (user == ORDINARY_USER)]
+        if not kinds:
+            continue
+        put = functools.partial(put_file, job)
+        references = (reference(job, folder, put, user), reference(job, folder, strangeKinds.remove, user),
+                      reference(dataclasses.replace(job, mode="fix-ups-only"), folder, put, user))
+        for kind in kinds:
+            before, after, faults = try_kind(job, kind, job.path, folder)
+            faults += strangeExpectations.compare(job, kind, references, before, after)
+            if kind.taken_as == "unreadable" and "loop" not in kind.name and "itself" not in kind.name:
+                rest_of_unreadable[kind.name] = strangeExpectations.without(after.phone, job.path)
+            results.append((kind.name, faults))
+    return results + disagreements(rest_of_unreadable)
+
+
+def disagreements(phones):
+    """Whatever exists and is no file is taken alike. A loop leads nowhere, and so does not exist."""
+    names = list(phones)
+    return [(f"{names[0]} and {name}", comparison.differences(phones[names[0]], phones[name]))
+            for name in names[1:] if phones[names[0]] != phones[name]]
+
+
+def check_temporary(job, folder):
+    """Another one's file under the temporary name is removed, never written to; a folder there makes the save fail."""
+    temporary = documentedPaths.temporary_name(job.path)
+    ordinary = reference(job, folder, lambda path: None)
+    missing = reference(job, folder, strangeKinds.remove)
+    results = []
+    for kind in kinds_for(job):
+        before, after, faults = try_kind(job, kind, temporary, folder)
+        if kind.name in ("folder", "full folder"):
+            faults += strangeExpectations.compare_unsaved(job, temporary, ordinary, missing, before, after)
+        else:
+            faults += comparison.differences(ordinary, after.phone)
+            faults += comparison.differences(before.canary, after.canary)
+        results.append((f"{kind.name} at the temporary name", faults))
+    return results
+
+
+CHECKS = {"file": check_file, "folder": check_folder, "temporary": check_temporary}
+
+
+def check(job):
+    os.umask(0o022)
+    folder = comparison.worker_folder(job.scratch)
+    results = CHECKS[job.what](job, folder)
+    told = [f"mode {job.mode}, {job.path}, {name}: {fault}" for name, faults in results for fault in faults]
+    return len(results), told
+
+
+def recorded(chosen, mode, scratch):
+    """The phone's paths that a run of the mode asks for, and the files that it saves."""
+    root = sandbox.make_phone(chosen.phone, scratch / "phone")
+    _, calls = trace.record(chosen.program, root, mode, scratch / "trace",
+                            ("-y", "-xx", "-s", "4096", "-e", "trace=%file"))
+    names = {text.decode(errors="surrogateescape").rstrip("/") for call in calls for text in call.texts}
+    inside = tuple(f"/{tree}/" for tree in sandbox.TREES)
+    asked = {name for name in names if name.startswith(inside) and not name.endswith(sandbox.TEMPORARY_SUFFIX)}
+    saved = {call.texts[1].decode() for call in calls if call.name in ("rename", "renameat")}
+    return asked, saved
+
+
+def jobs_of(chosen, mode, scratch):
+    asked, saved = recorded(chosen, mode, scratch)
+    image = sandbox.PHONES[chosen.phone]
+    folders = {path for path in asked if (image / path[1:]).is_dir()}
+    files = (asked | set(documentedPaths.READS[mode])) - folders
+    chosen_for = [("file", files), ("folder", folders), ("temporary", saved)]
+    return [Job(chosen.program, str(scratch), chosen.phone, mode, path, what)
+            for what, paths in chosen_for for path in sorted(paths)]
+
+
+def main():
+    chosen = proof.parse_arguments(__doc__)
+    proof.skip_without_sandbox()
+    if os.geteuid() != 0:
+        print("not proven: another user's links, which only root can make")
+    with proof.scratch_folder() as scratch:
+        jobs = [job for mode in chosen.mode for job in jobs_of(chosen, mode, pathlib.Path(scratch))]
+        results = list(proof.in_parallel(check, jobs, at_once=1))
+    faults = [fault for _, found in results for fault in found]
+    return proof.end("strangeFiles", faults, f"{sum(count for count, _ in results)} strange files at {len(jobs)} paths "
+                     f"in {len(chosen.mode)} modes")
+
+
+if __name__ == "__main__":
+    sys.exit(main())
