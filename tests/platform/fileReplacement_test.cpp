@@ -21,8 +21,8 @@
 
 namespace fs = std::filesystem;
 using testing::ElementsAre;
-using testing::UnorderedElementsAre;
 using testing::IsEmpty;
+using testing::UnorderedElementsAre;
 
 namespace
 {
