@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <memory>
 #include <tinyxml.h>
 
@@ -16,28 +15,32 @@ namespace
 
 using StreamPointer = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
 
-/// What the library prints, in memory.
+/// What the library prints, in memory. Not the standard memory stream: running out of memory sets no error there, and the
+/// library would not notice that half of its document is missing.
 class MemoryStream
 {
 public:
-    MemoryStream() : stream_(open_memstream(&bytes_, &size_), &std::fclose) {}
-    ~MemoryStream()
-    {
-        stream_.reset(); // writes to the bytes once more
-        std::free(bytes_);
-    }
+    MemoryStream() : stream_(fopencookie(this, "w", {nullptr, &Append, nullptr, nullptr}), &std::fclose) {}
     MemoryStream(const MemoryStream&) = delete;
     MemoryStream& operator=(const MemoryStream&) = delete;
 
     bool IsOpen() const { return stream_ != nullptr; }
     std::FILE* File() const { return stream_.get(); }
-    /// Closing trims the bytes to their size. When there is no memory for that they are gone, and closing reports success.
-    bool Finish() { return std::fclose(stream_.release()) == 0 && bytes_ != nullptr; }
-    std::string_view Bytes() const { return std::string_view(bytes_, size_); }
+    bool Finish() { return std::fclose(stream_.release()) == 0; }
+    const std::string& Bytes() const { return bytes_; }
 
 private:
-    char* bytes_ = nullptr;
-    std::size_t size_ = 0;
+    static ssize_t Append(void* self, const char* data, std::size_t size)
+    {
+        try {
+            static_cast<MemoryStream*>(self)->bytes_.append(data, size);
+            return static_cast<ssize_t>(size);
+        } catch (...) {
+            return 0; // a failed write, which the stream remembers
+        }
+    }
+
+    std::string bytes_; // before the stream, which writes to it once more when it is closed
     StreamPointer stream_;
 };
 

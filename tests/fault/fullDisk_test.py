@@ -45,7 +45,8 @@ class Limit:
     size: int
 
     def __str__(self):
-        return f"{self.mode}: {'files of at most' if self.kind == 'length' else 'a disk with room for'} {self.size} bytes"
+        limit = "files of at most" if self.kind == "length" else "a disk with room for"
+        return f"{self.mode}: {limit} {self.size} bytes"
 
 
 WHOLE = {}  # by mode, before the workers start

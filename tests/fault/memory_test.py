@@ -37,6 +37,18 @@ PHONE = None
 SCRATCH = None
 
 
+def phone_of(name):
+    """The small phone gets a contact with a long name: only files of more than 8 KiB make the library's stream grow."""
+    if name != "small":
+        return name
+    root = sandbox.make_phone(name, SCRATCH / "small phone")
+    contacts = root / "config/data/contactData.xml"
+    long_name = b'<contact sLocalRename="' + 1200 * b"Bjarte, " + b'"/>'
+    contacts.write_bytes(contacts.read_bytes().replace(b"</group>", long_name + b"</group>", 1))
+    sandbox.PHONES["small, a long contact"] = root
+    return "small, a long contact"
+
+
 def build_library():
     command = ["g++", "-std=c++17", "-O1", "-shared", "-fPIC", "-o", SCRATCH / "failAllocation.so", LIBRARY_SOURCE]
     try:
@@ -111,9 +123,10 @@ def main():
     proof.skip_without_sandbox()
     if SANITIZER in chosen.program.read_bytes():
         proof.skip("a sanitizer has its own memory allocation")
-    PROGRAM, PHONE = chosen.program, chosen.phone
+    PROGRAM = chosen.program
     with proof.scratch_folder() as scratch:
         SCRATCH = pathlib.Path(scratch)
+        PHONE = phone_of(chosen.phone)
         build_library()
         WHOLE.update(wholeSaves.of_modes(PROGRAM, PHONE, chosen.mode, SCRATCH))
         faults = [fault for mode in chosen.mode for fault in faults_of(mode)]
