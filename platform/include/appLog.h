@@ -13,7 +13,8 @@ constexpr int kAppLogModule = 60;
 ///
 /// Goes to the system log (ident "kestrune", facility user, severity = `level`) and to standard error as
 /// "app_log <module>/<level>: <text>". A text that does not end in a line feed gets one on standard error. A report of
-/// any length comes out whole. Never fails: a closed, full or missing log changes nothing.
+/// any length comes out whole. Never fails: a closed, full or missing log changes nothing. A system log that nobody reads
+/// is waited for once, for a second; what it has no place for is on standard error alone.
 ///
 /// @param module  the reporting program's number (this program: `kAppLogModule`)
 /// @param level   severity, 0 (emergency) to 7 (debug)

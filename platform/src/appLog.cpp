@@ -1,10 +1,48 @@
 #include "appLog.h"
 
 #include <cstdarg>
+#include <cstring>
+#include <poll.h>
 #include <string>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <syslog.h>
 
+#include "fileBytes.h"
 #include "reportText.h"
+
+namespace
+{
+
+/// Whether the log daemon has a place for a message within that time. One that stands still must not hold up the run:
+/// the C library would wait for it without end.
+bool HasPlaceWithin(int milliseconds)
+{
+    const Descriptor log(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    std::strcpy(address.sun_path, _PATH_LOG);
+    if (!log.IsOpen() || connect(log.Number(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
+        return true; // nobody listens, or not in this way: the C library finds out without waiting
+
+    pollfd place = {log.Number(), POLLOUT, 0};
+    return poll(&place, 1, milliseconds) != 0;
+}
+
+void WriteToSystemLog(int level, const std::string& text)
+{
+    constexpr int kPatience = 1000;
+    static bool standsStill = false; // static, because the run waits for a log that stands still only once
+    if (!HasPlaceWithin(standsStill ? 0 : kPatience)) {
+        standsStill = true;
+        return;
+    }
+    openlog("kestrune", /*option=*/0, LOG_USER);
+    syslog(LOG_USER | level, "%s", text.c_str());
+    closelog(); // else its socket would hold a descriptor, and a process may have no other left to save a file
+}
+
+} // namespace
 
 void app_log(int module, int level, const char* format, ...)
 {
@@ -13,9 +51,6 @@ void app_log(int module, int level, const char* format, ...)
     const std::string text = FormatReport(format, arguments);
     va_end(arguments);
 
-    openlog("kestrune", /*option=*/0, LOG_USER);
-    syslog(LOG_USER | level, "%s", text.c_str());
-    closelog(); // else its socket would hold a descriptor, and a process may have no other left to save a file
-
+    WriteToSystemLog(level, text);
     WriteReport("app_log " + std::to_string(module) + "/" + std::to_string(level) + ": " + text);
 }

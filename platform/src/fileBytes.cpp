@@ -81,9 +81,10 @@ int OpenThroughLinks(const char* path, ReadResult& reason)
     if (number == -1 && errno == ELOOP) {
         // The last name is a link. They are rare here, so only now is it looked at.
         std::string target = path;
-        const LinkResult result = ResolveLinks(target);
+        struct stat status = {};
+        const LinkResult result = ResolveLinks(target, status);
         if (result != LinkResult::Resolved) {
-            reason = result == LinkResult::Foreign ? ReadResult::Missing : ReadResult::Unreadable;
+            reason = result == LinkResult::Unresolvable ? ReadResult::Unreadable : ReadResult::Missing;
             return -1;
         }
         number = OpenForReading(target.c_str());
@@ -118,15 +119,14 @@ ReadResult ReadFile(const char* path, std::string& bytes, struct stat* status)
     return ReadResult::Done;
 }
 
-LinkResult ResolveLinks(std::string& path)
+LinkResult ResolveLinks(std::string& path, struct stat& status)
 {
     for (int followed = 0; followed <= kMostLinks; ++followed) {
-        struct stat found = {};
-        if (lstat(path.c_str(), &found) != 0)
-            return IsMissing(errno) ? LinkResult::Resolved : LinkResult::Unresolvable;
-        if (!S_ISLNK(found.st_mode))
+        if (lstat(path.c_str(), &status) != 0)
+            return IsMissing(errno) ? LinkResult::Missing : LinkResult::Unresolvable;
+        if (!S_ISLNK(status.st_mode))
             return LinkResult::Resolved;
-        if (IsForeignLink(path, found))
+        if (IsForeignLink(path, status))
             return LinkResult::Foreign;
 
         std::string target;

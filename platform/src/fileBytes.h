@@ -22,14 +22,16 @@ ReadResult ReadFile(const char* path, std::string& bytes, struct stat* status = 
 
 enum class LinkResult {
     Resolved,
+    Missing,      ///< the path, or the last of its links, names nothing
     Foreign,      ///< the path reaches another user's link in a sticky folder
     Unresolvable, ///< a loop, or a link that cannot be read
 };
 
 /// Follows the link, or chain of links, that the path's last name may be.
 ///
-/// @param path  on `Resolved` a path that is no link (it may be missing); on `Foreign` that of the link not followed
-LinkResult ResolveLinks(std::string& path);
+/// @param path    on `Resolved` and `Missing` the path that is no link; on `Foreign` that of the link not followed
+/// @param status  on `Resolved` what `lstat` says of that path; otherwise of no meaning
+LinkResult ResolveLinks(std::string& path, struct stat& status);
 
 /// @return the folder that holds the path's last name: "." for a bare name
 std::string FolderOf(const std::string& path);

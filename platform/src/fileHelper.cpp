@@ -13,14 +13,9 @@ int pathFileExist(const char* path)
 {
     if (path == nullptr || *path == '\0')
         return 0;
-    struct stat status = {};
-    if (lstat(path, &status) != 0)
-        return 0;
-    if (!S_ISLNK(status.st_mode))
-        return 1;
-
     std::string target = path;
-    return ResolveLinks(target) == LinkResult::Resolved && lstat(target.c_str(), &status) == 0;
+    struct stat status = {};
+    return ResolveLinks(target, status) == LinkResult::Resolved;
 }
 
 } // namespace ETL_MiscHelper

@@ -17,11 +17,7 @@ constexpr mode_t kPermissionBits = 07777;
 constexpr mode_t kNewFileMode = 0644;
 
 /// Folders whose entries changed and that are not flushed yet: static, because renames of many passes share one flush.
-std::set<std::string>& ChangedFolders()
-{
-    static std::set<std::string> folders;
-    return folders;
-}
+std::set<std::string> changedFolders;
 
 /// The new file until it takes the destination's place: removed when it goes out of scope before that.
 class TemporaryFile
@@ -80,23 +76,13 @@ struct Destination {
 bool FindDestination(const char* path, Destination& destination)
 {
     destination.path = path;
-    if (lstat(path, &destination.status) != 0)
-        return errno == ENOENT;
+    const LinkResult result = ResolveLinks(destination.path, destination.status);
+    if (result == LinkResult::Unresolvable)
+        return false;
 
-    if (S_ISLNK(destination.status.st_mode)) {
-        switch (ResolveLinks(destination.path)) {
-        case LinkResult::Resolved:
-            break;
-        case LinkResult::Foreign:
-            return true; // replaced itself, as if nothing stood there
-        case LinkResult::Unresolvable:
-            return false;
-        }
-        if (lstat(destination.path.c_str(), &destination.status) != 0)
-            return errno == ENOENT;
-    }
-    destination.exists = S_ISREG(destination.status.st_mode);
-    return destination.exists;
+    // Another user's link is replaced itself, as if nothing stood there.
+    destination.exists = result == LinkResult::Resolved;
+    return !destination.exists || S_ISREG(destination.status.st_mode);
 }
 
 bool HoldsBytes(const Destination& destination, std::string_view bytes)
@@ -157,24 +143,24 @@ bool ReplaceFile(const char* path, std::string_view bytes, mode_t newFileMode)
         return false;
 
     // Remembered before the rename: running out of memory here must not leave a rename that nobody flushes.
-    ChangedFolders().insert(FolderOf(destination.path));
+    changedFolders.insert(FolderOf(destination.path));
     return file.RenameTo(destination.path);
 }
 
 bool RemoveFile(const char* path)
 {
     // Also when this run renamed nothing there: the copy may be that of a run which was killed before it flushed.
-    ChangedFolders().insert(FolderOf(path));
+    changedFolders.insert(FolderOf(path));
     FlushChangedFolders();
-    ChangedFolders().insert(FolderOf(path));
+    changedFolders.insert(FolderOf(path));
     return std::remove(path) == 0;
 }
 
 void FlushChangedFolders()
 {
-    for (const std::string& folder : ChangedFolders())
+    for (const std::string& folder : changedFolders)
         FlushFolder(folder);
-    ChangedFolders().clear();
+    changedFolders.clear();
 }
 
 void FlushForeignFile(const char* path)

@@ -122,6 +122,22 @@ TEST(AppLog, TheSystemLogGetsEveryReportUnderTheProgramsName)
     EXPECT_THAT(phone.Reports(), testing::ElementsAre("app_log 60/4: Can's load user's inifile!"));
 }
 
+TEST(AppLog, ASystemLogThatNobodyReadsHoldsUpNothing)
+{
+    // More certificates than the daemon's queue has places; each reports itself.
+    PhoneImage phone;
+    const ScratchFolder folder;
+    const SystemLog log(folder.Path("log"));
+    phone.AddSandboxOptions({"--bind", folder.Path("log"), "/dev/log"});
+    constexpr std::size_t kCertificates = 700;
+    for (std::size_t i = 0; i < kCertificates; ++i)
+        phone.Put("/phone/factory/certs/phoneca/" + std::to_string(i) + ".pem", "");
+    phone.PutFolder("/config/certs/phoneca");
+    phone.Run("dev");
+    EXPECT_THAT(phone.Reports(), testing::Contains(testing::HasSubstr("Sync cert")).Times(kCertificates));
+    EXPECT_LT(log.Messages().size(), kCertificates) << "the queue held them all: this test says nothing";
+}
+
 TEST(AppLog, TheSystemLogNeverGetsTraces)
 {
     PhoneImage phone;

@@ -34,6 +34,7 @@ constexpr int kNoCall = -1;
 struct CallLog {
     std::vector<std::string> calls;
     int failing = kNoCall;              ///< number of the call that fails
+    bool isStatusUnknown = false;       ///< whether nothing can be said of an open file
     int last = kNoCall;                 ///< number of the call with which the process ends
     bool isAnyInheritable = false;      ///< whether a descriptor was seen that a child would get
     bool isAnyReadableByOthers = false; ///< whether the new bytes were written where others could read them
@@ -82,6 +83,15 @@ extern "C" ssize_t write(int descriptor, const void* bytes, size_t size)
     if (FailsOn("write", descriptor))
         return -1;
     return Done(syscall(SYS_write, descriptor, bytes, size));
+}
+
+extern "C" int fstat(int descriptor, struct stat* status) noexcept
+{
+    if (callLog != nullptr && callLog->isStatusUnknown) {
+        errno = EIO;
+        return -1;
+    }
+    return fstatat(descriptor, "", status, AT_EMPTY_PATH);
 }
 
 extern "C" int fchown(int descriptor, uid_t owner, gid_t group) noexcept
@@ -210,14 +220,16 @@ TEST_F(Replacement, ARegularFileIsReplacedAndKeepsItsPermissionBits)
 
 TEST_F(Replacement, ARegularFileKeepsItsOwnerAndGroup)
 {
-    Put("file", "old");
-    if (chown(folder_.Path("file").c_str(), 1234, 4321) != 0)
-        GTEST_SKIP() << "only root can give a file to another user";
-    ASSERT_EQ(chmod(folder_.Path("file").c_str(), 06750), 0);
-    EXPECT_TRUE(Replace("file", "new"));
-    EXPECT_EQ(StatusOf("file").st_uid, 1234u);
-    EXPECT_EQ(StatusOf("file").st_gid, 4321u);
-    EXPECT_EQ(ModeOf("file"), 06750u) << "a change of owner clears bits, so it comes first";
+    for (const uid_t owner : {geteuid(), uid_t{1234}}) {
+        Put("file", "old");
+        if (chown(folder_.Path("file").c_str(), owner, 4321) != 0)
+            GTEST_SKIP() << "only root can give a file to another user";
+        ASSERT_EQ(chmod(folder_.Path("file").c_str(), 06750), 0);
+        EXPECT_TRUE(Replace("file", "new"));
+        EXPECT_EQ(StatusOf("file").st_uid, owner);
+        EXPECT_EQ(StatusOf("file").st_gid, 4321u);
+        EXPECT_EQ(ModeOf("file"), 06750u) << "a change of owner clears bits, so it comes first";
+    }
 }
 
 TEST_F(Replacement, BytesOfEveryKindAndLengthAreWritten)
@@ -504,6 +516,20 @@ TEST_F(Replacement, AnOwnerThatCannotBeKeptIsAFailedSave)
     EXPECT_FALSE(Replace("file", "new"));
     callLog = nullptr;
     EXPECT_THAT(log_.calls, ElementsAre("write file.kestrune-new", "fchown file.kestrune-new"));
+    EXPECT_EQ(Get("file"), "old");
+    EXPECT_THAT(Names(), ElementsAre("file"));
+}
+
+TEST_F(Replacement, AFileOfUnknownOwnerTakesNoPlace)
+{
+    Put("file", "old");
+    log_.isStatusUnknown = true;
+    callLog = &log_;
+    EXPECT_FALSE(Replace("file", "new"));
+    EXPECT_FALSE(Replace("file", "dlo")) << "of the old file's size, which cannot be read to compare it";
+    FlushForeignFile(folder_.Path("file").c_str());
+    callLog = nullptr;
+    EXPECT_THAT(log_.calls, ElementsAre("write file.kestrune-new", "write file.kestrune-new"));
     EXPECT_EQ(Get("file"), "old");
     EXPECT_THAT(Names(), ElementsAre("file"));
 }
