@@ -4,6 +4,22 @@ add_library(kestrune-settings INTERFACE)
 target_compile_features(kestrune-settings INTERFACE cxx_std_17)
 # 64-bit file offsets and times on 32-bit machines too: a file dated 2040 has to open there.
 target_compile_definitions(kestrune-settings INTERFACE _FILE_OFFSET_BITS=64 _TIME_BITS=64)
+if(KESTRUNE_DEVICE)
+    # One thread, so no locks around statics.
+    target_compile_options(
+        kestrune-settings INTERFACE -flto=auto -ffunction-sections -fdata-sections -fno-threadsafe-statics -fPIE
+                                    -fstack-protector-strong)
+    target_compile_definitions(kestrune-settings INTERFACE _FORTIFY_SOURCE=2)
+    target_link_options(kestrune-settings INTERFACE -flto=auto -Wl,--gc-sections,-z,relro,-z,now)
+    if(KESTRUNE_STATIC)
+        # Not every C library has the start-up code for it: that of Debian 12 for armhf has none.
+        include(CheckLinkerFlag)
+        check_linker_flag(CXX -static-pie KESTRUNE_HAS_STATIC_PIE)
+        target_link_options(kestrune-settings INTERFACE $<IF:$<BOOL:${KESTRUNE_HAS_STATIC_PIE}>,-static-pie,-static>)
+    else()
+        target_link_options(kestrune-settings INTERFACE -pie -Wl,--as-needed)
+    endif()
+endif()
 if(KESTRUNE_SANITIZE)
     set(sanitizers -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
     target_compile_options(kestrune-settings INTERFACE ${sanitizers})

@@ -144,10 +144,7 @@ TEST(RunSequence, TheUsageNamesTheProgramAsItWasCalled)
     for (const char* name : {"kestrune", "./bin/my kestrune", "%s%n%d", ""}) {
         BusyPhone phone;
         phone.RunWith({});
-        std::vector<std::string> command = phone.Command({});
-        command.back() = "bash";
-        command.insert(command.end(), {"-c", "exec -a \"$0\" /kestrune", name});
-        const ProcessResult result = RunProcess(command, phone.Environment());
+        const ProcessResult result = RunProcess(phone.CommandWithName(name, {}), phone.Environment());
         EXPECT_EQ(result.exitStatus, 0);
         EXPECT_EQ(result.errors, std::string("app_log 60/6: Usage: \n#") + name + " [all|dev|pwd]\n");
         EXPECT_EQ(result.output, "");
@@ -318,6 +315,8 @@ TEST(RunSequence, RunningOutOfMemoryEndsThePassThatMetItAlone)
 #if defined(__SANITIZE_ADDRESS__)
     GTEST_SKIP() << "the sanitizer itself needs more address space than the test leaves";
 #endif
+    if (PhoneImage::IsEmulated())
+        GTEST_SKIP() << "the emulator itself needs more address space than the test leaves";
     constexpr char kHuge[] = "/config/user/voip/sipAccount16.cfg";
     BusyPhone phone;
     phone.RunWith({});

@@ -1,7 +1,6 @@
 // The operations that the app library offers to other programs of the device. They work on the device's fixed paths, so a
 // small program runs them in the sandbox. No mode calls them.
 
-#include <algorithm>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sstream>
@@ -19,9 +18,7 @@ constexpr char kUser[] = "/config/user/user.ini";
 ProcessResult RunOperation(PhoneImage& phone, const std::string& operation)
 {
     phone.AddSandboxOptions({"--ro-bind", KESTRUNE_UNUSED_OPERATIONS, "/unused-operations"});
-    std::vector<std::string> command = phone.Command({operation});
-    *(std::find(command.begin(), command.end(), "--") + 1) = "/unused-operations";
-    ProcessResult result = RunProcess(command, phone.Environment());
+    ProcessResult result = RunProcess(phone.Command({operation}, "/unused-operations"), phone.Environment());
     EXPECT_EQ(result.exitStatus, 0) << result.errors;
     return result;
 }

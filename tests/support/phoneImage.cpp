@@ -126,7 +126,29 @@ const ProcessResult& PhoneImage::RunWith(const std::vector<std::string>& argumen
     return result_;
 }
 
-std::vector<std::string> PhoneImage::Command(const std::vector<std::string>& arguments) const
+std::vector<std::string> PhoneImage::Command(const std::vector<std::string>& arguments,
+                                             const std::string& program) const
+{
+    if (IsEmulated())
+        return Sandboxed({KESTRUNE_EMULATOR, "-0", program, program}, arguments);
+    return Sandboxed({program}, arguments);
+}
+
+std::vector<std::string> PhoneImage::CommandWithName(const std::string& name,
+                                                     const std::vector<std::string>& arguments) const
+{
+    if (IsEmulated())
+        return Sandboxed({KESTRUNE_EMULATOR, "-0", name, "/kestrune"}, arguments);
+    return Sandboxed({"bash", "-c", "exec -a \"$0\" /kestrune \"$@\"", name}, arguments);
+}
+
+bool PhoneImage::IsEmulated()
+{
+    return *KESTRUNE_EMULATOR != '\0';
+}
+
+std::vector<std::string> PhoneImage::Sandboxed(const std::vector<std::string>& start,
+                                               const std::vector<std::string>& arguments) const
 {
     std::vector<std::string> command = {"bwrap", "--unshare-pid", "--die-with-parent", "--tmpfs", "/"};
     const auto add = [&command](const std::vector<std::string>& options) {
@@ -139,7 +161,8 @@ std::vector<std::string> PhoneImage::Command(const std::vector<std::string>& arg
     if (const char* folder = std::getenv("KESTRUNE_SANDBOX_BIND"))
         add({"--bind", folder, folder}); // where a program built to count its lines writes its counters
     add(sandboxOptions_);
-    add({"--remount-ro", "/", "--chdir", "/", "--", "/kestrune"});
+    add({"--remount-ro", "/", "--chdir", "/", "--"});
+    add(start);
     add(arguments);
     return command;
 }

@@ -46,7 +46,17 @@ public:
     const ProcessResult& RunWith(const std::vector<std::string>& arguments);
 
     /// The command that starts the program in its sandbox, for tests that start it in a way of their own.
-    std::vector<std::string> Command(const std::vector<std::string>& arguments) const;
+    ///
+    /// @param program  its path in the sandbox
+    std::vector<std::string> Command(const std::vector<std::string>& arguments,
+                                     const std::string& program = "/kestrune") const;
+
+    /// The same, but the program is told that it was called by that name.
+    std::vector<std::string> CommandWithName(const std::string& name, const std::vector<std::string>& arguments) const;
+
+    /// Whether the program is built for another machine and runs under an emulator.
+    static bool IsEmulated();
+
     std::vector<std::string> Environment() const;
 
     /// The reports of the last run on standard error, a line each, without the scoped entry traces, which
@@ -66,6 +76,9 @@ public:
     void ExpectNothingElseChanged();
 
 private:
+    std::vector<std::string> Sandboxed(const std::vector<std::string>& start,
+                                       const std::vector<std::string>& arguments) const;
+
     using Snapshot = std::map<std::string, std::string>;
     Snapshot TakeSnapshot() const;
 
