@@ -7,7 +7,7 @@ target_compile_definitions(kestrune-settings INTERFACE _FILE_OFFSET_BITS=64 _TIM
 if(KESTRUNE_DEVICE)
     # One thread, so no locks around statics.
     target_compile_options(
-        kestrune-settings INTERFACE -flto=auto -ffunction-sections -fdata-sections -fno-threadsafe-statics -fPIE
+        kestrune-settings INTERFACE -g -flto=auto -ffunction-sections -fdata-sections -fno-threadsafe-statics -fPIE
                                     -fstack-protector-strong)
     target_compile_definitions(kestrune-settings INTERFACE _FORTIFY_SOURCE=2)
     target_link_options(kestrune-settings INTERFACE -flto=auto -Wl,--gc-sections,-z,relro,-z,now)

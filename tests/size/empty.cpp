@@ -1,0 +1,6 @@
+// What any C++ program costs.
+
+int main()
+{
+    return 0;
+}
