@@ -83,8 +83,8 @@ int main(int argumentCount, char** arguments)
 {
     if (argumentCount != 3)
         return 2;
-    return CopyWithTinyXml(arguments[1], arguments[2]) && CopyWithPugiXml(arguments[1], arguments[2])
-                   && CopyWithNettle(arguments[1], arguments[2])
+    return CopyWithTinyXml(arguments[1], arguments[2]) && CopyWithPugiXml(arguments[1], arguments[2]) &&
+                   CopyWithNettle(arguments[1], arguments[2])
                ? 0
                : 1;
 }
