@@ -20,6 +20,10 @@ if(KESTRUNE_DEVICE)
         target_link_options(kestrune-settings INTERFACE -pie -Wl,--as-needed)
     endif()
 endif()
+if(NOT KESTRUNE_COVERAGE) # whose reports need the sources' own paths
+    # The same bytes from every folder.
+    target_compile_options(kestrune-settings INTERFACE -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.)
+endif()
 if(KESTRUNE_SANITIZE)
     set(sanitizers -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
     target_compile_options(kestrune-settings INTERFACE ${sanitizers})
