@@ -3,7 +3,6 @@
 #include "fileReplacement.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <csignal>
 #include <fcntl.h>
 #include <filesystem>

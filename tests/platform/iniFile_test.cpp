@@ -4,10 +4,6 @@
 
 #include <gtest/gtest.h>
 #include <random>
-#include <sys/socket.h>
-#include <sys/stat.h>
-#include <sys/un.h>
-#include <unistd.h>
 
 #include "scratchFolder.h"
 

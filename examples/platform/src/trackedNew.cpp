@@ -1,0 +1,15 @@
+// In a file of its own: a program that brings its own tracking allocation then links without this one.
+
+#include "trackedNew.h"
+
+#include <new>
+
+void* operator new(std::size_t size, const char* /*file*/, int /*line*/) noexcept
+{
+    return ::operator new(size, std::nothrow);
+}
+
+void operator delete(void* memory, const char* /*file*/, int /*line*/) noexcept
+{
+    ::operator delete(memory);
+}
