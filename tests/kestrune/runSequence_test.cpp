@@ -11,6 +11,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include "bundledPlatform.h"
 #include "phoneImage.h"
 
 namespace fs = std::filesystem;
@@ -26,14 +27,14 @@ constexpr char kTable[] = "/phone/resource/kestrune.xml";
 constexpr char kFactoryCert[] = "/phone/factory/certs/phoneca/ca.pem";
 constexpr char kUserCert[] = "/config/certs/phoneca/ca.pem";
 constexpr char kSecret[] = "hello, phone";
-constexpr char kToken[] = "NxCtIZlb8N+vWevKAOqtDvzgV0IboWX12AuHSQ";
+const std::string kToken = Enciphered("hello, phone", "NxCtIZlb8N+vWevKAOqtDvzgV0IboWX12AuHSQ");
 
 const Lines kNothing;
 const Lines kTablePass = {"app_log 60/4: No config translate record!"};
 const Lines kTranslators = {"ContactV4XToV50", "DialPlanV4XToV50",  "DialNowV4XToV50",
                             "DSSKeyV4XToV50",  "DoorPhoneV4XToV50", "RemoteBookV4XToV50"};
 const Lines kCertSync = {"app_log 60/6: Sync cert cp /phone/factory/certs/phoneca/ca.pem /config/certs/phoneca/ca.pem"};
-const Lines kPasswordPass = {"etlTrace 2: Encrypt:(hello, phone)->(NxCtIZlb8N+vWevKAOqtDvzgV0IboWX12AuHSQ)"};
+const Lines kPasswordPass = {"etlTrace 2: Encrypt:(hello, phone)->(" + kToken + ")"};
 
 Lines operator+(Lines first, const Lines& second)
 {
