@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
 # The Debian package that `cpack` makes from what gets installed; script/package builds and checks it.
 
 set(CPACK_GENERATOR DEB)

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
 # What gets installed, under the GNU folders. Nothing is started or enabled: docs/installation.md tells how.
 
 include(GNUInstallDirs)

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
 # Settings and warnings for our own code, as two interface targets that every target of ours links.
 
 add_library(kestrune-settings INTERFACE)

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
 # The example's target. A vendor's own file names the device's library instead; docs/platform.md has one.
 
 add_library(

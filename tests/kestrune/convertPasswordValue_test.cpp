@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // Every value of the translation table goes through this step. No key file stands on the machine that runs these tests,
 // so the development key is in use.
 

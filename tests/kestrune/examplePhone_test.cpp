@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // The example phone, a whole phone right after its upgrade: what the modes make of it, and what a second run does.
 
 #include <gmock/gmock.h>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // Which passes run in which mode and in which order, and that nothing ends a run before its last pass.
 
 #include "runSequence.h"

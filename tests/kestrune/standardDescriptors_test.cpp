@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // A run whose standard descriptors are closed: no report ends up in a file that got their number.
 
 #include <algorithm>

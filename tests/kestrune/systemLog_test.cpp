@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // The system log: what it gets of a run, and what it must never get.
 
 #include <gmock/gmock.h>

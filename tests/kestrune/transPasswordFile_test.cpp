@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // The password pass: whole runs of mode "pwd" on a phone without a key file, so with the development key, and single
 // entries on files in a scratch folder.
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // The translation-table pass: whole runs of mode "dev" on a phone without certificates and with the XML translations
 // switched off, and without a key file, so with the development key.
 

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
 """A Debian package, installed in a root folder of its own and removed again: what it brings, what it leaves, and that
 nothing is started or enabled."""
 

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
 """The init script under BusyBox's shell and tools alone, with a stub in place of the program."""
 
 import os

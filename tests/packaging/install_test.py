@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
 """What `cmake --install` puts where, below DESTDIR alone."""
 
 import gzip

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
 """The manual pages are clean, and name each other and everything that the documentation does."""
 
 import pathlib

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
 """What the packaging tests have in common: their arguments, missing tools, and the end that they come to."""
 
 import pathlib

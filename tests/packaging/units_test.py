@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
 """The systemd units: nothing in them is wrong or unknown, their order, and what they must hold to."""
 
 import configparser

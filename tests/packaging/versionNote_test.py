@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
 """The program's file tells its version, since no option does, and goes on telling it when stripped."""
 
 import pathlib

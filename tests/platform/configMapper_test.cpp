@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // The list of enciphered entries, whatever it is on the machine that runs this.
 
 #include "configMapper.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // The gate before optional files, and whole-file copies, destination first.
 
 #include "fileHelper.h"

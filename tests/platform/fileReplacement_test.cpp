@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // File replacement: the old file whole or the new one whole, whatever stands at the destination.
 
 #include "fileReplacement.h"

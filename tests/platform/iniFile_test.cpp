@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // The in-memory image of a configuration file: loading, walking, changing, saving.
 
 #include "iniFile.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // The format of configuration files: what counts as section and key, and that a change touches its own bytes alone.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // What every password cipher owes its callers: deciphering undoes enciphering, everything fits the buffer, and a plain
 // text can be told from an enciphered one.
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // The process at its start: standard descriptors that are closed, and signals that must not end a run.
 
 #include "processStart.h"

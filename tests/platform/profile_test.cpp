@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // Whole-file integer access: the profile and the registry pair are one.
 
 #include "profile.h"

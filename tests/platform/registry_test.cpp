@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // Section handles: changes wait for the flush, which brings them into the file as it is then.
 
 #include "registry.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // The tracking allocation: memory that ordinary `delete` releases, and null when there is none.
 
 #include "trackedNew.h"

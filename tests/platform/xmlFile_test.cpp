@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // Loading and saving have to do what the library's own `LoadFile` and `SaveFile` do on a path, without their dangers.
 
 #include "xmlFile.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // The program's version as a note of its ELF file, since the program itself has no option that could print it:
 // `readelf -n` shows it, and a stripped program keeps it.
 

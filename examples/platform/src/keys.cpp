@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // Single keys of configuration files: whole-file access and section handles.
 
 #include <list>

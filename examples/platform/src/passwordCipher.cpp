@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // THIS CIPHER PROTECTS NOTHING: each byte as two hexadecimal digits behind a word that tells the form. It shows what a
 // cipher owes its callers; a device calls its own here.
 

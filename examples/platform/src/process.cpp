@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // The start of the process, and numbers of the same width on every machine.
 
 #include <algorithm>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // In a file of its own: a program that brings its own tracking allocation then links without this one.
 
 #include "trackedNew.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // XML files through TinyXML and pugixml, within limits that keep a damaged file from exhausting the device.
 
 #include <algorithm>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // The list of enciphered entries, seen through the password pass that works it off.
 
 #include <gmock/gmock.h>

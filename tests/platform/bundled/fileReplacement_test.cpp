@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // File replacement, call by call: the old file whole or the new one whole, whichever call fails and wherever the run is
 // cut.
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // The image of a configuration file after a load or a save that failed: nothing takes the place of a file that could
 // not be read.
 

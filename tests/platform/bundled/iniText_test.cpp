@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // The text of a configuration file, held to a second writing of the format's rules.
 
 #include "iniText.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // The cipher, held against vectors that another implementation made, and against what its callers rely on: deciphering
 // undoes enciphering, and nothing but a token of this very key deciphers. No key file stands on the machine that runs
 // these tests, so the development key is in use.
