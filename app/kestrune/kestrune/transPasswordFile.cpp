@@ -16,9 +16,6 @@
 namespace
 {
 
-// The pass knows the first four accounts alone.
-constexpr int kConvertedAccounts = 4;
-
 bool IsPlain(const iniFile& userIni)
 {
     return userIni.GetIntValue("PhoneSetting", "EnLock", 0) == 0;

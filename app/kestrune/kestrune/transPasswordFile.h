@@ -3,6 +3,9 @@
 
 #pragma once
 
+/// The password pass knows the first four accounts alone.
+constexpr int kConvertedAccounts = 4;
+
 /// What a conversion of enciphered entries does; the numbers are the device's.
 enum class CipherDirection {
     Encipher = 0,
