@@ -36,7 +36,7 @@ void ImageRules::Check(const TableRecord& record, Findings& findings)
         return;
     }
     const bool isLost = record.isEnciphered && IsLostToCipher(record, value, findings);
-    Write(record, isLost ? std::string() : value, findings);
+    Write(record, value, isLost, findings);
 }
 
 std::string ImageRules::ReadSource(const TableRecord& record, Findings& findings)
@@ -80,13 +80,13 @@ bool ImageRules::IsLostToCipher(const TableRecord& record, const std::string& va
     return isLost;
 }
 
-void ImageRules::Write(const TableRecord& record, const std::string& value, Findings& findings)
+void ImageRules::Write(const TableRecord& record, const std::string& value, bool isLost, Findings& findings)
 {
     const Place& to = record.destination;
     iniFile& document = *Document(record.destinationFile);
     const std::string before = document.GetTextValue(to.section, to.key, "");
     const bool isNew = !HasKey(document, to);
-    if (document.SetTextValue(to.section, to.key, value) == 0)
+    if (document.SetTextValue(to.section, to.key, isLost ? std::string() : value) == 0)
         return;
     if (!before.empty() && value.empty())
         findings.push_back({"KT025", record.Line(), "the value of " + Describe(to) + " is set to empty, and lost"});

@@ -26,7 +26,7 @@ public:
 private:
     std::string ReadSource(const TableRecord& record, Findings& findings);
     bool IsLostToCipher(const TableRecord& record, const std::string& value, Findings& findings) const;
-    void Write(const TableRecord& record, const std::string& value, Findings& findings);
+    void Write(const TableRecord& record, const std::string& value, bool isLost, Findings& findings);
     iniFile* Document(const std::string& devicePath);
 
     const PhoneFolder& phone_;

@@ -82,10 +82,11 @@ void CheckSourceAttributes(const TableRecord& record, Findings& findings)
         if (record.element->Attribute(name) == nullptr)
             missing.append(missing.empty() ? "" : ", ").append(name);
     }
-    if (!missing.empty())
-        findings.push_back(
-            {"KT005", record.Line(),
-             "no " + missing + ": nothing is read, and " + Describe(record.destination) + " is set to empty"});
+    if (missing.empty())
+        return;
+    const std::string effect =
+        NamesNoFile(record.destinationFile) ? "" : ", and " + Describe(record.destination) + " is set to empty";
+    findings.push_back({"KT005", record.Line(), "no " + missing + ": nothing is read" + effect});
 }
 
 /// Asks the store itself.
