@@ -17,6 +17,13 @@ bool HasKey(const iniFile& document, const Place& place)
            document.GetTextValue(place.section, place.key, "default").empty();
 }
 
+/// @return false when the names alone keep the store from writing there
+bool IsStorable(const Place& place)
+{
+    iniFile probe;
+    return probe.SetTextValue(place.section, place.key, "") != 0;
+}
+
 } // namespace
 
 ImageRules::ImageRules(const PhoneFolder& phone)
@@ -86,8 +93,13 @@ void ImageRules::Write(const TableRecord& record, const std::string& value, bool
     iniFile& document = *Document(record.destinationFile);
     const std::string before = document.GetTextValue(to.section, to.key, "");
     const bool isNew = !HasKey(document, to);
-    if (document.SetTextValue(to.section, to.key, isLost ? std::string() : value) == 0)
+    if (document.SetTextValue(to.section, to.key, isLost ? std::string() : value) == 0) {
+        if (IsStorable(to))
+            findings.push_back({"KT029", record.Line(),
+                                "the store refuses the value, which holds a line break or a zero byte: " +
+                                    Describe(to) + " stays as it is"});
         return;
+    }
     if (!before.empty() && value.empty())
         findings.push_back({"KT025", record.Line(), "the value of " + Describe(to) + " is set to empty, and lost"});
     if (isNew && !record.IsInPlace())

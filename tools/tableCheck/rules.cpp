@@ -23,7 +23,7 @@ std::string Wrapped(std::string_view text)
 
 const std::vector<Rule>& Rules()
 {
-    // Static: a table of constants. 001 to 003 are about the file, 004 to 021 about records, 022 to 028 need an image.
+    // Static: a table of constants. 001 to 003 are about the file, 004 to 021 about records, 022 to 029 need an image.
     static const std::vector<Rule> rules = {
         {"KT001", Severity::Error, "The table does not load",
          "The pass logs \"No config translate record!\" and ends. No value is moved. Files that are not well-formed, "
@@ -141,6 +141,10 @@ const std::vector<Rule>& Rules()
          "The key, and its section when absent, is made. This is how a setting moves to a new place, but a misspelt "
          "destination looks the same.",
          "Compare section and key with what the new firmware reads."},
+        {"KT029", Severity::Warning, "Value that the store refuses",
+         "The source's value holds a carriage return or a zero byte, which the store reads but does not write. Nothing "
+         "is written, and the destination stays as it is.",
+         "Correct the value on the phone before the upgrade."},
     };
     return rules;
 }

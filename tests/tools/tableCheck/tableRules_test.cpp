@@ -161,6 +161,16 @@ TEST(TableRules, LimitsOfTheLoaderAreThoseOfTheProgram)
     EXPECT_EQ(SummaryOf("<t>text</t>"), "KT002 at 1, KT018 at 1");
 }
 
+TEST(TableRules, ATableThatBreaksOffIsAnError)
+{
+    const std::string text = ReadBytes(SourcePath("tests/tools/tableCheck/rules/KT005.silent.xml"));
+    const ScratchFolder folder;
+    for (std::size_t size = 0; size < text.rfind('>'); ++size) {
+        WriteBytes(folder.Path("t"), text.substr(0, size));
+        EXPECT_EQ(Count(Check(folder.Path("t"), /*image=*/"")).errors, 1) << size;
+    }
+}
+
 TEST(TableRules, ManyRecordsTakeNoLongTime)
 {
     std::string records;
@@ -184,6 +194,20 @@ TEST(TableRules, LinksAndDotsDoNotLeadOutOfTheImage)
         const std::string found = SummaryOf(table, folder.Path("phone"));
         EXPECT_NE(found.find("KT022 at 2"), std::string::npos) << file << ": " << found;
     }
+}
+
+TEST(TableRules, TheKeyOfTheImageTellsWhatIsEnciphered)
+{
+    const std::string table = TablePath(*FindRule("KT027"), "silent");
+    EXPECT_EQ(Summary(Check(table)), "nothing");
+    const ScratchFolder folder;
+    std::filesystem::copy(SourcePath(kPhone), folder.Path("phone"),
+                          std::filesystem::copy_options::recursive | std::filesystem::copy_options::copy_symlinks);
+    const std::string key = folder.Path("phone/phone/factory/certs/pwcipher.key");
+    std::filesystem::remove(key); // the development key does not decipher the token, which is too long for a plain text
+    EXPECT_EQ(Summary(Check(table, folder.Path("phone"))), "KT027 at 5");
+    WriteBytes(key, "no key");
+    EXPECT_EQ(Summary(Check(table, folder.Path("phone"))), "KT027 at 3, KT027 at 5");
 }
 
 TEST(TableRules, TheImageIsNeverChanged)
