@@ -27,9 +27,11 @@ void Describe(CLI::App& app, Options& options)
 {
     app.add_option("TABLE", options.input.table, "the translation table");
     app.add_option("--root", options.input.image, "check against a phone: a folder with its config, phone and tmp")
-        ->type_name("IMAGE");
+        ->type_name("IMAGE")
+        ->check(CLI::ExistingDirectory.description(""));
     app.add_option("--entry-list", options.input.entryList, "the entries kept enciphered, in place of the image's list")
-        ->type_name("FILE");
+        ->type_name("FILE")
+        ->check(CLI::ExistingFile.description(""));
     app.add_option("--format", options.format, "how to report")
         ->type_name("FORMAT")
         ->check(CLI::IsMember({"text", "json", "github"}));

@@ -52,7 +52,8 @@ void CheckDestinationFile(const TableRecord& record, Findings& findings)
         findings.push_back(
             {"KT015", line, file.Quoted() + " is relative: if nothing is found there, the pass ends here"});
     else if (!LiesBelow(file.text, "/config/"))
-        findings.push_back({"KT016", line, file.Quoted() + " leads out of /config: no setting is written"});
+        findings.push_back(
+            {"KT016", line, file.Quoted() + " leads out of /config: what is written there is no setting"});
 }
 
 /// A source file that is the destination as well is judged as that.

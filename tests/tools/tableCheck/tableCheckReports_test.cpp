@@ -167,8 +167,10 @@ TEST(TableCheckReports, WhatCannotBeCheckedHasAStatusOfItsOwn)
     const std::vector<std::string> rows[] = {
         {},
         {"--root", "none", "reports.xml"},
+        {"--root", "", "reports.xml"}, // a variable that is not set must not pass for a checked image
         {"--root", "reports.xml", "reports.xml"},
         {"--entry-list", "none.xml", "reports.xml"},
+        {"--entry-list", "", "reports.xml"},
         {"--entry-list", "rules/KT001.fires.xml", "reports.xml"},
         {"--format", "xml", "reports.xml"},
         {"--severity", "2", "reports.xml"},
