@@ -59,7 +59,7 @@ bool CheckTable(const TableCheckInput& input, Findings& findings, std::string& p
 {
     std::optional<PhoneFolder> phone;
     if (!input.image.empty() && !phone.emplace(input.image).IsOpen()) {
-        problem = "the image is no folder: " + EscapedText(input.image);
+        problem = "the image is no folder that can be looked into: " + EscapedText(input.image);
         return false;
     }
     EntryListRules entryList;

@@ -13,5 +13,5 @@ struct TableCheckInput {
 
 /// @param findings  gets what the rules find, by line
 /// @param problem   gets what keeps the check from being made
-/// @return false when the check cannot be made: the image is no folder, or the list does not load
+/// @return false when the check cannot be made: the image cannot be looked into, or the list does not load
 bool CheckTable(const TableCheckInput& input, Findings& findings, std::string& problem);

@@ -12,7 +12,7 @@ PhoneFolder::PhoneFolder(const std::string& path) : number_(open(path.c_str(), O
 
 PhoneFolder::~PhoneFolder()
 {
-    if (IsOpen())
+    if (number_ >= 0)
         (void)close(number_); // nothing was written through it
 }
 

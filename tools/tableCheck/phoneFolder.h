@@ -12,7 +12,9 @@ public:
     PhoneFolder(const PhoneFolder&) = delete;
     PhoneFolder& operator=(const PhoneFolder&) = delete;
 
-    bool IsOpen() const { return number_ >= 0; }
+    /// @return false when it is no folder, or when this machine cannot look paths up in it (Linux before 5.6): without
+    ///         this, every file would seem to be missing
+    bool IsOpen() const { return Find("/").has_value(); }
 
     /// Looks a path up as the phone would, with the folder for its root: no link and no ".." leads out of the folder.
     ///
