@@ -210,6 +210,18 @@ TEST(TableRules, TheKeyOfTheImageTellsWhatIsEnciphered)
     EXPECT_EQ(Summary(Check(table, folder.Path("phone"))), "KT027 at 3, KT027 at 5");
 }
 
+TEST(TableRules, WithoutTheImageThatWasAskedForNothingIsChecked)
+{
+    const std::string table = TablePath(*FindRule("KT005"), "fires");
+    for (const std::string& image : {SourcePath("none"), table}) {
+        Findings findings;
+        std::string problem;
+        EXPECT_FALSE(CheckTable({table, image, ""}, findings, problem));
+        EXPECT_EQ(problem, "the image is no folder that can be looked into: " + image);
+        EXPECT_EQ(Summary(findings), "nothing");
+    }
+}
+
 TEST(TableRules, TheImageIsNeverChanged)
 {
     const ScratchFolder folder;
