@@ -9,45 +9,16 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "scratchFolder.h"
+#include "profileFixture.h"
 
 namespace
 {
 
-struct Pair {
-    const char* name;
-    int (*get)(const char* path, const char* section, const char* key, int defaultValue);
-    void (*set)(const char* path, const char* section, const char* key, int value);
+class Profile : public ProfileFixture
+{
 };
 
-class Profile : public testing::TestWithParam<Pair>
-{
-protected:
-    int Get(const char* section, const char* key, int defaultValue) const
-    {
-        return GetParam().get(path_.c_str(), section, key, defaultValue);
-    }
-
-    void Set(const char* section, const char* key, int value) const
-    {
-        GetParam().set(path_.c_str(), section, key, value);
-    }
-
-    ScratchFolder folder_;
-    std::string path_ = folder_.Path("user.ini");
-};
-
-ino_t NumberOf(const std::string& path)
-{
-    struct stat status = {};
-    EXPECT_EQ(stat(path.c_str(), &status), 0);
-    return status.st_ino;
-}
-
-INSTANTIATE_TEST_SUITE_P(BothPairs, Profile,
-                         testing::Values(Pair{"etlProfile", etlGetProfileInt, etlSetProfileInt},
-                                         Pair{"etlRegistry", etlGetRegistryInt, etlSetRegistryInt}),
-                         [](const auto& row) { return std::string(row.param.name); });
+INSTANTIATE_TEST_SUITE_P(BothPairs, Profile, BothPairs(), [](const auto& row) { return std::string(row.param.name); });
 
 } // namespace
 

@@ -9,41 +9,16 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "scratchFolder.h"
+#include "registryFixture.h"
 
 using ETL_SubClass::registryGetString;
 
 namespace
 {
 
-class Registry : public testing::Test
+class Registry : public RegistryFixture
 {
-protected:
-    _HREGISTRY_* Open(const char* section) { return registryOpen(path_.c_str(), section); }
-    bool IsThere() const { return access(path_.c_str(), F_OK) == 0; }
-
-    ScratchFolder folder_;
-    std::string path_ = folder_.Path("VersionInfo.cfg");
 };
-
-struct FileTrace {
-    ino_t number;
-    timespec modified;
-    std::string bytes;
-
-    bool operator==(const FileTrace& other) const
-    {
-        return number == other.number && modified.tv_sec == other.modified.tv_sec &&
-               modified.tv_nsec == other.modified.tv_nsec && bytes == other.bytes;
-    }
-};
-
-FileTrace TraceOf(const std::string& path)
-{
-    struct stat status = {};
-    EXPECT_EQ(stat(path.c_str(), &status), 0);
-    return {status.st_ino, status.st_mtim, ReadBytes(path)};
-}
 
 } // namespace
 

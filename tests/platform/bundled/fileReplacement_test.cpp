@@ -16,7 +16,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "scratchFolder.h"
+#include "replacementFixture.h"
 
 namespace fs = std::filesystem;
 using testing::ElementsAre;
@@ -123,58 +123,14 @@ extern "C" int remove(const char* path) noexcept
 namespace
 {
 
-class BundledReplacement : public testing::Test
+class BundledReplacement : public ReplacementFixture
 {
 protected:
-    BundledReplacement() : mask_(umask(022)) { FlushChangedFolders(); }
-
-    ~BundledReplacement() override
-    {
-        callLog = nullptr;
-        (void)umask(mask_);
-    }
-
-    bool Replace(const std::string& name, const std::string& bytes) const
-    {
-        return ReplaceFile(folder_.Path(name).c_str(), bytes);
-    }
-
-    std::string Get(const std::string& name) const { return ReadBytes(folder_.Path(name)); }
-    void Put(const std::string& name, const std::string& bytes) const { WriteBytes(folder_.Path(name), bytes); }
-
-    void Link(const std::string& name, const std::string& target) const
-    {
-        ASSERT_EQ(symlink(target.c_str(), folder_.Path(name).c_str()), 0) << name;
-    }
-
-    std::string LinkTarget(const std::string& name) const { return fs::read_symlink(folder_.Path(name)).string(); }
-
-    struct stat StatusOf(const std::string& name) const
-    {
-        struct stat status = {};
-        EXPECT_EQ(lstat(folder_.Path(name).c_str(), &status), 0) << name;
-        return status;
-    }
-
-    mode_t ModeOf(const std::string& name) const { return StatusOf(name).st_mode & 07777; }
-
-    /// The names in the folder, in order.
-    std::vector<std::string> Names(const std::string& folder = ".") const
-    {
-        std::vector<std::string> names;
-        for (const fs::directory_entry& entry : fs::directory_iterator(folder_.Path(folder)))
-            names.push_back(entry.path().filename().string());
-        std::sort(names.begin(), names.end());
-        return names;
-    }
+    ~BundledReplacement() override { callLog = nullptr; }
 
     std::string FolderName() const { return fs::path(folder_.Path()).filename().string(); }
 
-    ScratchFolder folder_;
     CallLog log_;
-
-private:
-    mode_t mask_;
 };
 
 } // namespace

@@ -9,44 +9,16 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "scratchFolder.h"
+#include "profileFixture.h"
 
 namespace
 {
 
-struct Pair {
-    const char* name;
-    int (*get)(const char* path, const char* section, const char* key, int defaultValue);
-    void (*set)(const char* path, const char* section, const char* key, int value);
+class BundledProfile : public ProfileFixture
+{
 };
 
-class BundledProfile : public testing::TestWithParam<Pair>
-{
-protected:
-    int Get(const char* section, const char* key, int defaultValue) const
-    {
-        return GetParam().get(path_.c_str(), section, key, defaultValue);
-    }
-
-    void Set(const char* section, const char* key, int value) const
-    {
-        GetParam().set(path_.c_str(), section, key, value);
-    }
-
-    ScratchFolder folder_;
-    std::string path_ = folder_.Path("user.ini");
-};
-
-ino_t NumberOf(const std::string& path)
-{
-    struct stat status = {};
-    EXPECT_EQ(stat(path.c_str(), &status), 0);
-    return status.st_ino;
-}
-
-INSTANTIATE_TEST_SUITE_P(BothPairs, BundledProfile,
-                         testing::Values(Pair{"etlProfile", etlGetProfileInt, etlSetProfileInt},
-                                         Pair{"etlRegistry", etlGetRegistryInt, etlSetRegistryInt}),
+INSTANTIATE_TEST_SUITE_P(BothPairs, BundledProfile, BothPairs(),
                          [](const auto& row) { return std::string(row.param.name); });
 
 } // namespace
