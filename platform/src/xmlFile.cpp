@@ -47,11 +47,13 @@ private:
     StreamPointer stream_;
 };
 
-/// The library's own treatment of line ends, done before it looks: the guard has to see the very text that the library
-/// will parse. The text ends at its first zero byte, as it does for the library.
+/// The library's own treatment of line ends, which it gives files but not texts. The text ends at its first zero byte, as it
+/// does for the library.
 void NormaliseLineEnds(std::string& text)
 {
     text.resize(std::min(text.size(), text.find('\0')));
+    if (text.find('\r') == std::string::npos)
+        return;
     std::size_t kept = 0;
     for (std::size_t i = 0; i < text.size(); ++i) {
         if (text[i] == '\n' && i > 0 && text[i - 1] == '\r')
@@ -62,15 +64,15 @@ void NormaliseLineEnds(std::string& text)
     std::replace(text.begin(), text.end(), '\r', '\n');
 }
 
-const char* LoadText(TiXmlDocument& document, std::string& text)
+/// Parses the text in place: through a stream the library would copy it twice more.
+const char* Parse(TiXmlDocument& document, std::string& text)
 {
     // The library may read a few bytes past a text that ends inside a UTF-8 character.
     constexpr std::size_t kPadding = 8;
     text.append(kPadding, '\0');
-    const StreamPointer stream(fmemopen(text.data(), text.size(), "r"), &std::fclose);
-    if (stream == nullptr)
-        return "Memory allocation failed.";
-    return document.LoadFile(stream.get()) ? nullptr : document.ErrorDesc();
+    document.Clear();
+    document.Parse(text.c_str());
+    return document.Error() ? document.ErrorDesc() : nullptr;
 }
 
 const char* Load(TiXmlDocument& document, const char* path)
@@ -83,7 +85,7 @@ const char* Load(TiXmlDocument& document, const char* path)
     NormaliseLineEnds(text);
     if (const char* refusal = RefuseXml(text))
         return refusal;
-    return LoadText(document, text);
+    return Parse(document, text);
 }
 
 } // namespace

@@ -152,7 +152,7 @@ int GetV4XContactData(const char* oldPath, std::list<ContactRecord>& contacts, s
 
     TiXmlDocument document;
     std::string errorDesc;
-    if (LoadXmlFile(document, oldPath, &errorDesc) == 0) {
+    if (LoadDataFile(document, oldPath, &errorDesc) == 0) {
         // The message has room for the path, and was only ever given the description.
         ETL_TraceHelper::etlTrace(ETL_TraceHelper::kTraceData, "Fail to load file [%s]. Error Desc [%s]",
                                   errorDesc.c_str(), "");

@@ -32,7 +32,7 @@ int GetV4XDialNowData(const char* oldPath, std::list<DialRuleRecord>& rules)
     }
 
     TiXmlDocument document;
-    if (LoadXmlFile(document, oldPath) == 0) {
+    if (LoadDataFile(document, oldPath) == 0) {
         ETL_TraceHelper::etlTrace(ETL_TraceHelper::kTraceData, "The file [%s] can't be loaded !", oldPath);
         return 0;
     }

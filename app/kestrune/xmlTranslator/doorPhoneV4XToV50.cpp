@@ -66,7 +66,7 @@ int GetV4XDoorPhoneData(const char* oldPath, std::list<DoorPhoneRecord>& doorPho
     doorPhones.clear();
 
     TiXmlDocument document;
-    if (LoadXmlFile(document, oldPath) == 0) {
+    if (LoadDataFile(document, oldPath) == 0) {
         ETL_TraceHelper::etlTrace(ETL_TraceHelper::kTraceData, "Can't load the DoorPhone file [%s]!", oldPath);
         return 0;
     }

@@ -85,7 +85,7 @@ int GetV4XDSSKeyData(const char* oldPath, std::list<DSSKeyRecord>& keys)
     keys.clear();
 
     TiXmlDocument document;
-    if (LoadXmlFile(document, oldPath) == 0) {
+    if (LoadDataFile(document, oldPath) == 0) {
         ETL_TraceHelper::etlTrace(ETL_TraceHelper::kTraceData, "Can't load the dsskey file [%s]!", oldPath);
         return 0;
     }

@@ -48,7 +48,7 @@ int RemoteBookV4XToV50(const char* oldPath, const char* newPath)
         return 0;
 
     TiXmlDocument document;
-    if (LoadXmlFile(document, oldPath) == 0) {
+    if (LoadDataFile(document, oldPath) == 0) {
         ETL_TraceHelper::etlTrace(ETL_TraceHelper::kTraceData, "Fail to load remote phonebook !!");
         return 0;
     }

@@ -6,6 +6,13 @@
 #include <tinyxml.h>
 
 #include "trackedNew.h"
+#include "xmlFile.h"
+
+int LoadDataFile(TiXmlDocument& document, const char* path, std::string* errorDesc)
+{
+    document.SetTabSize(0);
+    return LoadXmlFile(document, path, errorDesc);
+}
 
 TiXmlElement* AppendElement(TiXmlNode& parent, const char* name)
 {
