@@ -37,8 +37,9 @@ def cell(values):
 
 
 class Page:
-    def __init__(self, ratios, exact, limits, rounds):
+    def __init__(self, ratios, other_bytes, exact, limits, rounds):
         self.ratios = ratios
+        self.other_bytes = other_bytes
         self.exact = exact
         self.limits = limits
         self.rounds = rounds
@@ -59,6 +60,10 @@ class Page:
         for name, label, ratios in rows:
             cells = " | ".join(cell(ratios.get(column)) for column in columns)
             lines.append(f"| {label.replace('/', ', ')} | {self.limit(name)} | {cells} |")
+        if pattern.startswith("set/"):
+            for line_end in ("LF", "CRLF"):
+                cells = " | ".join(self.other_bytes[column][line_end] for column in columns)
+                lines.append(f"| all other bytes, {line_end} | kept | {cells} |")
         return "\n".join(lines) + "\n"
 
     def exact_section(self):
@@ -95,6 +100,7 @@ set style histogram clustered gap 1
 set style fill solid 0.9
 set grid ytics
 set key outside right
+set bmargin 4
 $rows << END
 {rows}END
 plot {columns}, 1 with lines dashtype 2 linecolor "black" title "bare calls"
