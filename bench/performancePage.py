@@ -59,7 +59,8 @@ class Page:
                  "| --- | --- |" + " --- |" * len(columns)]
         for name, label, ratios in rows:
             cells = " | ".join(cell(ratios.get(column)) for column in columns)
-            lines.append(f"| {label.replace('/', ', ')} | {self.limit(name)} | {cells} |")
+            label = re.sub(r"(\d)([KM]iB)", r"\1 \2", label).replace("/", ", ")
+            lines.append(f"| {label} | {self.limit(name)} | {cells} |")
         if pattern.startswith("set/"):
             for line_end in ("LF", "CRLF"):
                 cells = " | ".join(self.other_bytes[column][line_end] for column in columns)
