@@ -79,14 +79,16 @@ class Page:
 
     def write(self, folder):
         template = (pathlib.Path(__file__).parent / "performancePage.md").read_text()
-        page = template.replace("@MACHINE@", machine()).replace("@ROUNDS@", str(self.rounds)).replace("@TABLES@", self.table())
-        (folder / "performance.md").write_text(page)
+        for mark, text in (("@MACHINE@", machine()), ("@ROUNDS@", str(self.rounds)), ("@TABLES@", self.table())):
+            template = template.replace(mark, text)
+        (folder / "performance.md").write_text(template)
         self.plot(folder / "performance.png")
 
     def plot(self, path):
         rows = ""
         for name, label in PLOTTED.items():
-            medians = [statistics.median(self.ratios[name][other]) if other in self.ratios[name] else "-" for other in NAMES]
+            ratios = self.ratios[name]
+            medians = [statistics.median(ratios[other]) if other in ratios else "-" for other in NAMES]
             rows += f'"{label}" ' + " ".join(map(str, medians)) + "\n"
         columns = ", ".join(f'$rows using {number}:xtic(1) title "{name}"' for number, name in enumerate(NAMES, start=2))
         subprocess.run(["gnuplot"], check=True, text=True, input=f"""

@@ -9,14 +9,14 @@ import collections
 import dataclasses
 import re
 
-REPEATED = {"access", "close", "copy_file_range", "dup2", "fchmod", "fchown", "fcntl", "fsync", "getdents64", "ioctl", "lseek",
-            "mkdir", "newfstatat", "openat", "pread64", "read", "readlink", "rename", "socket", "umask", "unlink",
-            "utimensat", "write", "geteuid", "fdatasync", "ftruncate", "connect"}
-WITH_DATA = {"read", "write", "readlink", "getdents64", "pread64"}
+REPEATED = {"access", "close", "connect", "copy_file_range", "dup2", "fchmod", "fchown", "fcntl", "fdatasync", "fsync",
+            "ftruncate", "getdents64", "geteuid", "ioctl", "lseek", "mkdir", "newfstatat", "openat", "pread64", "read",
+            "readlink", "rename", "socket", "umask", "unlink", "utimensat", "write"}
+WITH_DATA = {"getdents64", "pread64", "read", "readlink", "write"}
 # Start-up, memory, signals and the end of a process; a child is repeated as the shell command that it is.
-LEFT_OUT = {"execve", "brk", "mmap", "munmap", "mremap", "madvise", "mprotect", "arch_prctl", "set_tid_address", "set_robust_list", "rseq",
-            "prlimit64", "getrandom", "futex", "rt_sigaction", "rt_sigprocmask", "rt_sigreturn", "exit_group", "clone3",
-            "vfork", "wait4"}
+LEFT_OUT = {"arch_prctl", "brk", "clone3", "execve", "exit_group", "futex", "getrandom", "madvise", "mmap", "mprotect", "mremap",
+            "munmap", "prlimit64", "rseq", "rt_sigaction", "rt_sigprocmask", "rt_sigreturn", "set_robust_list",
+            "set_tid_address", "vfork", "wait4"}
 
 LINE = re.compile(r"^(?P<process>\d+)\s+(?P<name>\w+)\((?P<arguments>.*)\)\s+= (?P<result>-?\d+|\?|0x[0-9a-f]+)(?: .*)?$")
 START = re.compile(r'^(?P<process>\d+)\s+execve\("(?P<program>[^"]*)", (?P<arguments>\[.*?\])')
@@ -62,9 +62,9 @@ def calls_between(lines, begin, end):
 
 def calls_of_program(lines, program):
     """The calls of the last process that became the program."""
-    starts = [(number, found) for number, found in enumerate(map(START.match, lines)) if found and found["program"] == program]
-    first, found = starts[-1]
-    process = found["process"]
+    starts = [number for number, line in enumerate(lines) if f'execve("{program}"' in line]
+    first = starts[-1]
+    process = lines[first].split(" ", 1)[0]
     calls = []
     for line in lines[first + 1:]:
         if command := shell_command(line):

@@ -7,7 +7,8 @@
 
 ScratchFolder::ScratchFolder(Place place) : before_(std::filesystem::current_path())
 {
-    std::string name = (place == Place::Memory ? "/dev/shm" : before_.string()) + "/kestrune-bench-XXXXXX";
+    const std::filesystem::path parent = place == Place::Memory ? std::filesystem::temp_directory_path() : before_;
+    std::string name = parent.string() + "/kestrune-bench-XXXXXX";
     Require(mkdtemp(name.data()) != nullptr, "make a scratch folder");
     path_ = name;
     std::filesystem::current_path(path_);

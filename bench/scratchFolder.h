@@ -10,8 +10,8 @@ class ScratchFolder
 {
 public:
     enum class Place {
-        Memory, ///< tmpfs: no device makes the figures its own
-        Disk,   ///< the file system of the folder in which the program was started
+        Memory, ///< the folder for temporary files, which script/bench has in tmpfs
+        Disk,   ///< the folder in which the program was started
     };
 
     explicit ScratchFolder(Place place);
