@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // Load a file and get one key, or set it and save to memory. The key is the last of the file: everything before it has to be
 // passed by. The set makes the value longer.
 

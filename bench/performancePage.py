@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
 """The figures of script/bench as a table, a page and a plot."""
 
 import pathlib

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
 """Turns what strace wrote about a piece of work into C++ that makes the same system calls and does nothing else: the floor.
 
 The calls are those on files, folders, descriptors and other processes; how a process gets its memory is its own matter. What

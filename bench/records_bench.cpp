@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // The table pass's work: a record reads its source, loads its destination, sets a key, and saves durably. One record, and 500 of
 // them over 20 files of 8 KiB, in memory and on a disk, the first time and once more, when nothing changes.
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // Whole runs on the example phone. The program is started in a sandbox, which shows the image as "/image" and the programs as
 // "/bench"; the phone's folders are its own, in memory, and made afresh before each run.
 

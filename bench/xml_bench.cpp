@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // The conversion of 1,000 contacts, and the same documents loaded, built and saved with the bare library: without limits on what
 // is loaded, and in place.
 

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
 # Debian's cross compiler and armhf libraries (script/bootstrap armhf). What runs while building and testing runs under QEMU.
 
 set(CMAKE_SYSTEM_NAME Linux)

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
 # Settings and warnings for our own code, as two interface targets that every target of ours links.
 
 add_library(kestrune-settings INTERFACE)
@@ -19,6 +22,10 @@ if(KESTRUNE_DEVICE)
     else()
         target_link_options(kestrune-settings INTERFACE -pie -Wl,--as-needed)
     endif()
+endif()
+if(NOT KESTRUNE_COVERAGE) # whose reports need the sources' own paths
+    # The same bytes from every folder.
+    target_compile_options(kestrune-settings INTERFACE -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.)
 endif()
 if(KESTRUNE_SANITIZE)
     set(sanitizers -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
 """Hides the values of secrets in a phone's files and reports.
 
 A hidden value reads "••••••(plain 3)" or "••••••(enciphered 7)". The number stands for the value: equal values have

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
 """Runs the program on a copy of a phone image and shows its reports and what it changed. Part of script/demo.
 
 usage: showRun.py PROGRAM MODE IMAGE

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 #define SI_CONVERT_ICU // as Debian builds the library
 #include <SimpleIni.h>
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // No library: the bare open, read and close of the file, and a copy of its bytes. What any library has to do at least.
 
 #include <fcntl.h>

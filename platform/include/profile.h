@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 #pragma once
 
 /// Whole-file integer access: each call opens, reads or changes, and closes the file by itself. The profile and the

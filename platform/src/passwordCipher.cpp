@@ -1,132 +1,28 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 #include "passwordCipher.h"
 
-#include <cstdint>
-#include <cstring>
-#include <nettle/base64.h>
-#include <nettle/siv-cmac.h>
-#include <string_view>
-#include <vector>
-
-#include "cipherKey.h"
+#include "keyedCipher.h"
 
 namespace
 {
 
-constexpr char kKeyFile[] = "/phone/factory/certs/pwcipher.key";
-constexpr std::string_view kNonce = "kestrune";
-constexpr std::size_t kIvSize = SIV_DIGEST_SIZE;
-constexpr std::size_t kLongestMessage = kIvSize + kLongestPassword;
-
-using Bytes = std::vector<std::uint8_t>;
-
-struct KeySchedule {
-    siv_cmac_aes256_ctx context;
-    bool isUsable;
-};
-
-/// Made once a run: the key never changes while the program runs, and every value of the table pass asks for it.
-const KeySchedule& Key()
+/// Static, so that the key is read once a run.
+const KeyedCipher& DeviceCipher()
 {
-    static const KeySchedule schedule = [] {
-        KeySchedule made = {};
-        CipherKey key = {};
-        made.isUsable = LoadCipherKey(kKeyFile, key);
-        if (made.isUsable)
-            siv_cmac_aes256_set_key(&made.context, key.data());
-        return made;
-    }();
-    return schedule;
-}
-
-const std::uint8_t* AsBytes(std::string_view text)
-{
-    return reinterpret_cast<const std::uint8_t*>(text.data());
-}
-
-bool IsSevenBit(const char* text)
-{
-    for (; *text != '\0'; ++text) {
-        if (static_cast<unsigned char>(*text) >= 0x80)
-            return false;
-    }
-    return true;
-}
-
-/// Base64 without the padding that the library adds.
-std::string_view Encode(const Bytes& message, char (&buffer)[BASE64_ENCODE_RAW_LENGTH(kLongestMessage)])
-{
-    base64_encode_raw(buffer, message.size(), message.data());
-    const std::string_view padded(buffer, BASE64_ENCODE_RAW_LENGTH(message.size()));
-    return padded.substr(0, padded.find_last_not_of('=') + 1);
-}
-
-/// Accepts the exact form that `Encode` gives and no other: the library's decoder alone would let pass white space,
-/// padding and stray low bits in the last character.
-bool Decode(std::string_view token, Bytes& message)
-{
-    if (token.size() >= kPasswordBufferSize)
-        return false;
-    message.resize(BASE64_DECODE_LENGTH(token.size()));
-    base64_decode_ctx context;
-    base64_decode_init(&context);
-    std::size_t size = message.size();
-    if (base64_decode_update(&context, &size, message.data(), token.size(), token.data()) == 0 ||
-        size > kLongestMessage)
-        return false;
-    message.resize(size);
-    char again[BASE64_ENCODE_RAW_LENGTH(kLongestMessage)];
-    return Encode(message, again) == token;
-}
-
-int FailToEncrypt(const char* text, char* output)
-{
-    const std::size_t size = std::strlen(text);
-    output[0] = '\0';
-    if (size < kPasswordBufferSize)
-        std::memcpy(output, text, size + 1);
-    return -1;
+    static const KeyedCipher cipher("/phone/factory/certs/pwcipher.key");
+    return cipher;
 }
 
 } // namespace
 
 int pw_data_encrypt(const char* text, char* output)
 {
-    const std::string_view plain(text);
-    if (plain.empty()) {
-        output[0] = '\0';
-        return 0;
-    }
-    if (plain.size() > kLongestPassword || !IsSevenBit(text) || !Key().isUsable)
-        return FailToEncrypt(text, output);
-
-    Bytes message(kIvSize + plain.size());
-    siv_cmac_aes256_encrypt_message(&Key().context, kNonce.size(), AsBytes(kNonce), 0, nullptr, message.size(),
-                                    message.data(), AsBytes(plain));
-    char buffer[BASE64_ENCODE_RAW_LENGTH(kLongestMessage)];
-    const std::string_view token = Encode(message, buffer);
-    std::memcpy(output, token.data(), token.size());
-    output[token.size()] = '\0';
-    return 0;
+    return DeviceCipher().Encrypt(text, output);
 }
 
 int pw_data_decrypt(const char* text, char* output)
 {
-    output[0] = '\0';
-    const std::string_view token(text);
-    if (token.empty())
-        return 0;
-    Bytes message;
-    if (!Decode(token, message) || message.size() <= kIvSize || !Key().isUsable)
-        return -1;
-
-    // The size bounds above keep it within the buffer.
-    char plain[kLongestPassword + 1] = {};
-    const std::size_t size = message.size() - kIvSize;
-    if (siv_cmac_aes256_decrypt_message(&Key().context, kNonce.size(), AsBytes(kNonce), 0, nullptr, size,
-                                        reinterpret_cast<std::uint8_t*>(plain), message.data()) == 0)
-        return -1;
-    if (std::strlen(plain) != size || !IsSevenBit(plain))
-        return -1;
-    std::memcpy(output, plain, size + 1);
-    return 0;
+    return DeviceCipher().Decrypt(text, output);
 }

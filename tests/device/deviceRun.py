@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
 """The program built for a device, run in the sandbox under an emulator, and the host's own beside it."""
 
 import argparse

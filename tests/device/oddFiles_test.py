@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
 """Given files dated 2040, or with inode numbers of 64 bits, the device's program migrates them as it does any other."""
 
 import calendar

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
 """Given the same phone, the device's program leaves the same files and says the same as the host's, mode by mode."""
 
 import pathlib

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
 """How a phone differs from the one that was expected, in words that lead to the byte."""
 
 import dataclasses

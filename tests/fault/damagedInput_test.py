@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
 """Every file of the phone cut at every byte, and at every second one with zero bytes from there on (above 4 KiB at
 samples). A sanitizer build reports nothing, a damaged file is treated as its format says, and all other files end as in
 an ordinary run."""

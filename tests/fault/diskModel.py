@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
 """What a file system may leave of a run's writing calls when the power goes.
 
 Files are inodes: a name leads to one, and a rename takes it along with whatever of it is on the device. Until a file is

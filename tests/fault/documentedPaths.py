@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
 """The paths that the program is known by: what each mode may open on the phone, and what it may replace.
 
 Written by hand from the documentation, so that a trace is held against it and not the other way round.

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
 """What stays different when a run is disturbed and the same mode runs once more: the whole list.
 
 Each row has its exact effect, so that nothing else can hide behind it.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // A preload library: lets one allocation of the program fail, or all from one on. For tests only. The C++ library's
 // operator new asks malloc, so it fails with it.
 //

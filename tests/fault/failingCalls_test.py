@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
 """Every system call of the program fails, once and from there on: the phone keeps its files, and the run goes on.
 
 Each run starts on a fresh phone. The calls of the program's children are left alone: the device's own copy command is

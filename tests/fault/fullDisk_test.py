@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
 """Short writes and full disks: what does not fit is not saved, and nothing that was there goes.
 
 Short writes come from a limit on the size of files, at each length that a save may be cut at. Full disks are file

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
 """INI files as the program edits them: line by line, every byte that a change does not concern stays."""
 
 import dataclasses

@@ -1,4 +1,7 @@
 #!/usr/bin/env python3
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
 """Kills each mode right before each of its writing calls: nothing is lost, and one more run sets all right."""
 
 import os

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
 """Every allocation of the program fails, once and from there on: the phone keeps its files, and the run goes on.
 
 A small library, loaded in front of the C library, lets them fail. It leaves the program's children alone.

@@ -1,4 +1,7 @@
 #!/usr/bin/env python3
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
 """Proves the proofs: a program with one protection taken out must fail the proof that is there for it.
 
 Each mutant is the saving code with one piece of text replaced, compiled from a copy and linked in front of the libraries of

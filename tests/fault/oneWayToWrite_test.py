@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
 """A record of every mode: files are written under temporary names alone, nothing is handed to a child, and no path is
 opened that the documentation does not name."""
 

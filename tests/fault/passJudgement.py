@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
 """What must have become of the phone when some passes of a run were disturbed: the rules, and what broke them."""
 
 import passReports

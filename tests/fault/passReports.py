@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
 """Which lines a disturbed run must have written: those of the passes that nothing disturbed."""
 
 import re

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
 """The passes of each mode: by which call one knows that a pass has begun, and which files it may write."""
 
 import dataclasses

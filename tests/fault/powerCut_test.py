@@ -1,4 +1,7 @@
 #!/usr/bin/env python3
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
 """Cuts the power after each writing call of a recorded run, in a model of the worst file system: nothing is lost.
 
 Every state of every file is checked, each combination of a moved account and its copy, and a sample of all

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
 """What the proofs have in common: their command line, their workers, and the end that they come to."""
 
 import argparse

@@ -1,4 +1,7 @@
 #!/usr/bin/env python3
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
 """Kills runs on ext4 and XFS, cuts the power of the file system and mounts it again: nothing is lost."""
 
 import os

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
 """A run that nothing disturbs, taken down call by call: what each call was for, and what was saved."""
 
 import dataclasses

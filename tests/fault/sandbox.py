@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
 """Phones in folders, and the real program run on them in a bubblewrap sandbox.
 
 The counterpart of tests/support/phoneImage for the fault tests, which run the program thousands of times under strace.

@@ -1,4 +1,7 @@
 #!/usr/bin/env python3
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
 """Kills a run, runs the mode once more, and cuts the power during that run and after it: nothing is lost.
 
 The killed run leaves changes behind that are not on the device. What the second run saves is there when it has ended, and

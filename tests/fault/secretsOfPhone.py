@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
 """A phone whose every password and key is one of a kind, so that each can be found wherever it goes."""
 
 import dataclasses

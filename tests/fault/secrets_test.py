@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
 """No password and no key reaches the system log, a file that nothing names for it, a command line, or more readers."""
 
 import dataclasses

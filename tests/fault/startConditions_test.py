@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
 """The program is started under odd conditions, such as an upgrade script may leave: the phone ends as after any other
 run."""
 

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
 """How a phone must end when something strange stood at one of its paths.
 
 Each is told from three runs on phones that have nothing strange: with the file, without it, and of the fix-ups alone.

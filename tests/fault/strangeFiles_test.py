@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
 """Links, pipes, sockets, folders and locked files wherever the program expects its own, and at its temporary names:
 nothing outside the phone is written, nothing hangs, and all other files end as in an ordinary run."""
 

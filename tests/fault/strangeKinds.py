@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
 """What may stand where the program expects a file of its own: how each is put there, and how the program takes it.
 
 Links lead to /canary, a folder outside the phone that everyone may write to.

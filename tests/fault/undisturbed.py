@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
 """One undisturbed run of a mode: what each file went through, and what a disturbed run is held to.
 
 After a kill or a power cut each file must be one of its own versions, whole, and only temporary names may stand beside

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
 """What a file may hold after a run in which saves failed: a sequence of whole saves, nothing cut, mixed or lost."""
 
 import functools

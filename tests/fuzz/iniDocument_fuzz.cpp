@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // A configuration file of any bytes, and a key set in it. Input: a line each for section, key and value, then the file.
 
 #include <string>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // An old data file of any bytes. Input: a first byte that chooses the translator, then the file.
 
 #include <string>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // Mode "1" takes the direct-IP account out of the numbered accounts; mode "2" makes it account 16.
 
 #include "directIPAccount.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // The hand-over as a whole: mode "1" and then mode "2" on one phone, and files in their way that are damaged.
 
 #include <algorithm>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // The key layout migration, a step of mode "2": items gain the attributes that the firmware expects, and the files are those
 // that the XML library itself would have written.
 

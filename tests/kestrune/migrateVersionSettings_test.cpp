@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // Mode "2" converts what mode "1" saved in the hand-over file into the keys that the firmware reads.
 
 #include <filesystem>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // Every mode word runs its own passes, in their order, and no other. The order is read from the reports and, for the passes
 // that say nothing, from files that are links to one another: each order would leave other bytes.
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // Mode "1" saves the old LED and system-log settings into the hand-over file when the two "SyncCfgByVersion" settings
 // call for it, and only reads the files that they come from.
 

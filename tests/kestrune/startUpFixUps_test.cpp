@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // The two start-up fix-ups run for every mode word; an unknown word runs nothing else.
 
 #include <gmock/gmock.h>

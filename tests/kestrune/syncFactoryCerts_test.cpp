@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // The certificate sync: whole runs of mode "dev" on a phone on which nothing else is left to do.
 
 #include "syncFactoryCerts.h"

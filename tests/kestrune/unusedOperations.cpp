@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // Runs one of the operations that the app library offers beside those of the modes, on the device's fixed paths: tests
 // start it in the sandbox in the program's place.
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // The operations that the app library offers to other programs of the device. They work on the device's fixed paths, so a
 // small program runs them in the sandbox. No mode calls them.
 

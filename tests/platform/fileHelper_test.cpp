@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // The gate before optional files, and whole-file copies, destination first.
 
 #include "fileHelper.h"
@@ -139,13 +142,10 @@ TEST_F(FileHelper, AFailingCopyLeavesTheDestinationAsItWas)
     WriteBytes(destination_, "old");
     EXPECT_EQ(Copy(), 0) << "no source";
     EXPECT_EQ(etlCopyFile(destination_.c_str(), folder_.Path().c_str()), 0) << "a folder as source";
-    EXPECT_EQ(etlCopyFile(destination_.c_str(), /*sourcePath=*/nullptr), 0);
-    EXPECT_EQ(etlCopyFile(destination_.c_str(), ""), 0);
     ASSERT_EQ(mkfifo(source_.c_str(), 0600), 0);
     EXPECT_EQ(Copy(), 0) << "a pipe as source";
     EXPECT_EQ(ReadBytes(destination_), "old");
 
-    EXPECT_EQ(etlCopyFile(/*destinationPath=*/nullptr, destination_.c_str()), 0);
     EXPECT_EQ(etlCopyFile(folder_.Path().c_str(), destination_.c_str()), 0) << "a folder as destination";
     EXPECT_EQ(etlCopyFile(folder_.Path("missing/x").c_str(), destination_.c_str()), 0);
     EXPECT_EQ(etlCopyFile(source_.c_str(), destination_.c_str()), 0) << "a pipe as destination";

@@ -1,37 +1,19 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // The in-memory image of a configuration file: loading, walking, changing, saving.
 
 #include "iniFile.h"
 
 #include <gtest/gtest.h>
 #include <random>
-#include <sys/socket.h>
-#include <sys/stat.h>
-#include <sys/un.h>
-#include <unistd.h>
 
-#include "scratchFolder.h"
+#include "iniFileFixture.h"
 
 using namespace std::string_literals;
 
 namespace
 {
-
-/// The chain as a text: each section as "[name]", which its keys' values follow, all in the order of the walk.
-std::string Walk(iniFile& file)
-{
-    std::string seen;
-    pointer_chain_pNext* sections = file.objects();
-    for (auto* node = sections->get_pNext(); node != sections; node = node->get_pNext()) {
-        auto* section = static_cast<iniSection*>(node);
-        seen += std::to_string(section->type()) + ":";
-        pointer_chain_pNext* keys = section->objects();
-        for (auto* keyNode = keys->get_pNext(); keyNode != keys; keyNode = keyNode->get_pNext()) {
-            auto* key = static_cast<iniKey*>(keyNode);
-            seen += std::to_string(key->type()) + "(" + key->GetValue("default") + ")";
-        }
-    }
-    return seen;
-}
 
 iniKey& KeyAt(iniFile& file, int sectionNumber, int keyNumber)
 {
@@ -44,30 +26,8 @@ iniKey& KeyAt(iniFile& file, int sectionNumber, int keyNumber)
     return *static_cast<iniKey*>(node);
 }
 
-class IniFile : public testing::Test
+class IniFile : public IniFileFixture
 {
-protected:
-    void Load(const std::string& bytes)
-    {
-        WriteBytes(path_, bytes);
-        ASSERT_NE(file_.LoadFromFile(path_.c_str()), 0);
-    }
-
-    std::string Saved()
-    {
-        EXPECT_NE(file_.SaveToFile(/*path=*/nullptr), 0);
-        return ReadBytes(path_);
-    }
-
-    void ExpectEmpty()
-    {
-        EXPECT_EQ(Walk(file_), "");
-        EXPECT_EQ(file_.GetTextValue("S", "k", "default"), "default");
-    }
-
-    ScratchFolder folder_;
-    std::string path_ = folder_.Path("user.ini");
-    iniFile file_;
 };
 
 } // namespace
@@ -243,16 +203,6 @@ TEST_F(IniFile, SavingWithoutAPathGoesToTheFileLastLoaded)
     EXPECT_EQ(ReadBytes(other), "[T]\nx=3\n");
 }
 
-TEST_F(IniFile, ASaveWithoutAnyPathFails)
-{
-    EXPECT_NE(file_.SetTextValue("S", "k", "v"), 0);
-    EXPECT_EQ(file_.SaveToFile(/*path=*/nullptr), 0);
-    EXPECT_EQ(file_.SaveToFile(""), 0);
-    EXPECT_EQ(file_.SaveToFile(folder_.Path("missing/user.ini").c_str()), 0);
-    EXPECT_EQ(file_.SaveToFile(folder_.Path().c_str()), 0);
-    EXPECT_EQ(rmdir(folder_.Path().c_str()), 0) << "the folder is not empty";
-}
-
 TEST_F(IniFile, GoingOutOfScopeSavesNothing)
 {
     WriteBytes(path_, "[S]\nk=1\n");
@@ -262,62 +212,5 @@ TEST_F(IniFile, GoingOutOfScopeSavesNothing)
         KeyAt(file, 0, 0).SetValue("2");
         EXPECT_NE(file.SetTextValue("S", "x", "3"), 0);
     }
-    EXPECT_EQ(ReadBytes(path_), "[S]\nk=1\n");
-}
-
-TEST_F(IniFile, AfterAMissingFileTheDocumentIsEmptyAndASaveMakesTheFile)
-{
-    for (const std::string& missing : {folder_.Path("missing.ini"), folder_.Path("user.ini/x"), folder_.Path("no/x")}) {
-        Load("[S]\nk=1\n");
-        EXPECT_EQ(file_.LoadFromFile(missing.c_str()), 0) << missing;
-        ExpectEmpty();
-        EXPECT_NE(access(missing.c_str(), F_OK), 0) << missing;
-    }
-    EXPECT_NE(file_.SetTextValue("S", "k", "2"), 0);
-    EXPECT_NE(file_.SaveToFile(folder_.Path("missing.ini").c_str()), 0);
-    EXPECT_EQ(ReadBytes(folder_.Path("missing.ini")), "[S]\nk=2\n");
-}
-
-TEST_F(IniFile, ANullOrEmptyPathDoesNotLoad)
-{
-    for (const char* path : {static_cast<const char*>(nullptr), ""}) {
-        Load("[S]\nk=1\n");
-        EXPECT_EQ(file_.LoadFromFile(path), 0);
-        ExpectEmpty();
-    }
-}
-
-TEST_F(IniFile, AfterAFileThatCannotBeReadNothingIsSavedBeforeTheNextLoad)
-{
-    const std::string pipe = folder_.Path("pipe");
-    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
-    const std::string loop = folder_.Path("loop");
-    ASSERT_EQ(symlink("loop", loop.c_str()), 0);
-    for (const std::string& unreadable : {folder_.Path(), pipe, loop}) {
-        SCOPED_TRACE(unreadable);
-        Load("[S]\nk=1\n");
-        EXPECT_EQ(file_.LoadFromFile(unreadable.c_str()), 0); // and returns at once: nobody writes to the pipe
-        ExpectEmpty();
-        EXPECT_NE(file_.SetTextValue("S", "k", "2"), 0);
-        EXPECT_EQ(file_.SaveToFile(/*path=*/nullptr), 0);
-        EXPECT_EQ(file_.SaveToFile(path_.c_str()), 0);
-        EXPECT_EQ(ReadBytes(path_), "[S]\nk=1\n");
-
-        ASSERT_NE(file_.LoadFromFile(path_.c_str()), 0);
-        EXPECT_EQ(Saved(), "[S]\nk=1\n");
-    }
-}
-
-TEST_F(IniFile, AFileWithoutReadPermissionIsLeftAlone)
-{
-    if (geteuid() == 0)
-        GTEST_SKIP() << "root reads every file";
-    Load("[S]\nk=1\n");
-    ASSERT_EQ(chmod(path_.c_str(), 0), 0);
-    EXPECT_EQ(file_.LoadFromFile(path_.c_str()), 0);
-    ExpectEmpty();
-    EXPECT_NE(file_.SetTextValue("S", "k", "2"), 0);
-    EXPECT_EQ(file_.SaveToFile(path_.c_str()), 0);
-    ASSERT_EQ(chmod(path_.c_str(), 0600), 0);
     EXPECT_EQ(ReadBytes(path_), "[S]\nk=1\n");
 }

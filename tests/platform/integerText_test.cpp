@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // Numbers in configuration files: read as strtol does in base 10, clamped to 32 bits on every machine.
 
 #include "integerText.h"

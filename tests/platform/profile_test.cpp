@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // Whole-file integer access: the profile and the registry pair are one.
 
 #include "profile.h"
@@ -6,45 +9,16 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "scratchFolder.h"
+#include "profileFixture.h"
 
 namespace
 {
 
-struct Pair {
-    const char* name;
-    int (*get)(const char* path, const char* section, const char* key, int defaultValue);
-    void (*set)(const char* path, const char* section, const char* key, int value);
+class Profile : public ProfileFixture
+{
 };
 
-class Profile : public testing::TestWithParam<Pair>
-{
-protected:
-    int Get(const char* section, const char* key, int defaultValue) const
-    {
-        return GetParam().get(path_.c_str(), section, key, defaultValue);
-    }
-
-    void Set(const char* section, const char* key, int value) const
-    {
-        GetParam().set(path_.c_str(), section, key, value);
-    }
-
-    ScratchFolder folder_;
-    std::string path_ = folder_.Path("user.ini");
-};
-
-ino_t NumberOf(const std::string& path)
-{
-    struct stat status = {};
-    EXPECT_EQ(stat(path.c_str(), &status), 0);
-    return status.st_ino;
-}
-
-INSTANTIATE_TEST_SUITE_P(BothPairs, Profile,
-                         testing::Values(Pair{"etlProfile", etlGetProfileInt, etlSetProfileInt},
-                                         Pair{"etlRegistry", etlGetRegistryInt, etlSetRegistryInt}),
-                         [](const auto& row) { return std::string(row.param.name); });
+INSTANTIATE_TEST_SUITE_P(BothPairs, Profile, BothPairs(), [](const auto& row) { return std::string(row.param.name); });
 
 } // namespace
 
@@ -52,8 +26,6 @@ TEST_P(Profile, AReadFromAMissingFileGivesTheDefaultAndMakesNoFile)
 {
     EXPECT_EQ(Get("S", "k", 7), 7);
     EXPECT_EQ(GetParam().get(folder_.Path("missing/x.ini").c_str(), "S", "k", -7), -7);
-    EXPECT_EQ(GetParam().get(/*path=*/nullptr, "S", "k", 7), 7);
-    EXPECT_EQ(GetParam().get("", "S", "k", 7), 7);
     EXPECT_EQ(rmdir(folder_.Path().c_str()), 0) << "the folder is not empty";
 }
 
@@ -107,63 +79,11 @@ TEST_P(Profile, AWriteChangesOrAddsTheKeyAndKeepsEveryOtherLine)
     }
 }
 
-TEST_P(Profile, AWriteMakesTheFileButNotItsFolder)
-{
-    Set("S", "k", 2147483647);
-    EXPECT_EQ(ReadBytes(path_), "[S]\nk=2147483647\n");
-    Set("S", "k", -2147483647 - 1);
-    EXPECT_EQ(ReadBytes(path_), "[S]\nk=-2147483648\n");
-
-    ASSERT_EQ(unlink(path_.c_str()), 0);
-    GetParam().set(folder_.Path("missing/x.ini").c_str(), "S", "k", 1);
-    GetParam().set(/*path=*/nullptr, "S", "k", 1);
-    GetParam().set("", "S", "k", 1);
-    EXPECT_EQ(rmdir(folder_.Path().c_str()), 0) << "the folder is not empty";
-}
-
 TEST_P(Profile, WritingTheSameValueWritesNoData)
 {
     WriteBytes(path_, "[S]\nk=1\n");
     const ino_t number = NumberOf(path_);
     Set("S", "k", 1);
     EXPECT_EQ(NumberOf(path_), number);
-    EXPECT_EQ(ReadBytes(path_), "[S]\nk=1\n");
-}
-
-TEST_P(Profile, WhatCannotBeStoredLeavesTheFileAsItWas)
-{
-    WriteBytes(path_, "[S]\nk=1\n");
-    const ino_t number = NumberOf(path_);
-    Set("", "k", 2);
-    Set("S]", "k", 2);
-    Set("S", "", 2);
-    Set("S", "a=b", 2);
-    Set("S", "[k", 2);
-    EXPECT_EQ(ReadBytes(path_), "[S]\nk=1\n");
-    EXPECT_EQ(NumberOf(path_), number);
-
-    ASSERT_EQ(unlink(path_.c_str()), 0);
-    Set("S", "k\n", 2);
-    EXPECT_EQ(rmdir(folder_.Path().c_str()), 0) << "no empty file is made";
-}
-
-TEST_P(Profile, AFileThatDoesNotLoadReadsAsTheDefaultAndIsLeftAlone)
-{
-    ASSERT_EQ(mkdir(path_.c_str(), 0700), 0);
-    EXPECT_EQ(Get("S", "k", 5), 5);
-    Set("S", "k", 2);
-    EXPECT_EQ(rmdir(path_.c_str()), 0) << "it is still an empty folder";
-    EXPECT_EQ(rmdir(folder_.Path().c_str()), 0) << "no temporary file is left";
-}
-
-TEST_P(Profile, AFileWithoutReadPermissionIsLeftAlone)
-{
-    if (geteuid() == 0)
-        GTEST_SKIP() << "root reads every file";
-    WriteBytes(path_, "[S]\nk=1\n");
-    ASSERT_EQ(chmod(path_.c_str(), 0200), 0);
-    EXPECT_EQ(Get("S", "k", 5), 5);
-    Set("S", "k", 2);
-    ASSERT_EQ(chmod(path_.c_str(), 0600), 0);
     EXPECT_EQ(ReadBytes(path_), "[S]\nk=1\n");
 }

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // XML files through pugixml: what its own `load_file` and `save_file` do, but safely.
 
 #include "pugiXmlFile.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // Section handles: changes wait for the flush, which brings them into the file as it is then.
 
 #include "registry.h"
@@ -6,41 +9,16 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "scratchFolder.h"
+#include "registryFixture.h"
 
 using ETL_SubClass::registryGetString;
 
 namespace
 {
 
-class Registry : public testing::Test
+class Registry : public RegistryFixture
 {
-protected:
-    _HREGISTRY_* Open(const char* section) { return registryOpen(path_.c_str(), section); }
-    bool IsThere() const { return access(path_.c_str(), F_OK) == 0; }
-
-    ScratchFolder folder_;
-    std::string path_ = folder_.Path("VersionInfo.cfg");
 };
-
-struct FileTrace {
-    ino_t number;
-    timespec modified;
-    std::string bytes;
-
-    bool operator==(const FileTrace& other) const
-    {
-        return number == other.number && modified.tv_sec == other.modified.tv_sec &&
-               modified.tv_nsec == other.modified.tv_nsec && bytes == other.bytes;
-    }
-};
-
-FileTrace TraceOf(const std::string& path)
-{
-    struct stat status = {};
-    EXPECT_EQ(stat(path.c_str(), &status), 0);
-    return {status.st_ino, status.st_mtim, ReadBytes(path)};
-}
 
 } // namespace
 
@@ -73,35 +51,6 @@ TEST_F(Registry, AReadGivesTheValueOrTheDefault)
     registryFlush(handle);
 }
 
-TEST_F(Registry, ANullHandleReadsTheDefaultAndWritesNothing)
-{
-    EXPECT_EQ(registryGetInt(nullptr, "k", -3), -3);
-    EXPECT_EQ(registryGetString(nullptr, "k", "default"), "default");
-    registrySetInt(nullptr, "k", 1);
-    registrySetString(nullptr, "k", "v");
-    registryFlush(nullptr);
-}
-
-TEST_F(Registry, WhatCannotBeOpenedGivesNull)
-{
-    EXPECT_EQ(registryOpen(/*path=*/nullptr, "S"), nullptr);
-    EXPECT_EQ(registryOpen("", "S"), nullptr);
-    EXPECT_EQ(registryOpen(path_.c_str(), /*section=*/nullptr), nullptr);
-    EXPECT_EQ(registryOpen(path_.c_str(), ""), nullptr);
-    EXPECT_EQ(registryOpen(folder_.Path().c_str(), "S"), nullptr);
-    ASSERT_EQ(mkfifo(path_.c_str(), 0600), 0);
-    EXPECT_EQ(Open("S"), nullptr);
-}
-
-TEST_F(Registry, AFileWithoutReadPermissionGivesNull)
-{
-    if (geteuid() == 0)
-        GTEST_SKIP() << "root reads every file";
-    WriteBytes(path_, "[S]\nk=1\n");
-    ASSERT_EQ(chmod(path_.c_str(), 0200), 0);
-    EXPECT_EQ(Open("S"), nullptr);
-}
-
 TEST_F(Registry, ALinkThatNamesNoFileYetIsAMissingFile)
 {
     ASSERT_EQ(symlink("target.cfg", path_.c_str()), 0);
@@ -110,23 +59,6 @@ TEST_F(Registry, ALinkThatNamesNoFileYetIsAMissingFile)
     registrySetInt(handle, "k", 1);
     registryFlush(handle);
     EXPECT_EQ(ReadBytes(folder_.Path("target.cfg")), "[S]\nk=1\n");
-}
-
-TEST_F(Registry, AReadSeesThePendingChangesOfItsHandleAlone)
-{
-    WriteBytes(path_, "[S]\nk=1\n");
-    _HREGISTRY_* handle = Open("S");
-    _HREGISTRY_* other = Open("S");
-    registrySetInt(handle, "k", -2);
-    registrySetString(handle, "new", "text");
-    EXPECT_EQ(registryGetInt(handle, "k", 0), -2);
-    EXPECT_EQ(registryGetString(handle, "new", ""), "text");
-    EXPECT_EQ(registryGetInt(other, "k", 0), 1);
-    EXPECT_EQ(registryGetString(other, "new", "default"), "default");
-    EXPECT_EQ(ReadBytes(path_), "[S]\nk=1\n");
-    registryFlush(handle);
-    registryFlush(other);
-    EXPECT_EQ(ReadBytes(path_), "[S]\nk=-2\nnew=text\n");
 }
 
 TEST_F(Registry, NewKeysStandInTheOrderInWhichTheyWereSet)
@@ -143,63 +75,6 @@ TEST_F(Registry, NewKeysStandInTheOrderInWhichTheyWereSet)
               "; note\r\n[S]\r\nb = 2147483647\r\nz = last\r\na = -2147483648\r\nm = x\r\n\r\n[T]\r\n");
 }
 
-TEST_F(Registry, AFlushReadsTheFileAfreshAndKeepsTheChangesOfOthers)
-{
-    WriteBytes(path_, "[S]\nk=1\nx=1\n");
-    _HREGISTRY_* handle = Open("S");
-    registrySetInt(handle, "k", 2);
-    WriteBytes(path_, "; new\n[T]\ny=3\n[S]\nx=9\nk=7\n");
-    registryFlush(handle);
-    EXPECT_EQ(ReadBytes(path_), "; new\n[T]\ny=3\n[S]\nx=9\nk=2\n");
-}
-
-TEST_F(Registry, HandlesOfTwoSectionsOfOneFileKeepEachOthersChanges)
-{
-    _HREGISTRY_* first = Open("S");
-    _HREGISTRY_* second = Open("T");
-    registrySetInt(first, "k", 1);
-    registrySetInt(second, "k", 2);
-    registryFlush(second);
-    registryFlush(first);
-    EXPECT_EQ(ReadBytes(path_), "[T]\nk=2\n\n[S]\nk=1\n");
-}
-
-TEST_F(Registry, AFileThatWentBeforeTheFlushIsMadeWithTheChangesAlone)
-{
-    WriteBytes(path_, "[S]\nk=1\nx=1\n");
-    _HREGISTRY_* handle = Open("S");
-    registrySetInt(handle, "k", 2);
-    ASSERT_EQ(unlink(path_.c_str()), 0);
-    registryFlush(handle);
-    EXPECT_EQ(ReadBytes(path_), "[S]\nk=2\n");
-}
-
-TEST_F(Registry, AFileThatNoLongerLoadsIsLeftAlone)
-{
-    WriteBytes(path_, "[S]\nk=1\n");
-    _HREGISTRY_* handle = Open("S");
-    registrySetInt(handle, "k", 2);
-    ASSERT_EQ(unlink(path_.c_str()), 0);
-    ASSERT_EQ(mkdir(path_.c_str(), 0700), 0);
-    registryFlush(handle);
-    EXPECT_EQ(rmdir(path_.c_str()), 0) << "it is still an empty folder";
-    EXPECT_EQ(rmdir(folder_.Path().c_str()), 0) << "no temporary file is left";
-}
-
-TEST_F(Registry, AHandleWithoutChangesSavesNothing)
-{
-    WriteBytes(path_, "[S]\nk=1\n");
-    const FileTrace before = TraceOf(path_);
-    _HREGISTRY_* handle = Open("S");
-    EXPECT_EQ(registryGetInt(handle, "k", 0), 1);
-    registryFlush(handle);
-    EXPECT_EQ(TraceOf(path_), before);
-
-    ASSERT_EQ(unlink(path_.c_str()), 0);
-    registryFlush(Open("S"));
-    EXPECT_FALSE(IsThere());
-}
-
 TEST_F(Registry, AHandleThatIsNeverFlushedLeavesItsFileAsItWas)
 {
     WriteBytes(path_, "[S]\nk=1\n");
@@ -209,28 +84,6 @@ TEST_F(Registry, AHandleThatIsNeverFlushedLeavesItsFileAsItWas)
     registrySetString(handle, "new", "text");
     EXPECT_EQ(TraceOf(path_), before);
     // The handle is released at exit; the leak check of the sanitizer build watches over it.
-}
-
-TEST_F(Registry, WhatCannotBeStoredIsRefusedWhenItIsSet)
-{
-    WriteBytes(path_, "[S]\nk=1\n");
-    const FileTrace before = TraceOf(path_);
-    _HREGISTRY_* handle = Open("S");
-    registrySetString(handle, "k", "a\nb");
-    registrySetString(handle, "k", "a\r");
-    registrySetString(handle, "", "v");
-    registrySetString(handle, "[k", "v");
-    registrySetString(handle, "a=b", "v");
-    registrySetInt(handle, " k", 5);
-    registrySetInt(handle, ";k", 5);
-    EXPECT_EQ(registryGetInt(handle, "k", 0), 1);
-    registryFlush(handle);
-    EXPECT_EQ(TraceOf(path_), before);
-
-    _HREGISTRY_* oddSection = Open("S]");
-    registrySetInt(oddSection, "k", 5);
-    registryFlush(oddSection);
-    EXPECT_EQ(TraceOf(path_), before);
 }
 
 TEST_F(Registry, AMissingFolderIsNotMade)

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // Traces: which levels are written, in which form, and whole.
 
 #include "trace.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // What the program's size is measured against: loads and saves one file with each library that the program links, in the
 // plainest way, and does nothing else.
 

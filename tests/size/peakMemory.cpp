@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // peakMemory PROGRAM [ARGUMENT...]: runs the program and prints its peak resident memory in KiB on standard output; the
 // program's own outputs go to nowhere.
 //

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 #include "xmlText.h"
 
 std::string Element(const std::string& name, const std::string& attributes, const std::string& content)

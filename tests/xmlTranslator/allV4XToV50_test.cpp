@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // The six translators together: their order and their paths on the device, and what each does without memory.
 
 #include "allV4XToV50.h"

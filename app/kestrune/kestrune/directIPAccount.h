@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 #pragma once
 
 /// Direct-IP account, mode "1": takes the account marked [account] directip=1 out of the numbered accounts.

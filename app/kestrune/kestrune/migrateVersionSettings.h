@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 #pragma once
 
 /// Mode 2 migration: turns the settings that mode "1" saved in their old form into those that the firmware reads.

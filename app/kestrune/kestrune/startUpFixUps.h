@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 #pragma once
 
 /// Start-up fix-up: gives every existing account file an explicit "SCALineKeyNumber", which older configurations leave

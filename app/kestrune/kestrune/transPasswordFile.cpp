@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 #include "transPasswordFile.h"
 
 #include <list>
@@ -12,9 +15,6 @@
 
 namespace
 {
-
-// The pass knows the first four accounts alone.
-constexpr int kConvertedAccounts = 4;
 
 bool IsPlain(const iniFile& userIni)
 {

@@ -1,4 +1,10 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 #pragma once
+
+/// The password pass knows the first four accounts alone.
+constexpr int kConvertedAccounts = 4;
 
 /// What a conversion of enciphered entries does; the numbers are the device's.
 enum class CipherDirection {

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 #include "translateConfigTable.h"
 
 #include <cstdio>
@@ -80,8 +83,7 @@ int TranslateConfigTable()
     const bool bEncrypt = IsDeviceLocked();
     std::printf("bEncrypt=%d\n", bEncrypt);
 
-    const TiXmlElement* root = isLoaded ? table->RootElement() : nullptr;
-    const TiXmlElement* record = root == nullptr ? nullptr : root->FirstChildElement();
+    const TiXmlElement* record = isLoaded ? FirstTableRecord(*table) : nullptr;
     if (record == nullptr) {
         app_log(kAppLogModule, kAppLogWarning, "No config translate record!\n");
         return 0;
@@ -91,6 +93,12 @@ int TranslateConfigTable()
             return 0;
     }
     return 1;
+}
+
+const TiXmlElement* FirstTableRecord(const TiXmlDocument& table)
+{
+    const TiXmlElement* root = table.RootElement();
+    return root == nullptr ? nullptr : root->FirstChildElement();
 }
 
 void GetDstInfo(const TiXmlElement& record, std::string& file, std::string& section, std::string& key,

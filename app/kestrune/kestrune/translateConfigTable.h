@@ -1,7 +1,11 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 #pragma once
 
 #include <string>
 
+class TiXmlDocument;
 class TiXmlElement;
 
 /// Translation-table pass: copies single settings between configuration files as the firmware's table orders, record by
@@ -16,6 +20,10 @@ class TiXmlElement;
 /// Prints:    its progress, values in clear included, on standard output
 /// Twice:     a second run changes nothing unless the table chains records in a circle
 int TranslateConfigTable();
+
+/// @param table  loaded
+/// @return the first record; its sibling elements are the others. Null when there is none.
+const TiXmlElement* FirstTableRecord(const TiXmlDocument& table);
 
 /// Where a record's value goes. Attributes that are absent fall back on those of the source; without these too the
 /// output stays as it was.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 #pragma once
 
 /// Runs all six translators on the device's files, in the driver's order. No mode calls it: the driver runs them one by

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 #pragma once
 
 /// The old XML data files and the new ones that the translators make of them. Some differ in letter case alone.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 #pragma once
 
 /// Remote phone books: the document gets a new root name and at least six entries; all else in it stays as it is.

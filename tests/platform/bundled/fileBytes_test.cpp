@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // Reading whole files and following links, with the rules that every service shares.
 
 #include "fileBytes.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // The cipher key file: 128 hexadecimal digits. A phone with a key file that cannot be used must not fall back on the
 // development key, which protects nothing.
 

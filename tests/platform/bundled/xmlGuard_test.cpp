@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // The guard has to agree with the library about what an element is: a document that hides nesting from the guard would
 // exhaust the library's stack, and a harmless one that seems nested must not be refused.
 

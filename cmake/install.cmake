@@ -1,0 +1,55 @@
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
+# What gets installed, under the GNU folders. Nothing is started or enabled: docs/installation.md tells how.
+
+include(GNUInstallDirs)
+set(KESTRUNE_SYSTEMD_UNIT_DIR "lib/systemd/system" CACHE STRING "Folder for the systemd units, under the prefix")
+
+set(dataFolder ${CMAKE_INSTALL_DATADIR}/kestrune)
+set(packaging ${PROJECT_SOURCE_DIR}/packaging)
+set(made ${PROJECT_BINARY_DIR}/packaging)
+
+install(TARGETS kestrune RUNTIME DESTINATION ${CMAKE_INSTALL_SBINDIR})
+
+configure_file(${packaging}/systemd/kestrune@.service.in ${made}/kestrune@.service @ONLY)
+install(FILES ${made}/kestrune@.service ${packaging}/systemd/kestrune-done.service
+        DESTINATION ${KESTRUNE_SYSTEMD_UNIT_DIR})
+install(DIRECTORY ${packaging}/systemd/kestrune@1.service.d ${packaging}/systemd/kestrune@2.service.d
+        DESTINATION ${KESTRUNE_SYSTEMD_UNIT_DIR})
+
+# Not in /etc/init.d: whoever builds the firmware links it to its place in the order of its start.
+configure_file(${packaging}/kestrune.init.in ${made}/kestrune.init @ONLY)
+install(PROGRAMS ${made}/kestrune.init DESTINATION ${dataFolder})
+
+# Compressed without name and time, so that two builds give the same bytes.
+find_program(KESTRUNE_GZIP gzip REQUIRED)
+set(compressed "")
+function(kestrune_install_compressed source name folder)
+    add_custom_command(
+        OUTPUT ${made}/${name}.gz
+        COMMAND ${CMAKE_COMMAND} -E copy ${source} ${made}/${name}
+        COMMAND ${KESTRUNE_GZIP} -9nf ${made}/${name}
+        DEPENDS ${source}
+        VERBATIM)
+    set(compressed ${compressed} ${made}/${name}.gz PARENT_SCOPE)
+    install(FILES ${made}/${name}.gz DESTINATION ${folder})
+endfunction()
+
+foreach(page IN ITEMS kestrune.8 kestrune.xml.5 encryptconfig.xml.5)
+    string(REGEX MATCH "[0-9]$" section ${page})
+    configure_file(${PROJECT_SOURCE_DIR}/man/${page}.in ${PROJECT_BINARY_DIR}/man/man${section}/${page} @ONLY)
+    kestrune_install_compressed(${PROJECT_BINARY_DIR}/man/man${section}/${page} ${page}
+                                ${CMAKE_INSTALL_MANDIR}/man${section})
+endforeach()
+
+install(FILES ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/SECURITY.md ${packaging}/debian/copyright
+        DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs DESTINATION ${CMAKE_INSTALL_DOCDIR})
+kestrune_install_compressed(${PROJECT_SOURCE_DIR}/CHANGELOG.md changelog ${CMAKE_INSTALL_DOCDIR})
+
+include(cmake/debianPackage.cmake)
+kestrune_install_compressed(${made}/debian/changelog changelog.Debian ${CMAKE_INSTALL_DOCDIR})
+install(FILES ${packaging}/debian/lintian-overrides DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides
+        RENAME kestrune)
+add_custom_target(kestrune-compressed ALL DEPENDS ${compressed})

@@ -1,0 +1,43 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <list>
+#include <string>
+
+#include "iniObject.h"
+#include "phraseConstTextA.h"
+
+/// A configuration file as a list of lines. What each operation has to do is told in docs/platform.md; this class differs
+/// from the project's own in what it keeps, and needs a header of its own for that alone.
+class iniFile
+{
+public:
+    explicit iniFile(const char* path = nullptr) : path_(path == nullptr ? "" : path) {}
+    iniFile(const iniFile&) = delete;
+    iniFile& operator=(const iniFile&) = delete;
+
+    int LoadFromFile(const char* path);
+    int SaveToFile(const char* path) const;
+
+    std::string GetTextValue(const phraseConstTextA& section, const phraseConstTextA& key,
+                             const phraseConstTextA& defaultText) const;
+    int GetIntValue(const phraseConstTextA& section, const phraseConstTextA& key, int defaultValue) const;
+    int SetTextValue(const phraseConstTextA& section, const phraseConstTextA& key, const phraseConstTextA& text);
+
+    /// The chain lives until the next call or load.
+    pointer_chain_pNext* objects();
+
+private:
+    const IniLine* FindKey(std::string_view section, std::string_view key) const;
+    std::string LineEnd() const;
+    std::list<IniLine>::iterator AddSection(std::string_view section);
+    void AddKey(std::string_view section, std::string_view key, std::string_view text);
+
+    std::string path_;
+    std::string mark_; ///< the byte order mark, if there is one
+    std::list<IniLine> lines_;
+    pointer_chain_pNext head_;
+    std::list<iniSection> sections_;
+};

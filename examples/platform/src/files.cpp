@@ -1,0 +1,223 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
+#include "files.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <fcntl.h>
+#include <set>
+#include <unistd.h>
+
+#include "fileHelper.h"
+#include "fileReplacement.h"
+
+namespace
+{
+
+class OpenFile
+{
+public:
+    OpenFile(const std::string& path, int flags, mode_t mode = 0)
+        : number_(open(path.c_str(), flags | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC, mode))
+    {
+    }
+    ~OpenFile()
+    {
+        if (number_ != -1)
+            (void)close(number_);
+    }
+    OpenFile(const OpenFile&) = delete;
+    OpenFile& operator=(const OpenFile&) = delete;
+
+    int Number() const { return number_; }
+
+private:
+    int number_;
+};
+
+/// The folders whose names changed since they were last flushed.
+std::set<std::string>& ChangedFolders()
+{
+    static std::set<std::string> folders;
+    return folders;
+}
+
+std::string FolderOf(const std::string& path)
+{
+    const std::size_t slash = path.rfind('/');
+    if (slash == path.npos)
+        return ".";
+    return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+/// What a path leads to.
+struct Place {
+    std::string path;        ///< the name that is no link, or the link that is not followed
+    struct stat status = {}; ///< of that name
+    int error = 0;           ///< why there is no status; ENOENT: nothing is there
+    bool isForeign = false;  ///< the name is another user's link in a folder such as /tmp
+};
+
+Place Find(const char* path)
+{
+    constexpr int kMostLinks = 40;
+    Place place;
+    place.path = path;
+    for (int links = 0; links <= kMostLinks; ++links) {
+        if (lstat(place.path.c_str(), &place.status) != 0) {
+            place.error = errno;
+            return place;
+        }
+        if (!S_ISLNK(place.status.st_mode))
+            return place;
+        struct stat folder = {};
+        if (stat(FolderOf(place.path).c_str(), &folder) == 0 && (folder.st_mode & S_ISVTX) != 0 &&
+            (folder.st_mode & S_IWOTH) != 0 && place.status.st_uid != geteuid()) {
+            place.isForeign = true;
+            return place;
+        }
+        char target[4096];
+        const ssize_t size = readlink(place.path.c_str(), target, sizeof target);
+        if (size <= 0)
+            break;
+        const std::string name(target, static_cast<std::size_t>(size));
+        place.path = name.front() == '/' ? name : FolderOf(place.path) + "/" + name;
+    }
+    place.error = ELOOP;
+    return place;
+}
+
+bool WriteAll(int file, std::string_view bytes)
+{
+    while (!bytes.empty()) {
+        const ssize_t written = write(file, bytes.data(), bytes.size());
+        if (written <= 0)
+            return false;
+        bytes.remove_prefix(static_cast<std::size_t>(written));
+    }
+    return true;
+}
+
+mode_t ModeLessUmask()
+{
+    const mode_t mask = umask(0);
+    (void)umask(mask);
+    return 0644 & ~mask;
+}
+
+/// Writes the bytes and gives them to the device.
+///
+/// @param old  the file whose owner and permission bits the new one gets; null for none
+bool WriteNewFile(const std::string& path, std::string_view bytes, const struct stat* old, mode_t newFileMode)
+{
+    (void)unlink(path.c_str()); // what an earlier run may have left
+    const OpenFile file(path, O_WRONLY | O_CREAT | O_EXCL, 0600);
+    if (file.Number() == -1 || !WriteAll(file.Number(), bytes))
+        return false;
+    // The owner first: a change of it clears bits.
+    if (old != nullptr && (old->st_uid != geteuid() || old->st_gid != getegid()) &&
+        fchown(file.Number(), old->st_uid, old->st_gid) != 0)
+        return false;
+    const mode_t mode = old != nullptr ? old->st_mode & 07777 : newFileMode;
+    return fchmod(file.Number(), mode) == 0 && fsync(file.Number()) == 0;
+}
+
+} // namespace
+
+bool ReadFile(const char* path, std::string& bytes, struct stat* status)
+{
+    const Place place = Find(path);
+    if (place.error != 0 || !S_ISREG(place.status.st_mode))
+        return false;
+    const OpenFile file(place.path, O_RDONLY);
+    struct stat found = {};
+    if (file.Number() == -1 || fstat(file.Number(), &found) != 0 || !S_ISREG(found.st_mode))
+        return false;
+
+    std::string content;
+    char buffer[65536];
+    ssize_t size = 0;
+    while ((size = read(file.Number(), buffer, sizeof buffer)) > 0)
+        content.append(buffer, static_cast<std::size_t>(size));
+    if (size < 0)
+        return false;
+    bytes = content;
+    if (status != nullptr)
+        *status = found;
+    return true;
+}
+
+bool ReplaceFile(const char* path, std::string_view bytes, mode_t newFileMode)
+{
+    const Place place = Find(path);
+    if (place.path.empty() || (place.error != 0 && place.error != ENOENT))
+        return false;
+    const bool isThere = place.error == 0 && !place.isForeign;
+    if (isThere && !S_ISREG(place.status.st_mode))
+        return false;
+
+    std::string oldBytes;
+    if (isThere && ReadFile(place.path.c_str(), oldBytes) && oldBytes == bytes)
+        return utimensat(AT_FDCWD, place.path.c_str(), /*times=*/nullptr, 0) == 0;
+
+    const std::string newPath = place.path + ".kestrune-new";
+    const mode_t mode = newFileMode == kModeLessUmask ? ModeLessUmask() : newFileMode;
+    if (!WriteNewFile(newPath, bytes, isThere ? &place.status : nullptr, mode) ||
+        rename(newPath.c_str(), place.path.c_str()) != 0) {
+        (void)unlink(newPath.c_str());
+        return false;
+    }
+    ChangedFolders().insert(FolderOf(place.path));
+    return true;
+}
+
+bool RemoveFile(const char* path)
+{
+    ChangedFolders().insert(FolderOf(path)); // a copy in the same folder may be that of an earlier run
+    FlushChangedFolders();
+    if (std::remove(path) != 0)
+        return false;
+    ChangedFolders().insert(FolderOf(path));
+    return true;
+}
+
+void FlushChangedFolders()
+{
+    for (const std::string& path : ChangedFolders()) {
+        const OpenFile folder(path, O_RDONLY | O_DIRECTORY);
+        if (folder.Number() != -1)
+            (void)fsync(folder.Number()); // one that cannot be flushed is left to the system
+    }
+    ChangedFolders().clear();
+}
+
+void FlushForeignFile(const char* path)
+{
+    const Place place = Find(path);
+    if (place.error != 0 || !S_ISREG(place.status.st_mode))
+        return;
+    const OpenFile file(place.path, O_RDONLY);
+    const OpenFile folder(FolderOf(place.path), O_RDONLY | O_DIRECTORY);
+    if (file.Number() != -1)
+        (void)fsync(file.Number());
+    if (folder.Number() != -1)
+        (void)fsync(folder.Number());
+}
+
+int ETL_MiscHelper::pathFileExist(const char* path)
+{
+    if (path == nullptr || *path == '\0')
+        return 0;
+    const Place place = Find(path);
+    return place.error == 0 && !place.isForeign ? 1 : 0;
+}
+
+int ETL_SubClass::etlCopyFile(const char* destinationPath, const char* sourcePath)
+{
+    std::string bytes;
+    struct stat status = {};
+    if (!ReadFile(sourcePath, bytes, &status))
+        return 0;
+    return ReplaceFile(destinationPath, bytes, status.st_mode & 07777) ? 1 : 0;
+}

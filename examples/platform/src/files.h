@@ -1,0 +1,13 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <string>
+#include <sys/stat.h>
+
+/// Reads a whole regular file; anything else does not load and is never waited for.
+///
+/// @param status  gets the status of the file that was read; may be null
+/// @return false, and `bytes` as it was, when there is nothing to read
+bool ReadFile(const char* path, std::string& bytes, struct stat* status = nullptr);

@@ -1,0 +1,100 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
+// The application log and the trace.
+
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <string>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <syslog.h>
+#include <unistd.h>
+
+#include "appLog.h"
+#include "integerText.h"
+#include "trace.h"
+
+namespace
+{
+
+std::string Format(const char* format, va_list values) __attribute__((format(printf, 1, 0)));
+
+std::string Format(const char* format, va_list values)
+{
+    char* text = nullptr;
+    const int size = vasprintf(&text, format, values);
+    if (size < 0)
+        return "";
+    std::string result(text, static_cast<std::size_t>(size));
+    std::free(text);
+    return result;
+}
+
+void WriteToStandardError(std::string line)
+{
+    if (line.back() != '\n')
+        line += '\n';
+    (void)std::fwrite(line.data(), 1, line.size(), stderr); // a closed or full one changes nothing
+}
+
+/// By hand, for `syslog` would wait for a log that nobody reads.
+void SendToSystemLog(int level, const std::string& text)
+{
+    const int log = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+    if (log == -1)
+        return;
+    char time[32] = "";
+    const std::time_t now = std::time(nullptr);
+    std::tm local = {};
+    if (localtime_r(&now, &local) != nullptr)
+        (void)std::strftime(time, sizeof time, "%b %e %T", &local);
+    const std::string message = "<" + std::to_string(LOG_USER | level) + ">" + time + " kestrune: " + text;
+    const sockaddr_un address = {AF_UNIX, _PATH_LOG};
+    (void)sendto(log, message.data(), message.size(), 0, reinterpret_cast<const sockaddr*>(&address), sizeof address);
+    (void)close(log);
+}
+
+int HighestTraceLevel()
+{
+    constexpr int kDefault = 3;
+    const char* setting = std::getenv("ETL_TRACE_LEVEL");
+    return setting == nullptr || *setting == '\0' ? kDefault : ParseInt32(setting);
+}
+
+} // namespace
+
+void app_log(int module, int level, const char* format, ...)
+{
+    va_list values;
+    va_start(values, format);
+    const std::string text = Format(format, values);
+    va_end(values);
+    SendToSystemLog(level, text);
+    WriteToStandardError("app_log " + std::to_string(module) + "/" + std::to_string(level) + ": " + text);
+}
+
+void ETL_TraceHelper::etlTrace(int level, const char* format, ...)
+{
+    if (level > HighestTraceLevel())
+        return;
+    va_list values;
+    va_start(values, format);
+    const std::string text = Format(format, values);
+    va_end(values);
+    WriteToStandardError("etlTrace " + std::to_string(level) + ": " + text);
+}
+
+ETL_TraceHelper::chTraceStack::chTraceStack(const char* name) : name_(name)
+{
+    if (HighestTraceLevel() > 0)
+        WriteToStandardError("chTraceStack: enter " + std::string(name_));
+}
+
+ETL_TraceHelper::chTraceStack::~chTraceStack()
+{
+    if (HighestTraceLevel() > 0)
+        WriteToStandardError("chTraceStack: leave " + std::string(name_));
+}

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <nettle/siv-cmac.h>
+#include <optional>
+
+/// The password cipher with the key of any file, for programs that look at a phone's files from outside;
+/// `pw_data_encrypt` and `pw_data_decrypt` are this with the device's.
+class KeyedCipher
+{
+public:
+    /// @param keyFile  kept by address; read at the first text that needs the key, and only then
+    explicit KeyedCipher(const char* keyFile) : keyFile_(keyFile) {}
+    KeyedCipher(const KeyedCipher&) = delete;
+    KeyedCipher& operator=(const KeyedCipher&) = delete;
+
+    /// As `pw_data_encrypt`.
+    int Encrypt(const char* text, char* output) const;
+
+    /// As `pw_data_decrypt`.
+    int Decrypt(const char* text, char* output) const;
+
+private:
+    struct KeySchedule {
+        siv_cmac_aes256_ctx context;
+        bool isUsable;
+    };
+    const KeySchedule& Key() const;
+
+    const char* keyFile_;
+    // Made once: the key never changes while a program runs, and every value of the table pass asks for it.
+    mutable std::optional<KeySchedule> key_;
+};

@@ -1,0 +1,50 @@
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
+"""What the packaging tests have in common: their arguments, missing tools, and the end that they come to."""
+
+import pathlib
+import shutil
+import subprocess
+import sys
+import unittest
+
+SOURCE = pathlib.Path(__file__).resolve().parents[2]
+SKIPPED = 77
+
+
+def need(*tools):
+    for tool in tools:
+        if shutil.which(tool) is None:
+            print(f"SKIPPED: {tool} is not installed")
+            sys.exit(SKIPPED)
+
+
+def take_arguments():
+    """The paths and texts behind the test's name; what is left is unittest's."""
+    arguments = sys.argv[1:]
+    del sys.argv[1:]
+    return arguments
+
+
+def run(command, **options):
+    """Both outputs as one text, beside the status."""
+    done = subprocess.run(command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
+                          check=False, **options)
+    return done.returncode, done.stdout
+
+
+def replace_once(text, old, new):
+    if text.count(old) != 1:
+        raise AssertionError(f"{old!r} stands {text.count(old)} times in the file, not once")
+    return text.replace(old, new)
+
+
+def files_below(root):
+    """Every file and link, by its path below the folder."""
+    root = pathlib.Path(root)
+    return sorted(str(path.relative_to(root)) for path in root.rglob("*") if path.is_symlink() or not path.is_dir())
+
+
+def main():
+    unittest.main(verbosity=2)

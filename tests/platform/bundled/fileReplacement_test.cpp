@@ -1,0 +1,309 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
+// File replacement, call by call: the old file whole or the new one whole, whichever call fails and wherever the run is
+// cut.
+
+#include "fileReplacement.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <fcntl.h>
+#include <filesystem>
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "replacementFixture.h"
+
+namespace fs = std::filesystem;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::UnorderedElementsAre;
+
+namespace
+{
+
+constexpr int kNoCall = -1;
+
+/// The system calls that change something, as the code makes them, while one of these is set to work.
+struct CallLog {
+    std::vector<std::string> calls;
+    int failing = kNoCall;              ///< number of the call that fails
+    bool isStatusUnknown = false;       ///< whether nothing can be said of an open file
+    int last = kNoCall;                 ///< number of the call with which the process ends
+    bool isAnyInheritable = false;      ///< whether a descriptor was seen that a child would get
+    bool isAnyReadableByOthers = false; ///< whether the new bytes were written where others could read them
+};
+
+CallLog* callLog = nullptr;
+
+std::string NameOf(int descriptor)
+{
+    return fs::read_symlink("/proc/self/fd/" + std::to_string(descriptor)).filename().string();
+}
+
+/// @return true with `errno` set when this call is the one to fail
+bool Fails(const std::string& call)
+{
+    if (callLog == nullptr)
+        return false;
+    callLog->calls.push_back(call);
+    errno = ENOSPC;
+    return static_cast<int>(callLog->calls.size()) - 1 == callLog->failing;
+}
+
+bool FailsOn(const std::string& call, int descriptor)
+{
+    if (callLog == nullptr)
+        return false;
+    callLog->isAnyInheritable |= (fcntl(descriptor, F_GETFD) & FD_CLOEXEC) == 0;
+    return Fails(call + " " + NameOf(descriptor));
+}
+
+template <typename Result>
+Result Done(Result result)
+{
+    if (callLog != nullptr && static_cast<int>(callLog->calls.size()) - 1 == callLog->last)
+        _exit(0);
+    return result;
+}
+
+} // namespace
+
+extern "C" ssize_t write(int descriptor, const void* bytes, size_t size)
+{
+    struct stat status = {};
+    if (callLog != nullptr && fstat(descriptor, &status) == 0)
+        callLog->isAnyReadableByOthers |= (status.st_mode & 07777) != 0600;
+    if (FailsOn("write", descriptor))
+        return -1;
+    return Done(syscall(SYS_write, descriptor, bytes, size));
+}
+
+extern "C" int fstat(int descriptor, struct stat* status) noexcept
+{
+    if (callLog != nullptr && callLog->isStatusUnknown) {
+        errno = EIO;
+        return -1;
+    }
+    return fstatat(descriptor, "", status, AT_EMPTY_PATH);
+}
+
+extern "C" int fchown(int descriptor, uid_t owner, gid_t group) noexcept
+{
+    return FailsOn("fchown", descriptor) ? -1 : Done(fchownat(descriptor, "", owner, group, AT_EMPTY_PATH));
+}
+
+extern "C" int fchmod(int descriptor, mode_t mode) noexcept
+{
+    return FailsOn("fchmod", descriptor) ? -1 : Done(static_cast<int>(syscall(SYS_fchmod, descriptor, mode)));
+}
+
+extern "C" int fsync(int descriptor)
+{
+    return FailsOn("fsync", descriptor) ? -1 : Done(static_cast<int>(syscall(SYS_fsync, descriptor)));
+}
+
+extern "C" int rename(const char* from, const char* to) noexcept
+{
+    return Fails("rename " + fs::path(to).filename().string()) ? -1 : Done(renameat(AT_FDCWD, from, AT_FDCWD, to));
+}
+
+extern "C" int remove(const char* path) noexcept
+{
+    if (Fails("remove " + fs::path(path).filename().string()))
+        return -1;
+    const int result = unlinkat(AT_FDCWD, path, 0);
+    return Done(result == -1 && errno == EISDIR ? unlinkat(AT_FDCWD, path, AT_REMOVEDIR) : result);
+}
+
+namespace
+{
+
+class BundledReplacement : public ReplacementFixture
+{
+protected:
+    ~BundledReplacement() override { callLog = nullptr; }
+
+    std::string FolderName() const { return fs::path(folder_.Path()).filename().string(); }
+
+    CallLog log_;
+};
+
+} // namespace
+
+TEST_F(BundledReplacement, TheNewBytesAreOnTheDeviceBeforeTheRename)
+{
+    Put("file", "old");
+    callLog = &log_;
+    EXPECT_TRUE(Replace("file", "new"));
+    callLog = nullptr;
+    EXPECT_THAT(log_.calls, ElementsAre("write file.kestrune-new", "fchmod file.kestrune-new",
+                                        "fsync file.kestrune-new", "rename file"));
+    EXPECT_FALSE(log_.isAnyInheritable) << "every descriptor is close-on-exec";
+    EXPECT_FALSE(log_.isAnyReadableByOthers) << "until its content is complete";
+}
+
+TEST_F(BundledReplacement, EachFailingCallLeavesTheOldFileAndNoTemporaryFile)
+{
+    for (int failing = 0; failing < 4; ++failing) {
+        for (const bool exists : {true, false}) {
+            fs::remove(folder_.Path("file"));
+            if (exists)
+                Put("file", "old");
+            log_ = CallLog();
+            log_.failing = failing;
+            callLog = &log_;
+            EXPECT_FALSE(Replace("file", "new"));
+            callLog = nullptr;
+            EXPECT_EQ(log_.calls.size(), static_cast<std::size_t>(failing) + 1) << "nothing is tried after it";
+            EXPECT_EQ(Names(), exists ? std::vector<std::string>{"file"} : std::vector<std::string>()) << failing;
+            if (exists) {
+                EXPECT_EQ(Get("file"), "old") << failing;
+            }
+        }
+    }
+}
+
+TEST_F(BundledReplacement, AnOwnerThatCannotBeKeptIsAFailedSave)
+{
+    Put("file", "old");
+    if (chown(folder_.Path("file").c_str(), 1234, 4321) != 0)
+        GTEST_SKIP() << "only root can give a file to another user";
+    log_.failing = 1;
+    callLog = &log_;
+    EXPECT_FALSE(Replace("file", "new"));
+    callLog = nullptr;
+    EXPECT_THAT(log_.calls, ElementsAre("write file.kestrune-new", "fchown file.kestrune-new"));
+    EXPECT_EQ(Get("file"), "old");
+    EXPECT_THAT(Names(), ElementsAre("file"));
+}
+
+TEST_F(BundledReplacement, AFileOfUnknownOwnerTakesNoPlace)
+{
+    Put("file", "old");
+    log_.isStatusUnknown = true;
+    callLog = &log_;
+    EXPECT_FALSE(Replace("file", "new"));
+    EXPECT_FALSE(Replace("file", "dlo")) << "of the old file's size, which cannot be read to compare it";
+    FlushForeignFile(folder_.Path("file").c_str());
+    callLog = nullptr;
+    EXPECT_THAT(log_.calls, ElementsAre("write file.kestrune-new", "write file.kestrune-new"));
+    EXPECT_EQ(Get("file"), "old");
+    EXPECT_THAT(Names(), ElementsAre("file"));
+}
+
+TEST_F(BundledReplacement, ARunCutAfterAnyCallLeavesTheOldFileWholeOrTheNewOneWhole)
+{
+    const std::string oldBytes(100000, 'o');
+    const std::string newBytes(200000, 'n');
+    for (int last = 0; last < 4; ++last) {
+        Put("file", oldBytes);
+        const pid_t child = fork();
+        if (child == 0) {
+            log_.last = last;
+            callLog = &log_;
+            (void)Replace("file", newBytes);
+            _exit(1);
+        }
+        int status = -1;
+        ASSERT_EQ(waitpid(child, &status, 0), child);
+        ASSERT_EQ(status, 0) << "the run was not cut at call " << last;
+        EXPECT_TRUE(Get("file") == (last == 3 ? newBytes : oldBytes)) << last;
+
+        EXPECT_TRUE(Replace("file", "the next run")) << last;
+        EXPECT_EQ(Get("file"), "the next run");
+        EXPECT_THAT(Names(), ElementsAre("file"));
+    }
+}
+
+TEST_F(BundledReplacement, AChangedFolderIsFlushedOnceAndOnlyWhenAskedFor)
+{
+    Put("deep/unchanged", "same");
+    Link("link", "deep/by link");
+    callLog = &log_;
+    EXPECT_TRUE(Replace("a", "1"));
+    EXPECT_TRUE(Replace("b", "2"));
+    EXPECT_TRUE(Replace("a", "3"));
+    EXPECT_TRUE(Replace("deep/unchanged", "same"));
+    log_.calls.clear();
+    FlushChangedFolders();
+    EXPECT_THAT(log_.calls, ElementsAre("fsync " + FolderName())) << "not the folder where nothing was renamed";
+
+    EXPECT_TRUE(Replace("link", "4"));
+    log_.calls.clear();
+    FlushChangedFolders();
+    EXPECT_THAT(log_.calls, ElementsAre("fsync deep")) << "where the file is, not where the link is";
+
+    log_.calls.clear();
+    FlushChangedFolders();
+    EXPECT_THAT(log_.calls, IsEmpty());
+    EXPECT_FALSE(log_.isAnyInheritable);
+}
+
+TEST_F(BundledReplacement, AFolderThatIsGoneIsNoReasonToStop)
+{
+    Put("deep/other", "");
+    EXPECT_TRUE(Replace("deep/file", "1"));
+    EXPECT_TRUE(Replace("file", "1"));
+    fs::remove_all(folder_.Path("deep"));
+    callLog = &log_;
+    FlushChangedFolders();
+    EXPECT_THAT(log_.calls, ElementsAre("fsync " + FolderName()));
+}
+
+TEST_F(BundledReplacement, AFileIsRemovedWhenItsCopyIsOnTheDevice)
+{
+    Put("original", "x");
+    Put("deep/other", "");
+    EXPECT_TRUE(Replace("deep/copy", "x"));
+    callLog = &log_;
+    EXPECT_TRUE(RemoveFile(folder_.Path("original").c_str()));
+    // Its own folder too: a copy there may be that of a run which was killed before it flushed.
+    EXPECT_THAT(log_.calls, UnorderedElementsAre("fsync " + FolderName(), "fsync deep", "remove original"));
+    EXPECT_EQ(log_.calls.back(), "remove original");
+    log_.calls.clear();
+    FlushChangedFolders();
+    EXPECT_THAT(log_.calls, ElementsAre("fsync " + FolderName())) << "the folder that lost it";
+    callLog = nullptr;
+    EXPECT_THAT(Names(), ElementsAre("deep"));
+}
+
+TEST_F(BundledReplacement, AForeignFileIsFlushedWithItsFolder)
+{
+    Put("deep/copied.pem", "x");
+    callLog = &log_;
+    FlushForeignFile(folder_.Path("deep/copied.pem").c_str());
+    EXPECT_THAT(log_.calls, ElementsAre("fsync copied.pem", "fsync deep"));
+    EXPECT_FALSE(log_.isAnyInheritable);
+}
+
+TEST_F(BundledReplacement, WhatIsNoForeignFileIsNotFlushedOrWaitedFor)
+{
+    Put("file", "x");
+    ASSERT_EQ(mkfifo(folder_.Path("pipe").c_str(), 0600), 0);
+    Link("loop", "loop");
+    Link("to pipe", "pipe");
+    callLog = &log_;
+    for (const char* name : {"", "missing", "missing/file", "file/below", "pipe", "to pipe", "loop"}) {
+        FlushForeignFile(folder_.Path(name).c_str());
+        EXPECT_THAT(log_.calls, IsEmpty()) << name;
+    }
+    FlushForeignFile("");
+    FlushForeignFile("/dev/null");
+    EXPECT_THAT(log_.calls, IsEmpty());
+}
+
+TEST_F(BundledReplacement, EqualBytesMakeNoCallThatChangesTheFile)
+{
+    for (const std::string& bytes : {std::string(), std::string("bytes\n")}) {
+        Put("file", bytes);
+        callLog = &log_;
+        EXPECT_TRUE(Replace("file", bytes));
+        callLog = nullptr;
+        EXPECT_THAT(log_.calls, IsEmpty());
+    }
+}

@@ -1,0 +1,232 @@
+// Whole runs of kestrune-table-check: what it prints, and its exit status.
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include "scratchFolder.h"
+#include "tableCheckRun.h"
+
+namespace
+{
+
+constexpr char kText[] =
+    "reports.xml:3: warning: [Audio] nNew of /config/user/user.ini has been written by the record at line 2 and is "
+    "overwritten [KT010]\n"
+    "reports.xml:5: warning: srcEncrypt=\"50%,:yes\" is no boolean: the attribute counts as absent [KT007]\n"
+    "reports.xml:5: note: srcEncrypt is never read: dstEncrypt is given, and counts alone [KT009]\n"
+    "reports.xml:6: error: no srcFile: nothing is read [KT005]\n"
+    "reports.xml:6: error: neither dstFile nor srcFile is given: the pass ends here [KT006]\n";
+
+constexpr char kGithub[] =
+    "::warning file=reports.xml,line=3,title=KT010::[Audio] nNew of /config/user/user.ini has been written by the "
+    "record at line 2 and is overwritten\n"
+    "::warning file=reports.xml,line=5,title=KT007::srcEncrypt=\"50%25,:yes\" is no boolean: the attribute counts as "
+    "absent\n"
+    "::notice file=reports.xml,line=5,title=KT009::srcEncrypt is never read: dstEncrypt is given, and counts alone\n"
+    "::error file=reports.xml,line=6,title=KT005::no srcFile: nothing is read\n"
+    "::error file=reports.xml,line=6,title=KT006::neither dstFile nor srcFile is given: the pass ends here\n";
+
+constexpr char kJson[] = R"({
+  "version": 1,
+  "table": "suppressed.xml",
+  "errors": 2,
+  "warnings": 4,
+  "notes": 0,
+  "findings": [
+    {
+      "line": 5,
+      "severity": "warning",
+      "rule": "KT004",
+      "text": "attribute \"comment\" is unknown and counts for nothing"
+    },
+    {
+      "line": 5,
+      "severity": "error",
+      "rule": "KT005",
+      "text": "no srcFile, srcSec, srcKey: nothing is read, and [Audio] nThird of /config/user/user.ini is set to empty"
+    },
+    {
+      "line": 6,
+      "severity": "warning",
+      "rule": "KT021",
+      "text": "no record follows the comment: nothing is suppressed"
+    },
+    {
+      "line": 7,
+      "severity": "warning",
+      "rule": "KT004",
+      "text": "attribute \"comment\" is unknown and counts for nothing"
+    },
+    {
+      "line": 7,
+      "severity": "error",
+      "rule": "KT005",
+      "text": "no srcFile, srcSec, srcKey: nothing is read, and [Audio] nFourth of /config/user/user.ini is set to empty"
+    },
+    {
+      "line": 7,
+      "severity": "warning",
+      "rule": "KT018",
+      "text": "the text is never read: records have attributes only"
+    }
+  ]
+}
+)";
+
+} // namespace
+
+TEST(TableCheckReports, TextNamesFileLineSeverityAndRule)
+{
+    const ProcessResult result = RunTableCheck({"reports.xml"});
+    EXPECT_EQ(result.output, kText);
+    EXPECT_EQ(result.errors, "");
+    EXPECT_EQ(result.exitStatus, 2);
+    EXPECT_EQ(RunTableCheck({"--format", "text", "reports.xml"}).output, kText);
+}
+
+TEST(TableCheckReports, GithubGetsWorkflowCommands)
+{
+    const ProcessResult result = RunTableCheck({"--format=github", "reports.xml"});
+    EXPECT_EQ(result.output, kGithub);
+    EXPECT_EQ(result.exitStatus, 2);
+}
+
+TEST(TableCheckReports, JsonListsWhatIsNotSuppressed)
+{
+    const ProcessResult result = RunTableCheck({"--format=json", "suppressed.xml"});
+    EXPECT_EQ(result.output, kJson);
+    EXPECT_EQ(result.exitStatus, 2);
+}
+
+TEST(TableCheckReports, JsonOfACleanTableHasNoFindings)
+{
+    const ProcessResult result = RunTableCheck({"--format=json", "rules/KT010.silent.xml"});
+    EXPECT_EQ(nlohmann::json::parse(result.output).at("findings"), nlohmann::json::array());
+    EXPECT_EQ(result.exitStatus, 0);
+}
+
+TEST(TableCheckReports, ControlBytesOfATableAreEscaped)
+{
+    const std::string name = "attribute \"comment\\xe2\\x80\\xae\\xc2\\x9b2J\" is unknown and counts for nothing";
+    const std::string flag =
+        "dstEncrypt=\"\\x1b]0;title\\x07\\\\\\x0a::error::\\x7f\" is no boolean: the attribute counts as absent";
+    EXPECT_EQ(RunTableCheck({"control-bytes.xml"}).output, "control-bytes.xml:3: warning: " + name +
+                                                               " [KT004]\ncontrol-bytes.xml:3: warning: " + flag +
+                                                               " [KT007]\n");
+    EXPECT_EQ(RunTableCheck({"--format=github", "control-bytes.xml"}).output,
+              "::warning file=control-bytes.xml,line=3,title=KT004::" + name +
+                  "\n::warning file=control-bytes.xml,line=3,title=KT007::" + flag + "\n");
+    const auto report = nlohmann::json::parse(RunTableCheck({"--format=json", "control-bytes.xml"}).output);
+    EXPECT_EQ(report.at("findings").at(0).at("text"), name);
+    EXPECT_EQ(report.at("findings").at(1).at("text"), flag);
+}
+
+TEST(TableCheckReports, ControlBytesOfAPathAreEscaped)
+{
+    const std::string path = "no\x1b[31m\n::error::\xff,:%";
+    EXPECT_EQ(RunTableCheck({path}).output,
+              "no\\x1b[31m\\x0a::error::\\xff,:%:1: error: the table does not load, and no value is moved: Failed to "
+              "open file [KT001]\n");
+    EXPECT_EQ(RunTableCheck({"--format=github", path}).output,
+              "::error file=no\\x1b[31m\\x0a%3A%3Aerror%3A%3A\\xff%2C%3A%25,line=1,title=KT001::the table does not "
+              "load, and no value is moved: Failed to open file\n");
+    const std::string json = RunTableCheck({"--format=json", path}).output;
+    EXPECT_EQ(json.find('\x1b'), std::string::npos);
+    EXPECT_NE(json.find(R"("table": "no\u001b[31m\n::error::\ufffd,:%")"), std::string::npos) << json;
+}
+
+TEST(TableCheckReports, TheWorstFindingMakesTheExitStatus)
+{
+    struct Row {
+        std::vector<std::string> arguments;
+        int exitStatus;
+    };
+    const Row rows[] = {
+        {{"rules/KT010.silent.xml"}, 0},
+        {{"rules/KT009.fires.xml"}, 0}, // a note
+        {{"rules/KT010.fires.xml"}, 1},
+        {{"rules/KT005.fires.xml"}, 2},
+        {{"--root", "phone", "rules/KT028.fires.xml"}, 0},
+        {{"--root", "phone", "rules/KT024.fires.xml"}, 1},
+        {{"--root", "phone", "rules/KT025.fires.xml"}, 2},
+        {{"rules/KT025.fires.xml"}, 0}, // without the phone
+        {{"--severity", "error", "rules/KT010.fires.xml"}, 0},
+        {{"--severity", "warning", "rules/KT010.fires.xml"}, 1},
+        {{"none.xml"}, 2},
+        {{"phone"}, 2},
+    };
+    for (const Row& row : rows) {
+        const ProcessResult result = RunTableCheck(row.arguments);
+        EXPECT_EQ(result.exitStatus, row.exitStatus) << row.arguments.back() << "\n" << result.output;
+        EXPECT_EQ(result.errors, "");
+    }
+}
+
+TEST(TableCheckReports, WhatCannotBeCheckedHasAStatusOfItsOwn)
+{
+    const std::vector<std::string> rows[] = {
+        {},
+        {"--root", "none", "reports.xml"},
+        {"--root", "", "reports.xml"}, // a variable that is not set must not pass for a checked image
+        {"--root", "reports.xml", "reports.xml"},
+        {"--entry-list", "none.xml", "reports.xml"},
+        {"--entry-list", "", "reports.xml"},
+        {"--entry-list", "rules/KT001.fires.xml", "reports.xml"},
+        {"--format", "xml", "reports.xml"},
+        {"--severity", "2", "reports.xml"},
+        {"--explain", "KT999"},
+        {"--unknown", "reports.xml"},
+        {"reports.xml", "reports.xml"},
+    };
+    for (const std::vector<std::string>& arguments : rows) {
+        const ProcessResult result = RunTableCheck(arguments);
+        EXPECT_EQ(result.exitStatus, 3) << (arguments.empty() ? "" : arguments.front());
+        EXPECT_EQ(result.output, "");
+        EXPECT_NE(result.errors, "");
+    }
+}
+
+TEST(TableCheckReports, ANoteCanBeLeftOut)
+{
+    EXPECT_EQ(RunTableCheck({"--severity=warning", "rules/KT009.fires.xml"}).output, "");
+    EXPECT_EQ(RunTableCheck({"--severity=error", "reports.xml"}).output,
+              std::string(kText).substr(std::string(kText).find("reports.xml:6")));
+}
+
+TEST(TableCheckReports, AnEntryListStandsInForThatOfTheImage)
+{
+    const ScratchFolder folder;
+    WriteBytes(folder.Path("list.xml"), "<l><e file='/config/user/user.ini' section='Audio' key='nNew'/></l>");
+    const std::string found = "rules/KT005.silent.xml:3: warning: [Audio] nNew of /config/user/user.ini is kept "
+                              "enciphered, but the encrypt flag is off: it is written plain [KT013]\n";
+    EXPECT_EQ(RunTableCheck({"rules/KT005.silent.xml"}).output, "");
+    EXPECT_EQ(RunTableCheck({"--entry-list", folder.Path("list.xml"), "rules/KT005.silent.xml"}).output, found);
+    EXPECT_EQ(RunTableCheck({"--root", "phone", "rules/KT005.silent.xml"}).output, "");
+    EXPECT_EQ(
+        RunTableCheck({"--root", "phone", "--entry-list", folder.Path("list.xml"), "rules/KT005.silent.xml"}).output,
+        found);
+}
+
+TEST(TableCheckReports, ValuesOfThePhoneAreNeverPrinted)
+{
+    for (const char* rule : {"KT025", "KT026", "KT027"}) {
+        const std::string output =
+            RunTableCheck({"--root", "phone", "rules/" + std::string(rule) + ".fires.xml"}).output;
+        EXPECT_NE(output, "");
+        for (const char* value : {"heron", "otter", "zzz", "yyy", "caf", "4711"})
+            EXPECT_EQ(output.find(value), std::string::npos) << output;
+    }
+}
+
+TEST(TableCheckReports, ExplainTellsEffectAndRemedy)
+{
+    const ProcessResult result = RunTableCheck({"--explain", "KT010"});
+    EXPECT_EQ(result.output, "KT010 warning: Two records with one destination\n"
+                             "\n"
+                             "Records are worked off from top to bottom, and the later one overwrites what\n"
+                             "the earlier one wrote, also with an empty value.\n"
+                             "\n"
+                             "What to do:\n"
+                             "Keep one of the two.\n");
+    EXPECT_EQ(result.exitStatus, 0);
+}

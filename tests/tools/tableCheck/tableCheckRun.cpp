@@ -1,0 +1,29 @@
+#include "tableCheckRun.h"
+
+ProcessResult RunTableCheck(const std::vector<std::string>& arguments)
+{
+    std::vector<std::string> command = {"env", "--chdir=" + SourcePath("tests/tools/tableCheck"), KESTRUNE_TABLE_CHECK};
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    return RunProcess(command, {"PATH=/usr/bin:/bin"});
+}
+
+std::string TableCheckFolder()
+{
+    const std::string path = KESTRUNE_TABLE_CHECK;
+    return path.substr(0, path.rfind('/'));
+}
+
+std::string Summary(const Findings& findings)
+{
+    std::string summary;
+    for (const Finding& finding : findings) {
+        summary.append(summary.empty() ? "" : ", ").append(finding.rule);
+        summary.append(" at ").append(std::to_string(finding.line));
+    }
+    return summary.empty() ? "nothing" : summary;
+}
+
+std::string SourcePath(const std::string& path)
+{
+    return std::string(KESTRUNE_SOURCES) + "/" + path;
+}

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "finding.h"
+#include "process.h"
+
+/// Runs the tool itself in its folder of test files, so that tables are named by short paths.
+ProcessResult RunTableCheck(const std::vector<std::string>& arguments);
+
+/// @return the folder that holds the tool
+std::string TableCheckFolder();
+
+/// @return "KT004 at 3, KT007 at 5", or "nothing"
+std::string Summary(const Findings& findings);
+
+/// @return a path of this project's sources
+std::string SourcePath(const std::string& path);

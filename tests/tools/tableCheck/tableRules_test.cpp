@@ -1,0 +1,233 @@
+// Every rule has a table that fires it and one that does not, rules/KT000.fires.xml and rules/KT000.silent.xml. Each is
+// checked against the phone in phone/, whose lock is on, and says in its first line what is found in it.
+
+#include "rules.h"
+
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <regex>
+
+#include "checkTable.h"
+#include "report.h"
+#include "scratchFolder.h"
+#include "tableCheckRun.h"
+
+namespace
+{
+
+constexpr char kTables[] = "tests/tools/tableCheck/rules/";
+constexpr char kPhone[] = "tests/tools/tableCheck/phone";
+
+std::string TablePath(const Rule& rule, const std::string& kind)
+{
+    return SourcePath(kTables + std::string(rule.number) + "." + kind + ".xml");
+}
+
+Findings Check(const std::string& table, const std::string& image = SourcePath(kPhone))
+{
+    Findings findings;
+    std::string problem;
+    EXPECT_TRUE(CheckTable({table, image, ""}, findings, problem)) << problem;
+    return findings;
+}
+
+/// Checks a table that stands in a test.
+std::string SummaryOf(const std::string& text, const std::string& image = "")
+{
+    const ScratchFolder folder;
+    WriteBytes(folder.Path("table.xml"), text);
+    return Summary(Check(folder.Path("table.xml"), image));
+}
+
+std::string Announced(const std::string& table)
+{
+    std::smatch match;
+    const std::string text = ReadBytes(table);
+    return std::regex_search(text, match, std::regex("^<!-- finds: (.*) -->\n")) ? match[1].str() : "no first line";
+}
+
+std::string Record(const std::string& attributes)
+{
+    return "<t>\n<record srcFile='/config/user/user.ini' " + attributes + "/>\n</t>";
+}
+
+} // namespace
+
+TEST(TableRules, EachHasATableThatFiresItAndOneThatDoesNot)
+{
+    for (const Rule& rule : Rules()) {
+        for (const char* kind : {"fires", "silent"}) {
+            const std::string table = TablePath(rule, kind);
+            SCOPED_TRACE(table);
+            ASSERT_TRUE(std::filesystem::exists(table));
+            const std::string found = Summary(Check(table));
+            EXPECT_EQ(found, Announced(table));
+            EXPECT_EQ(found.find(rule.number) != std::string::npos, std::string(kind) == "fires");
+        }
+    }
+}
+
+TEST(TableRules, NoTableIsLeftOfARuleThatIsNone)
+{
+    for (const auto& entry : std::filesystem::directory_iterator(SourcePath(kTables)))
+        EXPECT_NE(FindRule(entry.path().filename().string().substr(0, 5)), nullptr) << entry.path();
+}
+
+TEST(TableRules, NumbersFollowEachOther)
+{
+    int number = 0;
+    for (const Rule& rule : Rules()) {
+        const std::string digits = std::to_string(++number);
+        EXPECT_EQ(rule.number, "KT" + std::string(3 - digits.size(), '0') + digits);
+    }
+}
+
+TEST(TableRules, OnlyRulesAboutImagesNeedOne)
+{
+    for (const Rule& rule : Rules()) {
+        const bool needsImage = rule.number >= "KT022" || rule.number == "KT013" || rule.number == "KT014";
+        const std::string found = Summary(Check(TablePath(rule, "fires"), /*image=*/""));
+        EXPECT_EQ(found.find(rule.number) == std::string::npos, needsImage) << rule.number << ": " << found;
+    }
+}
+
+TEST(TableRules, TheExamplePhoneHasNoErrors)
+{
+    const std::string table = SourcePath("examples/phone/phone/resource/kestrune.xml");
+    EXPECT_EQ(Count(Check(table, /*image=*/"")).errors, 0);
+    EXPECT_EQ(Count(Check(table, SourcePath("examples/phone"))).errors, 0);
+}
+
+TEST(TableRules, BooleansAreReadAsTheProgramReadsThem)
+{
+    struct Row {
+        const char* text;
+        const char* found;
+    };
+    const Row rows[] = {
+        {"true", "nothing"},       {"TRUE", "nothing"},     {"1", "nothing"},        {"Yes", "nothing"},
+        {"y", "KT007 at 2"},       {"", "KT007 at 2"},      {" true", "KT007 at 2"}, {"on", "KT007 at 2"},
+        {"trueish", "KT008 at 2"}, {"true ", "KT008 at 2"}, {"1.0", "KT008 at 2"},   {"not", "KT008 at 2"},
+    };
+    for (const Row& row : rows) {
+        EXPECT_EQ(SummaryOf(Record("srcSec='S' srcKey='K' dstKey='L' dstEncrypt='" + std::string(row.text) + "'")),
+                  row.found)
+            << row.text;
+    }
+}
+
+TEST(TableRules, AMiswrittenNameIsRecognised)
+{
+    struct Row {
+        const char* name;
+        const char* ending;
+    };
+    const Row rows[] = {
+        {"dstkey", "nothing; is dstKey meant?"},
+        {"DSTKEY", "nothing; is dstKey meant?"},
+        {"dstKye", "nothing; is dstKey meant?"},
+        {"dstSect", "nothing; is dstSec meant?"},
+        {"destFile", "nothing; is dstFile meant?"},
+        {"srcEncrypted", "nothing; is srcEncrypt meant?"},
+        {"comment", "nothing"},
+        {"dst", "nothing"},
+        {"destination-file-of-the-record", "nothing"},
+    };
+    for (const Row& row : rows) {
+        const ScratchFolder folder;
+        WriteBytes(folder.Path("t"), Record("srcSec='S' srcKey='K' dstKey='L' " + std::string(row.name) + "='x'"));
+        const Findings findings = Check(folder.Path("t"), /*image=*/"");
+        ASSERT_EQ(Summary(findings), "KT004 at 2") << row.name;
+        const std::string text = findings.front().text;
+        EXPECT_EQ(text, "attribute \"" + std::string(row.name) + "\" is unknown and counts for " + row.ending);
+    }
+}
+
+TEST(TableRules, PathsOfOneFileAreOneDestination)
+{
+    const std::string one = "<record srcFile='/config/a.ini' srcSec='S' srcKey='K' dstFile='/config/b.ini'/>\n";
+    const std::string other = "<record srcFile='/config/c.ini' srcSec='S' srcKey='K' dstFile='/config/x/..//b.ini'/>\n";
+    EXPECT_EQ(SummaryOf("<t>\n" + one + other + "</t>"), "KT010 at 3");
+}
+
+TEST(TableRules, LimitsOfTheLoaderAreThoseOfTheProgram)
+{
+    std::string records;
+    for (int i = 0; i < 100000; ++i)
+        records += "<r/>";
+    EXPECT_EQ(SummaryOf("<t>\n" + records + "</t>"), "KT001 at 1"); // 100,001 elements with the root
+    EXPECT_EQ(SummaryOf(""), "KT001 at 1");
+    EXPECT_EQ(SummaryOf("no table"), "KT001 at 1");
+    EXPECT_EQ(SummaryOf("<t>text</t>"), "KT002 at 1, KT018 at 1");
+}
+
+TEST(TableRules, ATableThatBreaksOffIsAnError)
+{
+    const std::string text = ReadBytes(SourcePath("tests/tools/tableCheck/rules/KT005.silent.xml"));
+    const ScratchFolder folder;
+    for (std::size_t size = 0; size < text.rfind('>'); ++size) {
+        WriteBytes(folder.Path("t"), text.substr(0, size));
+        EXPECT_EQ(Count(Check(folder.Path("t"), /*image=*/"")).errors, 1) << size;
+    }
+}
+
+TEST(TableRules, ManyRecordsTakeNoLongTime)
+{
+    std::string records;
+    for (int i = 0; i < 20000; ++i) {
+        const std::string number = std::to_string(i);
+        records += "<r srcFile='/config/a.ini' srcSec='S' srcKey='K" + number + "' dstKey='L" + number + "'/>\n";
+    }
+    EXPECT_EQ(SummaryOf("<t>\n" + records + "</t>"), "nothing");
+}
+
+TEST(TableRules, LinksAndDotsDoNotLeadOutOfTheImage)
+{
+    const ScratchFolder folder;
+    WriteBytes(folder.Path("outside.ini"), "[S]\nK=1\n");
+    WriteBytes(folder.Path("phone/config/user/user.ini"), "[S]\nK=1\n");
+    const std::string files[] = {"/config/up.ini", "/config/absolute.ini", "/config/../../outside.ini"};
+    std::filesystem::create_symlink("../../outside.ini", folder.Path("phone/config/up.ini"));
+    std::filesystem::create_symlink(folder.Path("outside.ini"), folder.Path("phone/config/absolute.ini"));
+    for (const std::string& file : files) {
+        const std::string table = Record("srcSec='S' srcKey='K' dstFile='" + file + "'");
+        const std::string found = SummaryOf(table, folder.Path("phone"));
+        EXPECT_NE(found.find("KT022 at 2"), std::string::npos) << file << ": " << found;
+    }
+}
+
+TEST(TableRules, TheKeyOfTheImageTellsWhatIsEnciphered)
+{
+    const std::string table = TablePath(*FindRule("KT027"), "silent");
+    EXPECT_EQ(Summary(Check(table)), "nothing");
+    const ScratchFolder folder;
+    std::filesystem::copy(SourcePath(kPhone), folder.Path("phone"),
+                          std::filesystem::copy_options::recursive | std::filesystem::copy_options::copy_symlinks);
+    const std::string key = folder.Path("phone/phone/factory/certs/pwcipher.key");
+    std::filesystem::remove(key); // the development key does not decipher the token, which is too long for a plain text
+    EXPECT_EQ(Summary(Check(table, folder.Path("phone"))), "KT027 at 5");
+    WriteBytes(key, "no key");
+    EXPECT_EQ(Summary(Check(table, folder.Path("phone"))), "KT027 at 3, KT027 at 5");
+}
+
+TEST(TableRules, WithoutTheImageThatWasAskedForNothingIsChecked)
+{
+    const std::string table = TablePath(*FindRule("KT005"), "fires");
+    for (const std::string& image : {SourcePath("none"), table}) {
+        Findings findings;
+        std::string problem;
+        EXPECT_FALSE(CheckTable({table, image, ""}, findings, problem));
+        EXPECT_EQ(problem, "the image is no folder that can be looked into: " + image);
+        EXPECT_EQ(Summary(findings), "nothing");
+    }
+}
+
+TEST(TableRules, TheImageIsNeverChanged)
+{
+    const ScratchFolder folder;
+    WriteBytes(folder.Path("config/user/user.ini"), "[S]\nK=1\n");
+    std::filesystem::permissions(folder.Path("config/user/user.ini"), std::filesystem::perms::owner_read);
+    EXPECT_EQ(SummaryOf(Record("srcSec='S' srcKey='K' dstKey='L'"), folder.Path()), "KT028 at 2");
+    EXPECT_EQ(ReadBytes(folder.Path("config/user/user.ini")), "[S]\nK=1\n");
+    EXPECT_EQ(std::distance(std::filesystem::recursive_directory_iterator(folder.Path()), {}), 3);
+}

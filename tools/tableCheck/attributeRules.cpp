@@ -1,0 +1,106 @@
+#include "attributeRules.h"
+
+#include <algorithm>
+#include <cctype>
+#include <numeric>
+#include <string_view>
+#include <tinyxml.h>
+
+#include "quotedText.h"
+#include "tableRecord.h"
+#include "xmlFile.h"
+
+namespace
+{
+
+constexpr std::string_view kKnownAttributes[] = {"srcFile", "srcSec", "srcKey", "srcEncrypt",
+                                                 "dstFile", "dstSec", "dstKey", "dstEncrypt"};
+
+/// Names further from a known one than this are no slips of the pen.
+constexpr std::size_t kMostSlips = 2;
+
+std::string LowerCase(std::string_view text)
+{
+    std::string lower(text);
+    std::transform(lower.begin(), lower.end(), lower.begin(),
+                   [](unsigned char byte) { return static_cast<char>(std::tolower(byte)); });
+    return lower;
+}
+
+/// @return how many characters have to be put in, taken out or replaced to make one text of the other
+std::size_t Distance(std::string_view from, std::string_view to)
+{
+    std::vector<std::size_t> row(to.size() + 1);
+    std::iota(row.begin(), row.end(), std::size_t{0});
+    for (std::size_t i = 0; i < from.size(); ++i) {
+        std::size_t diagonal = row[0]++;
+        for (std::size_t k = 0; k < to.size(); ++k) {
+            const std::size_t replaced = diagonal + (from[i] == to[k] ? 0 : 1);
+            diagonal = row[k + 1];
+            row[k + 1] = std::min({replaced, diagonal + 1, row[k] + 1});
+        }
+    }
+    return row.back();
+}
+
+/// @return the known name that was probably meant, or an empty text
+std::string_view MeantName(std::string_view name)
+{
+    constexpr std::size_t kLongestName = 32;
+    if (name.size() > kLongestName)
+        return {};
+    const auto distance = [lower = LowerCase(name)](std::string_view known) {
+        return Distance(lower, LowerCase(known));
+    };
+    const auto closest =
+        std::min_element(std::begin(kKnownAttributes), std::end(kKnownAttributes),
+                         [&](std::string_view one, std::string_view two) { return distance(one) < distance(two); });
+    return distance(*closest) <= kMostSlips ? *closest : std::string_view();
+}
+
+void CheckName(const TiXmlAttribute& attribute, Findings& findings)
+{
+    const std::string_view name = attribute.Name();
+    if (std::find(std::begin(kKnownAttributes), std::end(kKnownAttributes), name) != std::end(kKnownAttributes))
+        return;
+    std::string text = "attribute " + QuotedText(name) + " is unknown and counts for nothing";
+    const std::string_view meant = MeantName(name);
+    if (!meant.empty())
+        text.append("; is ").append(meant).append(" meant?");
+    findings.push_back({"KT004", attribute.Row(), text});
+}
+
+bool IsBooleanWord(std::string_view text)
+{
+    constexpr std::string_view kWords[] = {"true", "yes", "1", "false", "no", "0"};
+    return std::find(std::begin(kWords), std::end(kWords), LowerCase(text)) != std::end(kWords);
+}
+
+void CheckFlag(const TiXmlElement& record, const char* name, Findings& findings)
+{
+    const char* text = record.Attribute(name);
+    if (text == nullptr)
+        return;
+    bool flag = false;
+    const std::string given = name + ("=" + QuotedText(text));
+    if (!QueryXmlFlag(&record, name, flag))
+        findings.push_back(
+            {"KT007", AttributeLine(record, name), given + " is no boolean: the attribute counts as absent"});
+    else if (!IsBooleanWord(text))
+        findings.push_back({"KT008", AttributeLine(record, name),
+                            given + " is read by its beginning, as " + (flag ? "true" : "false")});
+}
+
+} // namespace
+
+void CheckAttributes(const TiXmlElement& record, Findings& findings)
+{
+    for (const TiXmlAttribute* attribute = record.FirstAttribute(); attribute != nullptr; attribute = attribute->Next())
+        CheckName(*attribute, findings);
+    CheckFlag(record, "dstEncrypt", findings);
+    CheckFlag(record, "srcEncrypt", findings);
+    bool flag = false;
+    if (record.Attribute("srcEncrypt") != nullptr && QueryXmlFlag(&record, "dstEncrypt", flag))
+        findings.push_back({"KT009", AttributeLine(record, "srcEncrypt"),
+                            "srcEncrypt is never read: dstEncrypt is given, and counts alone"});
+}

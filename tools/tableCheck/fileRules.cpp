@@ -1,0 +1,97 @@
+#include "fileRules.h"
+
+#include <algorithm>
+#include <pugixml.hpp>
+#include <set>
+#include <string_view>
+#include <tinyxml.h>
+
+#include "pugiXmlFile.h"
+#include "quotedText.h"
+#include "translateConfigTable.h"
+
+namespace
+{
+
+/// Looks for the first element that names an attribute twice.
+class DoubledAttributeWalk : public pugi::xml_tree_walker
+{
+public:
+    const std::string& Name() const { return name_; }
+
+private:
+    bool for_each(pugi::xml_node& node) override
+    {
+        std::set<std::string_view> names;
+        for (const pugi::xml_attribute& attribute : node.attributes()) {
+            if (!names.insert(attribute.name()).second) {
+                name_ = attribute.name();
+                return false;
+            }
+        }
+        return true;
+    }
+
+    std::string name_;
+};
+
+/// The program's library says no more than that an element is wrong. The other one takes doubled attributes and can be
+/// asked for them.
+///
+/// @return the name, or an empty text when that is not what is wrong
+std::string FindDoubledAttribute(const std::string& path)
+{
+    pugi::xml_document document;
+    DoubledAttributeWalk walk;
+    if (LoadPugiXmlFile(document, path.c_str(), pugi::parse_default) != 0)
+        (void)document.traverse(walk); // whether it stopped early shows in the name
+    return walk.Name();
+}
+
+void CheckIgnored(const TiXmlNode& node, Findings& findings)
+{
+    if (node.ToElement() != nullptr)
+        findings.push_back({"KT018", node.Row(),
+                            "element " + QuotedText(node.ValueStr()) + " stands within a record and is never read"});
+    else if (node.ToText() != nullptr)
+        findings.push_back({"KT018", node.Row(), "the text is never read: records have attributes only"});
+}
+
+void CheckChildren(const TiXmlElement& root, Findings& findings)
+{
+    for (const TiXmlNode* child = root.FirstChild(); child != nullptr; child = child->NextSibling()) {
+        if (child->ToElement() == nullptr) {
+            CheckIgnored(*child, findings);
+            continue;
+        }
+        for (const TiXmlNode* inner = child->FirstChild(); inner != nullptr; inner = inner->NextSibling())
+            CheckIgnored(*inner, findings);
+    }
+}
+
+} // namespace
+
+Finding ExplainLoadFailure(const TiXmlDocument& document, const std::string& path, const std::string& errorDesc)
+{
+    const int line = std::max(document.ErrorRow(), 1); // no line is known when the file was refused unparsed
+    if (document.ErrorId() == TiXmlBase::TIXML_ERROR_PARSING_ELEMENT) {
+        const std::string name = FindDoubledAttribute(path);
+        if (!name.empty())
+            return {"KT003", line, "attribute " + QuotedText(name) + " is given twice: the table does not load"};
+    }
+    return {"KT001", line, "the table does not load, and no value is moved: " + EscapedText(errorDesc)};
+}
+
+void CheckFile(const TiXmlDocument& table, Findings& findings)
+{
+    const TiXmlElement* root = table.RootElement();
+    if (FirstTableRecord(table) == nullptr)
+        findings.push_back({"KT002", root == nullptr ? 1 : root->Row(), "the table has no record: the pass ends"});
+    if (root == nullptr)
+        return;
+    CheckChildren(*root, findings);
+    for (const TiXmlElement* other = root->NextSiblingElement(); other != nullptr; other = other->NextSiblingElement())
+        findings.push_back(
+            {"KT019", other->Row(),
+             "element " + QuotedText(other->ValueStr()) + " stands behind the root: none of its records is looked at"});
+}

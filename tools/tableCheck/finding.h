@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// One thing that a rule says about a place in the table.
+struct Finding {
+    std::string_view rule; ///< its number, as in `kRules`
+    int line;              ///< from 1
+    std::string text;      ///< one line of printable ASCII
+};
+
+using Findings = std::vector<Finding>;

@@ -1,0 +1,121 @@
+#include "imageRules.h"
+
+#include <tinyxml.h>
+
+#include "passwordCipher.h"
+#include "phoneFolder.h"
+#include "quotedText.h"
+#include "tableRecord.h"
+
+namespace
+{
+
+bool HasKey(const iniFile& document, const Place& place)
+{
+    // An absent key gives the default, a present one its own text, be it empty.
+    return !document.GetTextValue(place.section, place.key, "").empty() ||
+           document.GetTextValue(place.section, place.key, "default").empty();
+}
+
+/// @return false when the names alone keep the store from writing there
+bool IsStorable(const Place& place)
+{
+    iniFile probe;
+    return probe.SetTextValue(place.section, place.key, "") != 0;
+}
+
+} // namespace
+
+ImageRules::ImageRules(const PhoneFolder& phone)
+    : phone_(phone), keyFile_(phone.Find("/phone/factory/certs/pwcipher.key").value_or("")), cipher_(keyFile_.c_str())
+{
+}
+
+void ImageRules::Check(const TableRecord& record, Findings& findings)
+{
+    if (NamesNoFile(record.destinationFile))
+        return; // the pass ends here on every phone
+    const std::string value = ReadSource(record, findings);
+    if (Document(record.destinationFile) == nullptr) {
+        findings.push_back(
+            {"KT022", AttributeLine(*record.element, "dstFile"),
+             "the image has no file " + QuotedText(record.destinationFile) + " that loads: the pass ends here"});
+        return;
+    }
+    const bool isLost = record.isEnciphered && IsLostToCipher(record, value, findings);
+    Write(record, value, isLost, findings);
+}
+
+std::string ImageRules::ReadSource(const TableRecord& record, Findings& findings)
+{
+    const char* file = record.element->Attribute("srcFile");
+    if (!record.source || NamesNoFile(file))
+        return std::string(); // no source on any phone
+    const iniFile* document = Document(file);
+    if (document == nullptr) {
+        findings.push_back({"KT023", AttributeLine(*record.element, "srcFile"),
+                            "the image has no file " + QuotedText(file) +
+                                " that loads: " + Describe(record.destination) + " is set to empty"});
+        return std::string();
+    }
+    const Place& from = *record.source;
+    if (!HasKey(*document, from))
+        findings.push_back(
+            {"KT024", record.Line(),
+             "the image has no key " + Describe(from) + ": " + Describe(record.destination) + " is set to empty"});
+    return document->GetTextValue(from.section, from.key, "");
+}
+
+/// The value in memory keeps the form that it has on the phone: whether it can be enciphered depends on that alone.
+bool ImageRules::IsLostToCipher(const TableRecord& record, const std::string& value, Findings& findings) const
+{
+    if (value.find('\0') != std::string::npos)
+        return false; // the store refuses it: nothing is written
+    char output[kPasswordBufferSize] = {};
+    if (cipher_.Decrypt(value.c_str(), output) == 0 || cipher_.Encrypt(value.c_str(), output) == 0)
+        return false;
+    const std::string size = std::to_string(value.size()) + " bytes";
+    const bool isLost = output[0] == '\0';
+    if (isLost)
+        findings.push_back({"KT026", record.Line(),
+                            "the value has " + size + ", too many to encipher: on a locked phone " +
+                                Describe(record.destination) + " is set to empty"});
+    else
+        findings.push_back({"KT027", record.Line(),
+                            "the value of " + size + " cannot be enciphered: on a locked phone " +
+                                Describe(record.destination) + " is written plain"});
+    return isLost;
+}
+
+void ImageRules::Write(const TableRecord& record, const std::string& value, bool isLost, Findings& findings)
+{
+    const Place& to = record.destination;
+    iniFile& document = *Document(record.destinationFile);
+    const std::string before = document.GetTextValue(to.section, to.key, "");
+    const bool isNew = !HasKey(document, to);
+    if (document.SetTextValue(to.section, to.key, isLost ? std::string() : value) == 0) {
+        if (IsStorable(to))
+            findings.push_back({"KT029", record.Line(),
+                                "the store refuses the value, which holds a line break or a zero byte: " +
+                                    Describe(to) + " stays as it is"});
+        return;
+    }
+    if (!before.empty() && value.empty())
+        findings.push_back({"KT025", record.Line(), "the value of " + Describe(to) + " is set to empty, and lost"});
+    if (isNew && !record.IsInPlace())
+        findings.push_back({"KT028", record.Line(), "the image has no key " + Describe(to) + ": it is made"});
+}
+
+iniFile* ImageRules::Document(const std::string& devicePath)
+{
+    const auto path = phone_.Find(devicePath);
+    if (!path)
+        return nullptr;
+    const auto [place, isNew] = documents_.try_emplace(*path);
+    if (isNew) {
+        auto document = std::make_unique<iniFile>();
+        if (document->LoadFromFile(path->c_str()) != 0)
+            place->second = std::move(document);
+    }
+    return place->second.get();
+}

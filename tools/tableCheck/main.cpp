@@ -1,0 +1,121 @@
+// kestrune-table-check: says what a translation table will do on the phones, before it is shipped.
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <iostream>
+
+#include "checkTable.h"
+#include "quotedText.h"
+#include "report.h"
+#include "rules.h"
+
+namespace
+{
+
+/// The command line is wrong, or something but the table cannot be read.
+constexpr int kNotChecked = 3;
+
+struct Options {
+    TableCheckInput input;
+    std::string format = "text";
+    std::string least = "note";
+    std::string explained;
+    bool listRules = false;
+};
+
+void Describe(CLI::App& app, Options& options)
+{
+    app.add_option("TABLE", options.input.table, "the translation table");
+    app.add_option("--root", options.input.image, "check against a phone: a folder with its config, phone and tmp")
+        ->type_name("IMAGE")
+        ->check(CLI::ExistingDirectory.description(""));
+    app.add_option("--entry-list", options.input.entryList, "the entries kept enciphered, in place of the image's list")
+        ->type_name("FILE")
+        ->check(CLI::ExistingFile.description(""));
+    app.add_option("--format", options.format, "how to report")
+        ->type_name("FORMAT")
+        ->check(CLI::IsMember({"text", "json", "github"}));
+    app.add_option("--severity", options.least, "the least severity to report")
+        ->type_name("SEVERITY")
+        ->check(CLI::IsMember({"note", "warning", "error"}));
+    app.add_option("--explain", options.explained, "say what a rule means, such as KT004")->type_name("RULE");
+    app.add_flag("--list-rules", options.listRules, "list all rules");
+    app.footer("Exit status: 2 with errors, 1 with warnings, 0 without either, 3 when nothing could be checked.");
+}
+
+int Explain(const std::string& number)
+{
+    const Rule* rule = FindRule(number);
+    if (rule == nullptr) {
+        std::cerr << "kestrune-table-check: there is no rule " << QuotedText(number) << '\n';
+        return kNotChecked;
+    }
+    std::cout << Explanation(*rule);
+    return 0;
+}
+
+std::string Report(const Options& options, const Findings& findings)
+{
+    if (options.format == "json")
+        return JsonReport(options.input.table, findings);
+    if (options.format == "github")
+        return GithubReport(options.input.table, findings);
+    return TextReport(options.input.table, findings);
+}
+
+Severity SeverityNamed(const std::string& name)
+{
+    return name == "error" ? Severity::Error : name == "warning" ? Severity::Warning : Severity::Note;
+}
+
+int Check(const Options& options)
+{
+    Findings findings;
+    std::string problem;
+    if (!CheckTable(options.input, findings, problem)) {
+        std::cerr << "kestrune-table-check: " << problem << '\n';
+        return kNotChecked;
+    }
+    KeepFrom(SeverityNamed(options.least), findings);
+    std::cout << Report(options, findings) << std::flush;
+    if (!std::cout) {
+        std::cerr << "kestrune-table-check: the report cannot be written\n";
+        return kNotChecked;
+    }
+    return ExitStatus(findings);
+}
+
+int Run(int argumentCount, char** arguments)
+{
+    Options options;
+    CLI::App app("Says what a translation table will do on the phones, before it is shipped.", "kestrune-table-check");
+    Describe(app, options);
+    try {
+        app.parse(argumentCount, arguments);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? 0 : kNotChecked;
+    }
+    if (options.listRules) {
+        std::cout << RuleList();
+        return 0;
+    }
+    if (!options.explained.empty())
+        return Explain(options.explained);
+    if (options.input.table.empty()) {
+        std::cerr << "kestrune-table-check: TABLE is required; --help tells more\n";
+        return kNotChecked;
+    }
+    return Check(options);
+}
+
+} // namespace
+
+int main(int argumentCount, char** arguments)
+{
+    try {
+        return Run(argumentCount, arguments);
+    } catch (const std::exception& error) {
+        std::cerr << "kestrune-table-check: " << error.what() << '\n';
+        return kNotChecked;
+    }
+}

@@ -1,0 +1,8 @@
+#pragma once
+
+#include "finding.h"
+
+struct TableRecord;
+
+/// Rules about one record's source and destination: files, sections and keys that are missing or cannot be.
+void CheckPlaces(const TableRecord& record, Findings& findings);

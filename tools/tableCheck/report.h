@@ -1,0 +1,31 @@
+#pragma once
+
+#include <string>
+
+#include "finding.h"
+#include "rules.h"
+
+/// How many findings there are of each severity.
+struct Tally {
+    int errors = 0;
+    int warnings = 0;
+    int notes = 0;
+};
+
+Tally Count(const Findings& findings);
+
+/// @return 2 with an error among the findings, else 1 with a warning, else 0
+int ExitStatus(const Findings& findings);
+
+/// Drops what is less severe.
+void KeepFrom(Severity least, Findings& findings);
+
+/// @param path  the table's, as it was given
+/// @return a line "path:line: severity: text [KT000]" for each finding
+std::string TextReport(const std::string& path, const Findings& findings);
+
+/// @return one JSON object (docs/table-check.md)
+std::string JsonReport(const std::string& path, const Findings& findings);
+
+/// @return a line for each finding, in the form of workflow commands: a code review shows them beside the table
+std::string GithubReport(const std::string& path, const Findings& findings);

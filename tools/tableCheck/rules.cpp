@@ -1,0 +1,189 @@
+#include "rules.h"
+
+#include <algorithm>
+
+namespace
+{
+
+constexpr std::size_t kLineWidth = 78;
+
+/// Breaks a text into lines at its blanks.
+std::string Wrapped(std::string_view text)
+{
+    std::string lines;
+    while (text.size() > kLineWidth) {
+        const std::size_t blank = text.rfind(' ', kLineWidth);
+        lines.append(text.substr(0, blank)) += '\n';
+        text.remove_prefix(blank + 1);
+    }
+    return lines.append(text) += '\n';
+}
+
+} // namespace
+
+const std::vector<Rule>& Rules()
+{
+    // Static: a table of constants. 001 to 003 are about the file, 004 to 021 about records, 022 to 029 need an image.
+    static const std::vector<Rule> rules = {
+        {"KT001", Severity::Error, "The table does not load",
+         "The pass logs \"No config translate record!\" and ends. No value is moved. Files that are not well-formed, "
+         "larger than 4 MiB, nested deeper than 200 elements, with more than 100,000 elements or with more than 256 "
+         "attributes in one element do not load.",
+         "Correct the XML at the line given; it is where the program's XML library gave up."},
+        {"KT002", Severity::Error, "No record",
+         "The pass logs \"No config translate record!\" and ends. Records are the elements directly below the root.",
+         "Add records, or ship no table at all."},
+        {"KT003", Severity::Error, "Doubled attribute",
+         "An element names an attribute twice. Such a file does not load: the pass logs \"No config translate "
+         "record!\" and ends. No value is moved.",
+         "Remove one of the two."},
+        {"KT004", Severity::Warning, "Unknown or miswritten attribute",
+         "The program looks for srcFile, srcSec, srcKey, srcEncrypt, dstFile, dstSec, dstKey and dstEncrypt, in this "
+         "letter case, and for nothing else. The attribute counts for nothing, and one that was meant counts as "
+         "absent: a destination then falls back on the source.",
+         "Correct the name or remove the attribute."},
+        {"KT005", Severity::Error, "No source",
+         "srcFile, srcSec or srcKey is absent, or srcFile cannot be a file. The value is empty, and this empty value "
+         "is written over the destination.",
+         "Give the source whole. To empty a setting on purpose, suppress this rule for the record."},
+        {"KT006", Severity::Error, "No destination file",
+         "Neither dstFile nor srcFile is there, or the path is empty or names a folder. The destination does not "
+         "load, and the pass ends at this record: no later record is looked at.",
+         "Give dstFile, or srcFile when the destination is in the same file."},
+        {"KT007", Severity::Warning, "Text that is no boolean",
+         "A boolean begins with true, yes or 1, or with false, no or 0, in any letter case. With any other text the "
+         "attribute counts as absent: dstEncrypt falls back on srcEncrypt, and srcEncrypt on false.",
+         "Write true or false."},
+        {"KT008", Severity::Warning, "Boolean read by its beginning",
+         "Only the beginning of the text is compared, so that \"none\" and \"0x1\" are false and \"10\" is true.",
+         "Write true or false."},
+        {"KT009", Severity::Note, "srcEncrypt without effect",
+         "srcEncrypt stands in for an absent dstEncrypt and says nothing about the source, whose form the program "
+         "finds out by deciphering it. Beside a dstEncrypt it is never read.",
+         "Remove srcEncrypt."},
+        {"KT010", Severity::Warning, "Two records with one destination",
+         "Records are worked off from top to bottom, and the later one overwrites what the earlier one wrote, also "
+         "with an empty value.",
+         "Keep one of the two."},
+        {"KT011", Severity::Warning, "Record reads what an earlier one wrote",
+         "Every record loads its files afresh, so this one moves the value that the earlier record has just written, "
+         "not the one that the phone held. A record that rewrites its source in place does not count as earlier.",
+         "Read the first source directly, or move this record before the other one."},
+        {"KT012", Severity::Warning, "Record overwrites what an earlier one reads",
+         "The first run is right, but in a second run the earlier record carries the new value on. Modes \"all\" and "
+         "\"dev\" run the table every time. A record that rewrites its source in place is harmless.",
+         "Choose another destination, or accept that the upgrade must run only once."},
+        {"KT013", Severity::Warning, "Entry kept enciphered is written plain",
+         "The destination is in the list of entries that the phone keeps enciphered, but the record's encrypt flag is "
+         "off: on a locked phone the secret is written in clear, and stays so.",
+         "Set dstEncrypt to true, or take the entry off the list."},
+        {"KT014", Severity::Warning, "Enciphered value is not in the entry list",
+         "The record's encrypt flag is on, but no active entry of the list covers the destination. The password pass "
+         "never converts it, so it keeps its form when the phone's lock changes. Entries per account cover "
+         "sipAccount0.cfg to sipAccount3.cfg alone.",
+         "Add the destination to the list, or set dstEncrypt to false."},
+        {"KT015", Severity::Error, "Relative path",
+         "The path is looked up from the folder in which the program happens to be started. A source that is not "
+         "found there empties the destination; a destination that is not found there ends the pass.",
+         "Write the whole path, from the slash on."},
+        {"KT016", Severity::Warning, "Path leads out of the configuration",
+         "The program reads and writes any path. Settings live below /config; the program's other sources are below "
+         "/phone (the firmware) and /tmp (handed over during the upgrade). What is written elsewhere is no setting, "
+         "and "
+         "is lost or harms the firmware.",
+         "Write to files below /config, and read from files below /config, /phone or /tmp."},
+        {"KT017", Severity::Error, "Name that the store refuses",
+         "A section name must not be empty or hold \"]\" or a line break. A key name must not be empty, hold \"=\" or "
+         "a "
+         "line break, have blanks at its ends or start with \"[\", \";\" or \"#\". A destination of such a name is not "
+         "written at all. A source of such a name is in no file that the program wrote: its value is empty, and the "
+         "destination is emptied.",
+         "Correct the name."},
+        {"KT018", Severity::Warning, "Content that is ignored",
+         "A record has attributes only. Elements and text within a record, and text between records, are never read: a "
+         "record within a record is lost.",
+         "Close the record before the next one begins."},
+        {"KT019", Severity::Warning, "Element behind the root",
+         "Only the first element of the file is the table. Records in another one are never looked at.",
+         "Put all records into one root element."},
+        {"KT020", Severity::Warning, "Record without effect",
+         "Source and destination are the same and the encrypt flag is off. The value stays as it is; at most an "
+         "enciphered one becomes plain, and a key that is absent is made, empty.",
+         "Name another destination, set an encrypt flag or remove the record."},
+        {"KT021", Severity::Warning, "Suppression that names no rule",
+         "A comment that begins with \"kestrune-table-check:\" is not followed by \"ignore\" and numbers of rules, or "
+         "stands before no record. It suppresses nothing.",
+         "Write <!-- kestrune-table-check: ignore KT004 --> right before the record."},
+        {"KT022", Severity::Error, "Destination file is not in the image",
+         "The program never makes a destination file. On this phone the pass ends at this record: no later record is "
+         "looked at.",
+         "Correct the path. Put records for files that a phone may lack last."},
+        {"KT023", Severity::Warning, "Source file is not in the image",
+         "The value is empty, and this empty value is written to the destination.",
+         "Correct the path, or leave the record to phones that have the file."},
+        {"KT024", Severity::Warning, "Source key is not in the image",
+         "The value is empty, and this empty value is written to the destination; the key is made when absent, so "
+         "that a default does not hold any more.",
+         "Correct section and key, or leave the record to phones that have the key."},
+        {"KT025", Severity::Error, "Value is emptied",
+         "The destination holds a value on this phone, the source none: the value is overwritten with the empty one "
+         "and lost.",
+         "Correct the source, or write to a key that holds nothing of worth."},
+        {"KT026", Severity::Error, "Value too long to encipher is lost",
+         "The encrypt flag is on and the value has 160 bytes or more, which the cipher's buffer does not hold. On a "
+         "locked phone the destination is emptied.",
+         "Clear the encrypt flag of the record, or shorten the value on the phone before the upgrade."},
+        {"KT027", Severity::Warning, "Value cannot be enciphered",
+         "The encrypt flag is on, but the value has more than 103 bytes or a byte of 0x80 or above, or the phone's "
+         "cipher key is unusable. On a locked phone the value stays, but plain.",
+         "Clear the encrypt flag of the record, or change the value on the phone before the upgrade."},
+        {"KT028", Severity::Note, "Destination key is not in the image",
+         "The key, and its section when absent, is made. This is how a setting moves to a new place, but a misspelt "
+         "destination looks the same.",
+         "Compare section and key with what the new firmware reads."},
+        {"KT029", Severity::Warning, "Value that the store refuses",
+         "The source's value holds a carriage return or a zero byte, which the store reads but does not write. Nothing "
+         "is written, and the destination stays as it is.",
+         "Correct the value on the phone before the upgrade."},
+    };
+    return rules;
+}
+
+const Rule* FindRule(std::string_view number)
+{
+    const auto found =
+        std::find_if(Rules().begin(), Rules().end(), [number](const Rule& rule) { return rule.number == number; });
+    return found == Rules().end() ? nullptr : &*found;
+}
+
+std::string_view SeverityName(Severity severity)
+{
+    switch (severity) {
+    case Severity::Error:
+        return "error";
+    case Severity::Warning:
+        return "warning";
+    case Severity::Note:
+        break;
+    }
+    return "note";
+}
+
+std::string RuleList()
+{
+    std::string list;
+    for (const Rule& rule : Rules()) {
+        std::string severity(SeverityName(rule.severity));
+        severity.resize(8, ' ');
+        list.append(rule.number).append(" ").append(severity).append(rule.title) += '\n';
+    }
+    return list;
+}
+
+std::string Explanation(const Rule& rule)
+{
+    std::string text;
+    text.append(rule.number).append(" ").append(SeverityName(rule.severity)).append(": ").append(rule.title);
+    text += "\n\n" + Wrapped(rule.effect) + "\nWhat to do:\n" + Wrapped(rule.remedy);
+    return text;
+}
