@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // kestrune-table-check: says what a translation table will do on the phones, before it is shipped.
 
 #include <CLI/CLI.hpp>

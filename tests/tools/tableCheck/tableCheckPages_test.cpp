@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // The pages about kestrune-table-check and its completion say what the tool itself says.
 
 #include <algorithm>

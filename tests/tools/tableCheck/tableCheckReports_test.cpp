@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // Whole runs of kestrune-table-check: what it prints, and its exit status.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 #include "tableCheckRun.h"
 
 ProcessResult RunTableCheck(const std::vector<std::string>& arguments)

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // What the rules say of random tables on random phones, held against what the real program does with them.
 
 #include <algorithm>

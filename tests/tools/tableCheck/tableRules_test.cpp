@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // Every rule has a table that fires it and one that does not, rules/KT000.fires.xml and rules/KT000.silent.xml. Each is
 // checked against the phone in phone/, whose lock is on, and says in its first line what is found in it.
 
