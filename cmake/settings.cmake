@@ -26,6 +26,7 @@ endif()
 if(NOT KESTRUNE_COVERAGE) # whose reports need the sources' own paths
     # The same bytes from every folder.
     target_compile_options(kestrune-settings INTERFACE -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.)
+    target_link_options(kestrune-settings INTERFACE -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.) # link-time optimisation
 endif()
 if(KESTRUNE_SANITIZE)
     set(sanitizers -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
