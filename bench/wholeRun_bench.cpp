@@ -49,7 +49,19 @@ void MakePhone()
     std::filesystem::copy("/image", "/", std::filesystem::copy_options::recursive);
 }
 
-/// Passwords are as the factory's file asks for, and the fix-ups have been done.
+void GiveKeyNumber(const std::string& accountFile)
+{
+    std::stringstream text;
+    text << std::ifstream(accountFile).rdbuf();
+    std::string changed = text.str();
+    constexpr char kNone[] = "SCALineKeyNumber=-1";
+    const std::size_t none = changed.find(kNone);
+    if (none != std::string::npos)
+        WriteDurably(accountFile, changed.replace(none, sizeof kNone - 1, "SCALineKeyNumber=1"));
+}
+
+/// Passwords are as the factory's file asks for, the fix-ups have been done, and each account has a key number of its own:
+/// "-1", which the fix-ups give, they would write again.
 void MakeIdlePhone()
 {
     constexpr char kFactoryFile[] = "/phone/factory/user/user.ini";
@@ -62,6 +74,8 @@ void MakeIdlePhone()
     changed.replace(lock, 8, "EnLock=0");
     WriteDurably(kFactoryFile, changed);
     Run(kProgram, "pwd");
+    for (int account = 0; account <= 16; ++account)
+        GiveKeyNumber("/config/user/voip/sipAccount" + std::to_string(account) + ".cfg");
 }
 
 void MakePhoneFor(const std::string& mode)

@@ -3,6 +3,7 @@
 
 #include "appLog.h"
 
+#include <cerrno>
 #include <cstdarg>
 #include <cstring>
 #include <poll.h>
@@ -17,16 +18,18 @@
 namespace
 {
 
-/// Whether the log daemon has a place for a message within that time. One that stands still must not hold up the run:
-/// the C library would wait for it without end.
+/// Whether there is a log daemon with a place for a message within that time. One that stands still must not hold up the
+/// run: the C library would wait for it without end.
 bool HasPlaceWithin(int milliseconds)
 {
     const Descriptor log(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
     sockaddr_un address = {};
     address.sun_family = AF_UNIX;
     std::strcpy(address.sun_path, _PATH_LOG);
-    if (!log.IsOpen() || connect(log.Number(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
-        return true; // nobody listens, or not in this way: the C library finds out without waiting
+    if (!log.IsOpen())
+        return false;
+    if (connect(log.Number(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
+        return errno == EPROTOTYPE; // somebody listens, but to streams, which the C library tries next
 
     pollfd place = {log.Number(), POLLOUT, 0};
     return poll(&place, 1, milliseconds) != 0;

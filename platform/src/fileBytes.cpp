@@ -51,17 +51,21 @@ ssize_t ReadInto(int descriptor, char* bytes, std::size_t size)
     return static_cast<ssize_t>(done);
 }
 
+/// Reads the file into a text that has room for a changed value, so that a change need not move the text elsewhere: that
+/// took as long as reading did.
 bool ReadAll(int descriptor, std::size_t size, std::string& bytes)
 {
+    constexpr std::size_t kRoomForChanges = 512;
     ssize_t count = 0;
-    const auto fill = [&](char* buffer, std::size_t room) {
-        count = ReadInto(descriptor, buffer, room);
+    const auto fill = [&](char* buffer, std::size_t /*room*/) {
+        count = ReadInto(descriptor, buffer, size);
         return count < 0 ? std::size_t{0} : static_cast<std::size_t>(count);
     };
 #ifdef __cpp_lib_string_resize_and_overwrite
-    bytes.resize_and_overwrite(size, fill); // zeroing the room first costs a third of the time that reading takes
+    bytes.resize_and_overwrite(size + kRoomForChanges,
+                               fill); // zeroing the room first takes a third of the reading's time
 #else
-    bytes.resize(size);
+    bytes.resize(size + kRoomForChanges);
     bytes.resize(fill(bytes.data(), size));
 #endif
     return count >= 0;
@@ -127,7 +131,7 @@ ReadResult ReadFile(const char* path, std::string& bytes, struct stat* status)
     if (fstat(file.Number(), &found) != 0 || !S_ISREG(found.st_mode))
         return ReadResult::Unreadable;
     std::string content;
-    if (static_cast<std::uint64_t>(found.st_size) > content.max_size())
+    if (static_cast<std::uint64_t>(found.st_size) > content.max_size() / 2)
         return ReadResult::Unreadable;
     if (!ReadAll(file.Number(), static_cast<std::size_t>(found.st_size), content))
         return ReadResult::Unreadable;
