@@ -1,0 +1,12 @@
+#pragma once
+
+#include <filesystem>
+#include <vector>
+
+#include "preview.h"
+
+/// Makes the previews of several images, some of them side by side, with a progress bar.
+///
+/// @return in the order of the images
+std::vector<Preview> MakePreviews(const std::vector<std::filesystem::path>& images, const PreviewRequest& request,
+                                  unsigned jobs);

@@ -1,0 +1,2 @@
+#include "htmlOutput.h"
+std::string HtmlPage(const std::vector<Preview>&, bool) { return {}; }

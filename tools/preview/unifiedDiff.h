@@ -1,0 +1,7 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+/// @return the lines of a unified diff of two texts, without its two head lines
+std::vector<std::string> UnifiedDiff(const std::string& before, const std::string& after);
