@@ -1,5 +1,6 @@
 #include "fileChanges.h"
 
+#include <algorithm>
 #include <map>
 #include <set>
 #include <tuple>
@@ -77,17 +78,36 @@ public:
     ItemComparison(const std::vector<Item>& before, const std::vector<Item>& after, const History& history)
         : before_(ValuesOf(before)), after_(ValuesOf(after)), history_(history)
     {
-        for (const Item& item : after)
+        for (const Item& item : after) {
+            order_.try_emplace(item.group, static_cast<int>(order_.size()));
             Add(item);
+        }
         for (const Item& item : before) {
             if (after_.count(PlaceOf(item)) == 0)
                 Add(item);
         }
+        std::stable_sort(changes_.begin(), changes_.end(), [this](const ItemChange& one, const ItemChange& other) {
+            return OrderOf(one.place.group) < OrderOf(other.place.group);
+        });
     }
 
     std::vector<ItemChange> Take() { return std::move(changes_); }
 
 private:
+    /// What has gone stands with its section or record, or with the record around it.
+    int OrderOf(std::string group) const
+    {
+        for (;;) {
+            const auto found = order_.find(group);
+            if (found != order_.end())
+                return found->second;
+            const std::size_t slash = group.rfind('/');
+            if (slash == std::string::npos)
+                return static_cast<int>(order_.size());
+            group.resize(slash);
+        }
+    }
+
     void Add(const Item& item)
     {
         const Place place = PlaceOf(item);
@@ -100,6 +120,7 @@ private:
     Values before_;
     Values after_;
     const History& history_;
+    std::map<std::string, int> order_;
     std::vector<ItemChange> changes_;
 };
 
@@ -117,14 +138,33 @@ void CompareItems(FileChange& change, const std::vector<PassState>& states)
     }
 }
 
-/// The file that a new or removed one is or was a copy of.
-std::string FindSame(const Snapshot& files, const std::string& path, const std::string& content)
+std::string FindOther(const Snapshot& files, const std::string& path, const std::string& content)
 {
     for (const auto& [other, file] : files) {
         if (other != path && file.kind == PhoneFile::Kind::File && *file.content == content)
             return other;
     }
     return std::string();
+}
+
+/// The file whose bytes a new one has, at any time before.
+std::string FindSource(const Snapshot& before, const std::vector<PassState>& states, const FileChange& change)
+{
+    std::string source = FindOther(before, change.path, change.after);
+    for (auto state = states.begin(); source.empty() && state != states.end(); ++state)
+        source = FindOther(state->phone, change.path, change.after);
+    return source;
+}
+
+/// The file that has the bytes that a removed one had, at any time before its end.
+std::string FindCopy(const Snapshot& after, const std::vector<PassState>& states, const FileChange& change)
+{
+    std::string copy = FindOther(after, change.path, change.before);
+    for (auto state = states.begin(); copy.empty() && state != states.end(); ++state) {
+        if (!ContentOf(state->phone, change.path).empty())
+            copy = FindOther(after, change.path, ContentOf(state->phone, change.path));
+    }
+    return copy;
 }
 
 FileChange Compare(const std::string& path, const Snapshot& before, const Snapshot& after,
@@ -155,9 +195,9 @@ FileChange Compare(const std::string& path, const Snapshot& before, const Snapsh
     if (!change.isFile)
         return change;
     if (change.kind == ChangeKind::Added && !change.after.empty())
-        change.sameAs = FindSame(before, path, change.after);
+        change.sameAs = FindSource(before, states, change);
     if (change.kind == ChangeKind::Removed && !change.before.empty())
-        change.sameAs = FindSame(after, path, change.before);
+        change.sameAs = FindCopy(after, states, change);
     CompareItems(change, states);
     return change;
 }

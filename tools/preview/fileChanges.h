@@ -28,7 +28,7 @@ struct FileChange {
     std::string before; ///< bytes; where a link leads
     std::string after;
     bool isFile = true;    ///< otherwise a link, folder or something else
-    std::string sameAs;    ///< another file that had these very bytes before the run; empty for none
+    std::string sameAs;    ///< the file that a new one is a copy of, or that is one of a removed one; empty for none
     bool hasItems = false; ///< it was taken apart, and `items` has every value that changed
     std::vector<ItemChange> items;
     std::vector<std::string> passes;

@@ -15,11 +15,20 @@ std::string PlaceOf(const FileChange& file, const Item& item)
     return file.path + (file.format == FileFormat::Ini ? " [" + item.group + "] " : " " + item.group + " ") + item.name;
 }
 
+/// Account 16 makes way for the direct-IP account as a whole.
+bool IsReplacedAccount(const FileChange& file)
+{
+    return file.path == "/config/user/voip/sipAccount16.cfg" && file.kind == ChangeKind::Changed &&
+           std::any_of(file.passes.begin(), file.passes.end(), [](const std::string& pass) {
+               return pass.find("direct-IP account") != std::string::npos;
+           });
+}
+
 void AddValueWarnings(const RunFacts& facts, WarningList& list)
 {
     for (const FileChange& file : facts.changes) {
         for (const ItemChange& item : file.items) {
-            if (item.kind == ChangeKind::Emptied)
+            if (item.kind == ChangeKind::Emptied && !IsReplacedAccount(file))
                 list.Add(WarningRule::ValueEmptied, PlaceOf(file, item.place), "it had a value");
             const int layers = item.after ? facts.secrets.LayersOf(*item.after) : 0;
             if (layers > 1 && layers > facts.secrets.LayersOf(item.before.value_or("")))
@@ -40,6 +49,8 @@ void AddAccountWarnings(const RunFacts& facts, WarningList& list)
         if (file.kind == ChangeKind::Removed && file.path.rfind("/config/user/voip/sipAccount", 0) == 0)
             list.Add(WarningRule::AccountRemoved, file.path,
                      file.sameAs.empty() ? "no file holds it any more" : "its settings are now " + file.sameAs);
+        if (IsReplacedAccount(file))
+            list.Add(WarningRule::AccountRemoved, file.path, "the direct-IP account takes its place");
     }
 }
 
@@ -62,7 +73,7 @@ const std::vector<WarningText>& WarningRules()
         {WarningRule::EmptyCertificate, "a certificate has the size 0",
          "remove it: the certificate sync copies a missing one and never replaces one"},
         {WarningRule::AccountRemoved, "an account is removed",
-         "run mode \"2\" after mode \"1\": it makes the direct-IP account number 16"},
+         "mode \"2\" makes the direct-IP account number 16: keep what was there if it was in use"},
         {WarningRule::SecondRunChanges, "a second run would still change something", "run this mode once"},
         {WarningRule::PassesUnknown, "nobody knows which pass made which change",
          "use kestrune-preview and kestrune of one build"},
