@@ -123,7 +123,9 @@ std::vector<ShownWarning> FindWarnings(const RunFacts& facts)
     AddAccountWarnings(facts, list);
     for (const FileChange& file : facts.secondRun)
         list.Add(WarningRule::SecondRunChanges, file.path,
-                 file.items.empty() ? "the file" : std::to_string(file.items.size()) + " values in it");
+                 file.items.empty()       ? "the file"
+                 : file.items.size() == 1 ? "1 value in it"
+                                          : std::to_string(file.items.size()) + " values in it");
     if (facts.states.empty())
         list.Add(WarningRule::PassesUnknown, "/", "the passes, run one by one, gave another phone");
     return list.Take();
