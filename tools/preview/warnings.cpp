@@ -100,6 +100,13 @@ void WarningList::Add(WarningRule rule, const std::string& place, const std::str
     warnings_.emplace_back(rule, std::move(warning));
 }
 
+bool WarningList::Has(WarningRule rule, const std::string& place) const
+{
+    return std::any_of(warnings_.begin(), warnings_.end(), [rule, shown = Printable(place)](const auto& entry) {
+        return entry.first == rule && entry.second.place == shown;
+    });
+}
+
 std::vector<ShownWarning> WarningList::Take()
 {
     const auto keyOf = [](const auto& entry) { return std::tie(entry.first, entry.second.place, entry.second.text); };

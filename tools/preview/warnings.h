@@ -54,6 +54,7 @@ class WarningList
 public:
     /// The place and the text may hold names as they stand on the phone, never a value.
     void Add(WarningRule rule, const std::string& place, const std::string& text);
+    bool Has(WarningRule rule, const std::string& place) const;
     std::vector<ShownWarning> Take();
 
 private:
