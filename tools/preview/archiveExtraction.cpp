@@ -194,6 +194,7 @@ void ExtractArchive(const fs::path& path, const fs::path& folder)
         AddAll(opened.get(), extraction);
         extraction.Finish();
     } catch (const fs::filesystem_error& error) {
-        throw PreviewError(std::string("archive refused: ") + error.code().message()); // a file where a folder has to be
+        throw PreviewError(std::string("archive refused: ") +
+                           error.code().message()); // a file where a folder has to be
     }
 }

@@ -40,8 +40,8 @@ public:
         for (const std::string& argument : arguments)
             pointers.push_back(const_cast<char*>(argument.c_str()));
         pointers.push_back(nullptr);
-        const int error = posix_spawnp(&process_, pointers.front(), &actions, /*attributes=*/nullptr, pointers.data(),
-                                       environ);
+        const int error =
+            posix_spawnp(&process_, pointers.front(), &actions, /*attributes=*/nullptr, pointers.data(), environ);
         posix_spawn_file_actions_destroy(&actions);
         if (error != 0)
             throw PreviewError("cannot start " + arguments.front() + ": " + std::strerror(error));

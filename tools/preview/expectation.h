@@ -10,4 +10,5 @@
 /// Neither do the names of the images. Throws `PreviewError` when the file cannot be read or is no such text.
 ///
 /// @return what differs, a line each; empty when nothing does
-std::vector<std::string> CompareWithExpected(const std::vector<Preview>& previews, const std::filesystem::path& expected);
+std::vector<std::string> CompareWithExpected(const std::vector<Preview>& previews,
+                                             const std::filesystem::path& expected);

@@ -59,7 +59,8 @@ public:
     {
         std::vector<std::string> passes;
         for (std::size_t i = 1; i < values_.size(); ++i) {
-            const bool isOther = values_[i] != values_[i - 1] && ValueAt(*values_[i], place) != ValueAt(*values_[i - 1], place);
+            const bool isOther =
+                values_[i] != values_[i - 1] && ValueAt(*values_[i], place) != ValueAt(*values_[i - 1], place);
             if (isOther && (passes.empty() || passes.back() != states_[i].pass))
                 passes.push_back(states_[i].pass);
         }
@@ -190,7 +191,8 @@ FileChange Compare(const std::string& path, const Snapshot& before, const Snapsh
     change.passes = PassesThat(states, [&path](const Snapshot& one, const Snapshot& other) {
         const auto first = one.find(path);
         const auto second = other.find(path);
-        return (first == one.end()) != (second == other.end()) || (first != one.end() && first->second != second->second);
+        return (first == one.end()) != (second == other.end()) ||
+               (first != one.end() && first->second != second->second);
     });
     if (!change.isFile)
         return change;

@@ -38,4 +38,5 @@ struct FileChange {
 ///
 /// @param states  the phone between the passes; empty when nobody knows
 /// @return by path
-std::vector<FileChange> FindChanges(const Snapshot& before, const Snapshot& after, const std::vector<PassState>& states);
+std::vector<FileChange> FindChanges(const Snapshot& before, const Snapshot& after,
+                                    const std::vector<PassState>& states);

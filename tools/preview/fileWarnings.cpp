@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <pugixml.hpp>
 
-#include "integerText.h"
 #include "iniText.h"
+#include "integerText.h"
 #include "xmlGuard.h"
 
 namespace
@@ -18,20 +18,13 @@ struct ExpectedRoot {
 };
 
 constexpr ExpectedRoot kExpectedRoots[] = {
-    {"/config/data/contactData.xml", "contactData", false},
-    {"/config/data/dialplan.xml", "DialRule", false},
-    {"/config/data/dialnow.xml", "DialNow", false},
-    {"/config/data/dsskey.xml", "DssKey", false},
-    {"/config/data/doorphonedata.xml", "DoorPhone", false},
-    {"/config/data/remotebook.xml", "RemotePhoneBook", false},
-    {"/config/data/linekey.xml", "dsskey", true},
-    {"/config/data/programkey.xml", "programkey", true},
-    {"/config/data/expkey0.xml", "dsskey", true},
-    {"/config/data/expkey1.xml", "dsskey", true},
-    {"/config/data/expkey2.xml", "dsskey", true},
-    {"/config/data/expkey3.xml", "dsskey", true},
-    {"/config/data/expkey4.xml", "dsskey", true},
-    {"/config/data/expkey5.xml", "dsskey", true},
+    {"/config/data/contactData.xml", "contactData", false}, {"/config/data/dialplan.xml", "DialRule", false},
+    {"/config/data/dialnow.xml", "DialNow", false},         {"/config/data/dsskey.xml", "DssKey", false},
+    {"/config/data/doorphonedata.xml", "DoorPhone", false}, {"/config/data/remotebook.xml", "RemotePhoneBook", false},
+    {"/config/data/linekey.xml", "dsskey", true},           {"/config/data/programkey.xml", "programkey", true},
+    {"/config/data/expkey0.xml", "dsskey", true},           {"/config/data/expkey1.xml", "dsskey", true},
+    {"/config/data/expkey2.xml", "dsskey", true},           {"/config/data/expkey3.xml", "dsskey", true},
+    {"/config/data/expkey4.xml", "dsskey", true},           {"/config/data/expkey5.xml", "dsskey", true},
 };
 
 constexpr int kMostGroups = 50;

@@ -34,10 +34,12 @@ void Count(std::vector<Bar>& bars, const std::string& label, int count)
         found->count += count;
 }
 
-/// In the order in which the passes are met; a file that was not taken apart counts as one.
+/// In the order in which the passes ran; a file that was not taken apart counts as one.
 std::vector<Bar> BarsByPass(const Preview& preview)
 {
     std::vector<Bar> bars;
+    for (const std::string& pass : preview.passes)
+        Count(bars, pass, 0);
     for (const ShownFile& file : preview.files) {
         for (const ShownChange& change : file.changes) {
             for (const std::string& pass : change.passes)
@@ -48,6 +50,7 @@ std::vector<Bar> BarsByPass(const Preview& preview)
                 Count(bars, pass, 1);
         }
     }
+    bars.erase(std::remove_if(bars.begin(), bars.end(), [](const Bar& bar) { return bar.count == 0; }), bars.end());
     return bars;
 }
 
@@ -60,7 +63,8 @@ std::vector<Bar> BarsByFile(const Preview& preview)
             count += CountOf(change);
         bars.push_back({file.path, count});
     }
-    std::stable_sort(bars.begin(), bars.end(), [](const Bar& one, const Bar& other) { return one.count > other.count; });
+    std::stable_sort(bars.begin(), bars.end(),
+                     [](const Bar& one, const Bar& other) { return one.count > other.count; });
     if (bars.size() > kMostFiles)
         bars.resize(kMostFiles);
     return bars;
@@ -91,8 +95,8 @@ void Draw(std::string& svg, int& y, const char* title, const std::vector<Bar>& b
     y += kRowHeight;
     for (const Bar& bar : bars) {
         const int width = std::max(2, static_cast<int>(std::int64_t{bar.count} * kBarWidth / most));
-        svg += "<text x=\"" + Number(kTextWidth - 8) + "\" y=\"" + Number(y + kBaseLine) +
-               "\" text-anchor=\"end\">" + EscapeHtml(ShortLabel(bar.label)) + "</text>";
+        svg += "<text x=\"" + Number(kTextWidth - 8) + "\" y=\"" + Number(y + kBaseLine) + "\" text-anchor=\"end\">" +
+               EscapeHtml(ShortLabel(bar.label)) + "</text>";
         svg += "<rect x=\"" + Number(kTextWidth) + "\" y=\"" + Number(y + 3) + "\" width=\"" + Number(width) +
                "\" height=\"" + Number(kRowHeight - 6) + "\"/>";
         svg += "<text x=\"" + Number(kTextWidth + width + 6) + "\" y=\"" + Number(y + kBaseLine) + "\">" +

@@ -41,7 +41,8 @@ std::string Cell(const std::optional<std::string>& value)
 {
     if (!value)
         return "<td></td>";
-    return value->empty() ? "<td>" + Element("span", "dim", "(empty)") + "</td>" : "<td>" + EscapeHtml(*value) + "</td>";
+    return value->empty() ? "<td>" + Element("span", "dim", "(empty)") + "</td>"
+                          : "<td>" + EscapeHtml(*value) + "</td>";
 }
 
 std::string RecordCells(const ShownChange& change)
@@ -69,8 +70,8 @@ std::string Row(const ShownChange& change, const ShownFile& file)
 
 std::string File(const ShownFile& file)
 {
-    std::string html = "<h3>" + EscapeHtml(file.path) + " " + Element("span", KindWord(file.kind), KindWord(file.kind)) +
-                       PassText(file.passes) + "</h3>\n";
+    std::string html = "<h3>" + EscapeHtml(file.path) + " " +
+                       Element("span", KindWord(file.kind), KindWord(file.kind)) + PassText(file.passes) + "</h3>\n";
     if (!file.note.empty())
         html += "<p>" + EscapeHtml(file.note) + "</p>\n";
     if (!file.changes.empty()) {
@@ -82,7 +83,11 @@ std::string File(const ShownFile& file)
     if (!file.diff.empty()) {
         html += "<pre>";
         for (const std::string& line : file.diff)
-            html += Element("span", line.empty() ? "dim" : line[0] == '+' ? "added" : line[0] == '-' ? "removed" : "dim",
+            html += Element("span",
+                            line.empty()     ? "dim"
+                            : line[0] == '+' ? "added"
+                            : line[0] == '-' ? "removed"
+                                             : "dim",
                             line) +
                     "\n";
         html += "</pre>\n";
@@ -121,7 +126,8 @@ std::string Section(const Preview& preview, bool withReports)
 
 std::string FleetTable(const std::vector<Preview>& previews)
 {
-    std::string html = "<div class=\"wide\"><table><tr><th>image</th><th>files</th><th>keys</th><th>warnings</th></tr>\n";
+    std::string html =
+        "<div class=\"wide\"><table><tr><th>image</th><th>files</th><th>keys</th><th>warnings</th></tr>\n";
     for (const Preview& preview : previews) {
         html += "<tr><td>" + EscapeHtml(preview.image) + "</td>";
         if (!preview.error.empty())

@@ -28,7 +28,8 @@ std::vector<Item> ReadIniItems(std::string_view text)
             isInSection = true;
         } else if (line.kind == IniLineKind::Key && isInSection) {
             const std::string key(line.name);
-            items.push_back({std::string(section), key, ++counts[{section, line.name}], std::string(line.value), {key}});
+            items.push_back(
+                {std::string(section), key, ++counts[{section, line.name}], std::string(line.value), {key}});
         }
     }
     return items;

@@ -91,7 +91,8 @@ OptionsResult ReadOptions(int argumentCount, const char* const* arguments, Optio
     app.add_option("--expect", options.expectedFile, "compare with the JSON of an approved preview; 0 equal, 1 not");
     app.add_option("--jobs", options.jobs, "so many images at once")->check(CLI::Range(1u, 256u));
     app.add_option("--program", program, "the kestrune to run");
-    app.add_option("--save-phone", options.request.savedPhone, "make this folder with the phone as it is after the run");
+    app.add_option("--save-phone", options.request.savedPhone,
+                   "make this folder with the phone as it is after the run");
     try {
         app.parse(argumentCount, arguments);
     } catch (const CLI::ParseError& error) {

@@ -33,8 +33,8 @@ ListedEntry ReadEntry(const json& object)
 
 TableRecord ReadRecord(const json& object)
 {
-    return {TextOf(object, "sourceFile"), TextOf(object, "sourceSection"), TextOf(object, "sourceKey"),
-            TextOf(object, "file"),       TextOf(object, "section"),       TextOf(object, "key"),
+    return {TextOf(object, "sourceFile"),    TextOf(object, "sourceSection"), TextOf(object, "sourceKey"),
+            TextOf(object, "file"),          TextOf(object, "section"),       TextOf(object, "key"),
             object.at("hasFlag").get<bool>()};
 }
 

@@ -61,8 +61,7 @@ public:
         after_ = TakeSnapshot(phone_, before_);
         states_ = RunPassByPass(request_, PhoneHelper(request_.programs.steps, scratch_.Path("steps")),
                                 scratch_.Path("steps"), before_, after_);
-        if (!request_.savedPhone.empty())
-            CopyPhone(phone_, request_.savedPhone);
+        SavePhone();
         (void)RunModes(request_, phone_); // its reports say nothing new
         afterSecondRun_ = TakeSnapshot(phone_, after_);
     }
@@ -74,15 +73,26 @@ public:
         const std::vector<FileChange> changes = FindChanges(before_, after_, states_);
         const std::vector<FileChange> secondRun = FindChanges(after_, afterSecondRun_, {});
         preview.arePassesKnown = !states_.empty();
+        for (const PassState& state : states_)
+            preview.passes.push_back(state.pass);
         preview.files = ShowFiles(changes, secrets);
         preview.secondRun = ShowFiles(secondRun, secrets);
-        preview.warnings = FindWarnings(
-            {request_.modes, before_, after_, states_, changes, secondRun, reports_, lists_, secrets});
+        preview.warnings =
+            FindWarnings({request_.modes, before_, after_, states_, changes, secondRun, reports_, lists_, secrets});
         for (const RunReports& reports : reports_)
             preview.reports.push_back(ShowReports(reports, lists_.records, secrets));
     }
 
 private:
+    void SavePhone() const
+    {
+        if (request_.savedPhone.empty())
+            return;
+        if (fs::exists(fs::symlink_status(request_.savedPhone)))
+            throw PreviewError(request_.savedPhone.string() + " is there already");
+        CopyPhone(phone_, request_.savedPhone);
+    }
+
     void LearnAll(Secrets& secrets) const
     {
         secrets.Learn(before_);

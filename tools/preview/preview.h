@@ -15,12 +15,12 @@
 /// One value, or one whole record of an XML file, that changed.
 struct ShownChange {
     ChangeKind kind;
-    std::string group;                                          ///< section or record
-    std::string name;                                           ///< key or attribute; empty for a whole record
+    std::string group; ///< section or record
+    std::string name;  ///< key or attribute; empty for a whole record
     std::optional<std::string> before;
     std::optional<std::string> after;
     std::vector<std::pair<std::string, std::string>> attributes; ///< of a whole record
-    std::string secret;                                         ///< what became of a secret; empty for what is none
+    std::string secret;                                          ///< what became of a secret; empty for what is none
     std::vector<std::string> passes;
 };
 
@@ -62,6 +62,7 @@ struct Preview {
     std::vector<std::string> modes;
     std::string error; ///< why there is no preview; the rest is empty then
     bool arePassesKnown = true;
+    std::vector<std::string> passes; ///< all that ran, in their order
     std::vector<ShownFile> files;
     std::vector<ShownWarning> warnings;
     std::vector<ShownFile> secondRun; ///< what the same modes once more would still change

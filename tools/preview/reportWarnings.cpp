@@ -98,7 +98,8 @@ void AddRecordWarnings(const RunFacts& facts, const std::string& output, Warning
         const std::string source = report.source.value_or("");
         if (isLocked && report.isFlagged && CannotBeEnciphered(source) && facts.secrets.LayersOf(source) == 0)
             list.Add(WarningRule::TooLongToEncipher, PlaceOf(*report.record),
-                     report.value.empty() ? "translation table: the value is lost" : "translation table: it stays plain");
+                     report.value.empty() ? "translation table: the value is lost"
+                                          : "translation table: it stays plain");
     }
 }
 

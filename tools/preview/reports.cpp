@@ -16,8 +16,14 @@ constexpr std::string_view kEnd = "Can's load user's inifile!"; // the device's 
 
 /// Reports that hold names and paths alone.
 constexpr std::string_view kWithoutValues[] = {
-    "chTraceStack: ", "app_log ",        "bEncrypt=",  "The file [",
-    "Can's load ",    "etlTrace 2: The", "etlTrace 2: Can't load the", "etlTrace 3: Fail to load file [/",
+    "chTraceStack: ",
+    "app_log ",
+    "bEncrypt=",
+    "The file [",
+    "Can's load ",
+    "etlTrace 2: The",
+    "etlTrace 2: Can't load the",
+    "etlTrace 3: Fail to load file [/",
 };
 
 bool BeginsWith(std::string_view text, std::string_view beginning)

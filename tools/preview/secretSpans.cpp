@@ -19,8 +19,8 @@ bool IsNameCharacter(char character)
 /// The name that ends before the position, blanks and a quote between them passed over.
 std::string_view NameBefore(std::string_view text, std::size_t end)
 {
-    while (end > 0 && (kBlanks.find(text[end - 1]) != std::string_view::npos || text[end - 1] == '"' ||
-                       text[end - 1] == '\''))
+    while (end > 0 &&
+           (kBlanks.find(text[end - 1]) != std::string_view::npos || text[end - 1] == '"' || text[end - 1] == '\''))
         --end;
     std::size_t begin = end;
     while (begin > 0 && IsNameCharacter(text[begin - 1]))
@@ -43,9 +43,11 @@ SecretSpan ValueBehind(std::string_view text, std::size_t begin)
 
 void FindAssigned(std::string_view text, std::vector<SecretSpan>& spans)
 {
-    for (std::size_t at = text.find_first_of("=:"); at != std::string_view::npos; at = text.find_first_of("=:", at + 1)) {
+    for (std::size_t at = text.find_first_of("=:"); at != std::string_view::npos;
+         at = text.find_first_of("=:", at + 1)) {
         const SecretSpan span = ValueBehind(text, at + 1);
-        if (span.begin < span.end && IsSecretValue(NameBefore(text, at), text.substr(span.begin, span.end - span.begin)))
+        if (span.begin < span.end &&
+            IsSecretValue(NameBefore(text, at), text.substr(span.begin, span.end - span.begin)))
             spans.push_back(span);
     }
 }

@@ -1,72 +1,35 @@
 #include "secrets.h"
 
 #include <algorithm>
-#include <cctype>
 
 #include "secretSpans.h"
 
 namespace
 {
 
-/// Shorter ones are hidden in their places alone: a text that lost every "1" could not be read, and would tell more.
-constexpr std::size_t kShortestHidden = 4;
-
-/// Ones from here on are hidden inside of words as well.
-constexpr std::size_t kShortestInWords = 6;
-
 bool EndsIn(std::string_view text, std::string_view ending)
 {
     return text.size() >= ending.size() && text.substr(text.size() - ending.size()) == ending;
 }
 
-bool IsWordCharacter(char character)
+void Replace(std::string& text, std::string_view character, std::string_view entity)
 {
-    return std::isalnum(static_cast<unsigned char>(character)) != 0 || (static_cast<unsigned char>(character) & 0x80) != 0;
+    for (std::size_t at = text.find(character); at != std::string::npos; at = text.find(character, at + entity.size()))
+        text.replace(at, character.size(), entity);
 }
 
-bool IsWord(const std::string& text, std::size_t begin, std::size_t end)
+/// As it stands in an XML file: between tags, and in attributes of either library.
+std::vector<std::string> XmlForms(std::string value)
 {
-    return (begin == 0 || !IsWordCharacter(text[begin - 1])) && (end == text.size() || !IsWordCharacter(text[end]));
-}
-
-void ReplaceAll(std::string& text, const std::string& value)
-{
-    for (std::size_t at = text.find(value); at != std::string::npos; at = text.find(value, at)) {
-        if (value.size() < kShortestInWords && !IsWord(text, at, at + value.size())) {
-            ++at;
-            continue;
-        }
-        text.replace(at, value.size(), kMask);
-        at += sizeof kMask - 1;
-    }
-}
-
-/// As it stands in an XML file.
-std::string EscapeForXml(const std::string& value)
-{
-    std::string text;
-    for (const char character : value) {
-        switch (character) {
-        case '&':
-            text += "&amp;";
-            break;
-        case '<':
-            text += "&lt;";
-            break;
-        case '>':
-            text += "&gt;";
-            break;
-        case '"':
-            text += "&quot;";
-            break;
-        case '\'':
-            text += "&apos;";
-            break;
-        default:
-            text += character;
-        }
-    }
-    return text;
+    Replace(value, "&", "&amp;");
+    Replace(value, "<", "&lt;");
+    Replace(value, ">", "&gt;");
+    std::vector<std::string> forms = {value};
+    Replace(value, "\"", "&quot;");
+    forms.push_back(value);
+    Replace(value, "'", "&apos;");
+    forms.push_back(value);
+    return forms;
 }
 
 std::string_view Trim(std::string_view text)
@@ -137,14 +100,14 @@ void Secrets::Decipher(const PhoneHelper& helper)
             inner.assign(answers[i].begin() + static_cast<std::ptrdiff_t>(layer) + 1, answers[i].end());
         }
     }
-    std::set<std::string> shown;
+    std::set<std::string> forms;
     for (const auto& [value, layers] : values_) {
-        if (value.size() >= kShortestHidden)
-            shown.insert({value, EscapeForXml(value)});
+        forms.insert(value);
+        for (std::string& form : XmlForms(value))
+            forms.insert(std::move(form));
     }
-    byLength_.assign(shown.begin(), shown.end());
-    std::stable_sort(byLength_.begin(), byLength_.end(),
-                     [](const std::string& one, const std::string& other) { return one.size() > other.size(); });
+    for (const std::string& form : forms)
+        search_.Add(form);
 }
 
 int Secrets::LayersOf(const std::string& value) const
@@ -183,15 +146,9 @@ std::string Secrets::Mask(const std::string& value) const
     return secrecy_ == Secrecy::Revealed || value.empty() ? value : kMask;
 }
 
-std::string Secrets::Hide(std::string text) const
+std::string Secrets::Hide(const std::string& text) const
 {
-    if (secrecy_ == Secrecy::Revealed)
-        return text;
-    if (text.size() >= kShortestHidden && values_.count(text) != 0)
-        return kMask;
-    for (const std::string& value : byLength_)
-        ReplaceAll(text, value);
-    return text;
+    return secrecy_ == Secrecy::Revealed ? text : search_.Hide(text);
 }
 
 std::string Secrets::NumberedMask(const std::string& value)

@@ -8,12 +8,10 @@
 #include <vector>
 
 #include "secretPlaces.h"
+#include "secretSearch.h"
 #include "snapshot.h"
 
 enum class Secrecy { Hidden, Revealed };
-
-/// What stands for a secret.
-constexpr char kMask[] = "\u2022\u2022\u2022\u2022\u2022\u2022";
 
 /// The secrets of one phone: where they are, what they are, and in which form. First `Learn` everything that the preview
 /// will show, then `Decipher`; the rest is for what is shown.
@@ -40,7 +38,7 @@ public:
     std::string Mask(const std::string& value) const;
 
     /// Hides every known secret in a text that is shown for another reason.
-    std::string Hide(std::string text) const;
+    std::string Hide(const std::string& text) const;
 
     /// Hides the secrets of a file that is shown as it stands. Equal secrets get equal numbers, so that a changed one is
     /// seen to be changed.
@@ -56,6 +54,6 @@ private:
     Secrecy secrecy_;
     std::set<std::shared_ptr<const std::string>> learnt_;
     std::map<std::string, std::vector<std::string>> values_; ///< with what each deciphers to in turn
-    std::vector<std::string> byLength_;                      ///< values to look for in texts, the longest first
+    SecretSearch search_;
     std::map<std::string, int> numbers_;
 };

@@ -129,8 +129,8 @@ ShownFile Show(const FileChange& file, Secrets& secrets)
         shown.note = "a link, a folder or something else: " + Printable(secrets.Hide(file.before)) + " -> " +
                      Printable(secrets.Hide(file.after));
     else if (!file.sameAs.empty())
-        shown.note = (file.kind == ChangeKind::Removed ? "its bytes are now " : "the same bytes as ") +
-                     Printable(file.sameAs);
+        shown.note =
+            (file.kind == ChangeKind::Removed ? "its bytes are now " : "the same bytes as ") + Printable(file.sameAs);
     else if (file.format == FileFormat::Binary)
         shown.note = BytesNote(file);
     else if (file.hasItems && (!file.items.empty() || file.format == FileFormat::Xml))

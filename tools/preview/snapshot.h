@@ -11,7 +11,7 @@ struct PhoneFile {
     enum class Kind { File, Link, Folder, Other };
 
     Kind kind = Kind::Other;
-    mode_t mode = 0;                             ///< permission bits
+    mode_t mode = 0;                            ///< permission bits
     std::shared_ptr<const std::string> content; ///< a file's bytes, where a link leads; never null
 };
 

@@ -19,9 +19,8 @@ std::string PlaceOf(const FileChange& file, const Item& item)
 bool IsReplacedAccount(const FileChange& file)
 {
     return file.path == "/config/user/voip/sipAccount16.cfg" && file.kind == ChangeKind::Changed &&
-           std::any_of(file.passes.begin(), file.passes.end(), [](const std::string& pass) {
-               return pass.find("direct-IP account") != std::string::npos;
-           });
+           std::any_of(file.passes.begin(), file.passes.end(),
+                       [](const std::string& pass) { return pass.find("direct-IP account") != std::string::npos; });
 }
 
 void AddValueWarnings(const RunFacts& facts, WarningList& list)
@@ -67,7 +66,8 @@ const std::vector<WarningText>& WarningRules()
          "set the user's EnLock to the factory's after the run, and give the table a record for every listed secret"},
         {WarningRule::SecondsAlready, "a time is in seconds already",
          "run mode \"2\" once, or set the time anew after the run"},
-        {WarningRule::LimitReached, "a limit is reached", "what is beyond it stays in the old file alone: thin it out first"},
+        {WarningRule::LimitReached, "a limit is reached",
+         "what is beyond it stays in the old file alone: thin it out first"},
         {WarningRule::PassStopped, "a pass stopped early", "mend the file that it names and run again"},
         {WarningRule::FileNotLoaded, "a file does not load", "mend or restore the file and run again"},
         {WarningRule::EmptyCertificate, "a certificate has the size 0",

@@ -10,7 +10,8 @@
 const char* KindWord(ChangeKind kind); ///< "added", "changed", "emptied", "removed"
 
 /// The kinds in the order in which they are counted.
-constexpr ChangeKind kChangeKinds[] = {ChangeKind::Added, ChangeKind::Changed, ChangeKind::Emptied, ChangeKind::Removed};
+constexpr ChangeKind kChangeKinds[] = {ChangeKind::Added, ChangeKind::Changed, ChangeKind::Emptied,
+                                       ChangeKind::Removed};
 
 /// @return "3 added, 1 changed", without the kinds that did not happen; "none"
 std::string CountWords(const Counts& counts);
