@@ -24,15 +24,16 @@ constexpr int kSomethingChanges = 2;
 
 void WriteFiles(const Options& options, const std::vector<Preview>& previews)
 {
+    const Readers readers = options.request.secrecy == Secrecy::Revealed ? Readers::Owner : Readers::AsUmaskSays;
     if (!options.jsonFile.empty()) {
         const std::string text = ToJson(previews, options.withReports).dump(2) + "\n";
         if (options.jsonFile == "-")
             std::cout << text;
         else
-            WriteWhole(options.jsonFile, text);
+            WriteWhole(options.jsonFile, text, readers);
     }
     if (!options.htmlFile.empty())
-        WriteWhole(options.htmlFile, HtmlPage(previews, options.withReports));
+        WriteWhole(options.htmlFile, HtmlPage(previews, options.withReports), readers);
 }
 
 void WriteToTerminal(const Options& options, const std::vector<Preview>& previews)

@@ -45,9 +45,10 @@ std::string ReadWhole(const std::filesystem::path& path, std::size_t mostBytes)
     return bytes;
 }
 
-void WriteWhole(const std::filesystem::path& path, const std::string& bytes)
+void WriteWhole(const std::filesystem::path& path, const std::string& bytes, Readers readers)
 {
-    const int descriptor = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0600);
+    const mode_t bits = readers == Readers::Owner ? 0600 : 0666;
+    const int descriptor = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, bits);
     const Descriptor file(descriptor);
     if (!file.IsOpen() || !WriteAll(file.Number(), bytes))
         throw PreviewError("cannot write " + path.string() + ": " + std::strerror(errno));

@@ -22,5 +22,8 @@ private:
 /// Reads a regular file that is no link, whole. Throws `PreviewError` when it cannot be read or has more bytes than that.
 std::string ReadWhole(const std::filesystem::path& path, std::size_t mostBytes);
 
+/// Who may read a file that we make.
+enum class Readers { Owner, AsUmaskSays };
+
 /// Makes or replaces a file. Throws `PreviewError`.
-void WriteWhole(const std::filesystem::path& path, const std::string& bytes);
+void WriteWhole(const std::filesystem::path& path, const std::string& bytes, Readers readers = Readers::Owner);
