@@ -74,7 +74,7 @@ public:
         const std::vector<FileChange> secondRun = FindChanges(after_, afterSecondRun_, {});
         preview.arePassesKnown = !states_.empty();
         for (const PassState& state : states_)
-            preview.passes.push_back(state.pass);
+            preview.passes.push_back(Printable(state.pass)); // the first, empty one counts nothing
         preview.files = ShowFiles(changes, secrets);
         preview.secondRun = ShowFiles(secondRun, secrets);
         preview.warnings =

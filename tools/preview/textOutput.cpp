@@ -123,7 +123,7 @@ private:
     {
         out_ << change.group;
         for (const auto& [name, value] : change.attributes)
-            out_ << "  " << Paint(kDim, name + "=") << value;
+            out_ << "  " << Paint(kDim, name + "=") << '"' << value << '"';
     }
 
     static std::string ValueWords(const ShownChange& change)
