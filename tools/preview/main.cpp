@@ -85,6 +85,7 @@ int main(int argumentCount, char** arguments)
     (void)std::setlocale(LC_CTYPE, "C.UTF-8"); // names in archives; without it those outside of ASCII are refused
     (void)std::signal(SIGPIPE, SIG_IGN);       // a program that ends early is seen at its write
     try {
+        RemoveScratchWhenInterrupted(); // copies of phones hold secrets
         Options options;
         switch (ReadOptions(argumentCount, arguments, options)) {
         case OptionsResult::Done:

@@ -19,6 +19,10 @@ private:
     std::filesystem::path folder_;
 };
 
+/// From now on, whoever interrupts or ends the process ends it, but the folders of all `Scratch` objects go first. To be
+/// called before the first thread and the first object.
+void RemoveScratchWhenInterrupted();
+
 /// Reads a regular file that is no link, whole. Throws `PreviewError` when it cannot be read or has more bytes than that.
 std::string ReadWhole(const std::filesystem::path& path, std::size_t mostBytes);
 

@@ -6,7 +6,9 @@ import os
 import pty
 import re
 import shutil
+import signal
 import subprocess
+import time
 
 import jsonschema
 
@@ -156,6 +158,23 @@ class CommandLine(previewTool.PreviewTest):
         self.assertEqual(list(scratch.iterdir()), [])
         shutil.rmtree(scratch)
         self.assertEqual(previewTool.run(image, "all", environment={"TMPDIR": str(scratch)}).returncode, previewTool.ERROR)
+
+    def test_nothing_is_left_behind_when_it_is_interrupted(self):
+        """A program that never ends keeps the preview waiting."""
+        image, = self.images(image="")
+        program, scratch = self.folder / "program", self.folder / "scratch"
+        program.write_text("#!/bin/sh\ntouch /config/runs\nsleep 50\n")
+        program.chmod(0o755)
+        scratch.mkdir()
+        for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
+            with subprocess.Popen([previewTool.PREVIEW, "--program", program, image, "all"], stdout=subprocess.DEVNULL,
+                                  stderr=subprocess.DEVNULL, env={**os.environ, "TMPDIR": str(scratch)}) as running:
+                while not list(scratch.glob("*/phone/config/runs")):
+                    self.assertIsNone(running.poll())
+                    time.sleep(0.01)
+                running.send_signal(number)
+                self.assertEqual(running.wait(timeout=20), 128 + number)
+            self.assertEqual(list(scratch.iterdir()), [])
 
 
 if __name__ == "__main__":
