@@ -28,13 +28,22 @@ std::string_view NameBefore(std::string_view text, std::size_t end)
     return text.substr(begin, end - begin);
 }
 
+/// What is found within this distance or not at all: a hostile file must not make us read it again and again.
+constexpr std::size_t kWindow = 4096;
+
+std::size_t FindWithin(std::string_view text, std::string_view what, std::size_t begin)
+{
+    const std::size_t found = text.substr(begin, kWindow).find(what);
+    return found == std::string_view::npos ? found : begin + found;
+}
+
 /// What is assigned behind the position: to the closing quote, or to the end of the line.
 SecretSpan ValueBehind(std::string_view text, std::size_t begin)
 {
     while (begin < text.size() && kBlanks.find(text[begin]) != std::string_view::npos)
         ++begin;
     if (begin < text.size() && (text[begin] == '"' || text[begin] == '\'')) {
-        const std::size_t close = text.find(text[begin], begin + 1);
+        const std::size_t close = FindWithin(text, text.substr(begin, 1), begin + 1);
         if (close != std::string_view::npos)
             return {begin + 1, close};
     }
@@ -43,12 +52,17 @@ SecretSpan ValueBehind(std::string_view text, std::size_t begin)
 
 void FindAssigned(std::string_view text, std::vector<SecretSpan>& spans)
 {
-    for (std::size_t at = text.find_first_of("=:"); at != std::string_view::npos;
-         at = text.find_first_of("=:", at + 1)) {
-        const SecretSpan span = ValueBehind(text, at + 1);
-        if (span.begin < span.end &&
-            IsSecretValue(NameBefore(text, at), text.substr(span.begin, span.end - span.begin)))
-            spans.push_back(span);
+    std::size_t at = text.find_first_of("=:");
+    while (at != std::string_view::npos) {
+        const std::string_view name = NameBefore(text, at);
+        ++at;
+        if (IsSecretName(name)) {
+            const SecretSpan span = ValueBehind(text, at);
+            if (IsSecretValue(name, text.substr(span.begin, span.end - span.begin)) && span.begin < span.end)
+                spans.push_back(span);
+            at = span.end;
+        }
+        at = text.find_first_of("=:", at);
     }
 }
 
@@ -58,23 +72,26 @@ void FindElements(std::string_view text, std::vector<SecretSpan>& spans)
         std::size_t end = open + 1;
         while (end < text.size() && IsNameCharacter(text[end]))
             ++end;
-        const std::size_t close = text.find('>', end);
-        if (close == std::string_view::npos || !IsSecretName(text.substr(open + 1, end - open - 1)))
+        if (!IsSecretName(text.substr(open + 1, end - open - 1)))
             continue;
-        const std::size_t next = std::min(text.size(), text.find("</", close));
-        if (close + 1 < next)
-            spans.push_back({close + 1, next});
+        const std::size_t close = FindWithin(text, ">", end);
+        if (close == std::string_view::npos)
+            continue;
+        const std::size_t next = FindWithin(text, "</", close);
+        spans.push_back({close + 1, next == std::string_view::npos ? std::min(text.size(), close + kWindow) : next});
     }
 }
 
 void FindPrivateKeys(std::string_view text, std::vector<SecretSpan>& spans)
 {
-    constexpr std::string_view kBegin = "-----BEGIN ";
-    for (std::size_t begin = text.find(kBegin); begin != std::string_view::npos; begin = text.find(kBegin, begin + 1)) {
+    std::size_t begin = text.find("-----BEGIN ");
+    while (begin != std::string_view::npos) {
         const std::size_t lineEnd = std::min(text.size(), text.find('\n', begin));
-        if (text.substr(begin, lineEnd - begin).find("PRIVATE KEY") == std::string_view::npos || lineEnd == text.size())
-            continue;
-        spans.push_back({lineEnd + 1, std::min(text.size(), text.find("-----END", lineEnd))});
+        const bool isKey = text.substr(begin, lineEnd - begin).find("PRIVATE KEY") != std::string_view::npos;
+        const std::size_t end = isKey ? std::min(text.size(), text.find("-----END", lineEnd)) : lineEnd;
+        if (isKey && lineEnd < end)
+            spans.push_back({lineEnd + 1, end});
+        begin = text.find("-----BEGIN ", end);
     }
 }
 

@@ -3,6 +3,7 @@
 #include <sstream>
 
 #include "childProcess.h"
+#include "previewError.h"
 #include "scratch.h"
 
 std::vector<std::string> UnifiedDiff(const std::string& before, const std::string& after)
@@ -12,6 +13,8 @@ std::vector<std::string> UnifiedDiff(const std::string& before, const std::strin
     WriteWhole(scratch.Path("after"), after);
     const ChildResult result = RunChild({"diff", "--unified", "--text", "--label", "before", "--label", "after", "--",
                                          scratch.Path("before").string(), scratch.Path("after").string()});
+    if (result.exitStatus > 1)
+        throw PreviewError("diff failed");
     std::vector<std::string> lines;
     std::istringstream stream(result.output);
     for (std::string line; std::getline(stream, line);)
