@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 #include "htmlText.h"
 
 std::string EscapeHtml(std::string_view text)

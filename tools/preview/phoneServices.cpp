@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
 // Runs in the sandbox, on a phone's files at the device's own paths, and answers what only the program's own code can
 // say: what each pass changes, which settings the phone's lists call secret, and what an enciphered value says.
 //

@@ -1,4 +1,7 @@
 #!/usr/bin/env python3
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
 """Archives of unknown origin: what could do harm is refused, and names with escape sequences are shown as escapes."""
 
 import gzip

@@ -1,4 +1,7 @@
 #!/usr/bin/env python3
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
 """script/demo is the preview on the example phone. What it builds is built already: cmake does nothing here."""
 
 import os

@@ -1,4 +1,7 @@
 #!/usr/bin/env python3
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
 """The manual page, the completion and the page in docs/ tell of every option and of every rule, and of no other."""
 
 import re

@@ -1,4 +1,7 @@
 #!/usr/bin/env python3
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
 """The phone after a preview is the phone after a run of the program itself, and the image stays as it was."""
 
 import itertools

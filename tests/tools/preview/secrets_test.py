@@ -1,4 +1,7 @@
 #!/usr/bin/env python3
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
 """Two hundred secrets of many shapes, planted in a phone, are found in no output, in whatever form the run leaves them."""
 
 import itertools

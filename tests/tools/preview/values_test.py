@@ -1,4 +1,7 @@
 #!/usr/bin/env python3
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
 """What changed in a file, by section and key, by record and attribute, or line by line; and what became of a secret."""
 
 import previewTool
