@@ -3,7 +3,6 @@
 
 #include <clocale>
 #include <csignal>
-#include <fstream>
 #include <iostream>
 #include <nlohmann/json.hpp>
 
