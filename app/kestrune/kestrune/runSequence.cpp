@@ -27,27 +27,39 @@
 namespace
 {
 
-/// Runs one pass. An exception (no memory, mostly) ends the pass that met it, never the run.
-template <typename Pass>
-void Run(Pass pass)
+/// Runs one pass after another and tells who watches when each has ended.
+class PassRunner
 {
-    try {
-        (void)pass(); // each pass reports its own failure
-    } catch (...) {
-        // What the pass has saved stays saved; the passes after it do not depend on it.
-    }
-}
+public:
+    explicit PassRunner(PassEnd passEnd) : passEnd_(passEnd) {}
 
-void TranslateXmlData()
+    /// Runs one pass. An exception (no memory, mostly) ends the pass that met it, never the run.
+    template <typename Pass>
+    void operator()(const char* name, Pass pass) const
+    {
+        try {
+            (void)pass(); // each pass reports its own failure
+        } catch (...) {
+            // What the pass has saved stays saved; the passes after it do not depend on it.
+        }
+        if (passEnd_ != nullptr)
+            passEnd_(name);
+    }
+
+private:
+    PassEnd passEnd_;
+};
+
+void TranslateXmlData(const PassRunner& run)
 {
     if (!IsEnableFromOld())
         return;
-    Run([] { return ContactV4XToV50(kOldContacts, kNewContactList, kNewContactGroups); });
-    Run([] { return DialPlanV4XToV50(kOldDialPlan, kNewDialPlan); });
-    Run([] { return DialNowV4XToV50(kOldDialNow, kNewDialNow); });
-    Run([] { return DSSKeyV4XToV50(kOldDSSKeys, kNewDSSKeys); });
-    Run([] { return DoorPhoneV4XToV50(kDoorPhones, kDoorPhones); });
-    Run([] { return RemoteBookV4XToV50(kOldRemoteBooks, kNewRemoteBooks); });
+    run("contacts", [] { return ContactV4XToV50(kOldContacts, kNewContactList, kNewContactGroups); });
+    run("dial plan", [] { return DialPlanV4XToV50(kOldDialPlan, kNewDialPlan); });
+    run("dial-now rules", [] { return DialNowV4XToV50(kOldDialNow, kNewDialNow); });
+    run("DSS keys", [] { return DSSKeyV4XToV50(kOldDSSKeys, kNewDSSKeys); });
+    run("door phones", [] { return DoorPhoneV4XToV50(kDoorPhones, kDoorPhones); });
+    run("remote phone books", [] { return RemoteBookV4XToV50(kOldRemoteBooks, kNewRemoteBooks); });
 }
 
 void SyncFactoryByVersion()
@@ -65,26 +77,26 @@ void ReportUsage(const char* program)
     app_log(kAppLogModule, kAppLogInformation, "Usage: \n#%s [all|dev|pwd]\n", program);
 }
 
-void RunMode(std::string_view mode)
+void RunMode(std::string_view mode, const PassRunner& run)
 {
-    Run([] { SetDefaultSCALineKeyNumber(); });
-    Run([] { InitRingbackTimeout(); });
+    run("start-up fix-ups", [] { SetDefaultSCALineKeyNumber(); });
+    run("start-up fix-ups", [] { InitRingbackTimeout(); });
 
     if (mode == "all" || mode == "dev") {
-        Run([] { return TranslateConfigTable(); });
-        Run([] { TranslateXmlData(); });
-        Run([] { SyncFactoryCerts(); });
+        run("translation table", [] { return TranslateConfigTable(); });
+        run("XML data", [&run] { TranslateXmlData(run); });
+        run("certificates", [] { SyncFactoryCerts(); });
     }
     if (mode == "all" || mode == "pwd")
-        Run([] { return TransPasswordFile(); });
+        run("passwords", [] { return TransPasswordFile(); });
 
     if (mode == "1") {
-        Run([] { SyncFactoryByVersion(); });
-        Run([] { ExtractDirectIPAccount(); });
+        run("factory sync by version", [] { SyncFactoryByVersion(); });
+        run("direct-IP account", [] { ExtractDirectIPAccount(); });
     }
     if (mode == "2") {
-        Run([] { MigrateVersionSettings(); });
-        Run([] { RestoreDirectIPAccount(); });
+        run("mode 2 migration", [] { MigrateVersionSettings(); });
+        run("direct-IP account", [] { RestoreDirectIPAccount(); });
     }
 }
 
@@ -95,12 +107,13 @@ bool IsEnableFromOld()
     return etlGetRegistryInt("/config/version.ini", "SyncConfig", "bEnableFromOld", 1) != 0;
 }
 
-int RunSequence(int argumentCount, const char* const* arguments)
+int RunSequence(int argumentCount, const char* const* arguments, PassEnd passEnd)
 {
+    const PassRunner run(passEnd);
     if (argumentCount <= 1)
-        Run([arguments] { ReportUsage(arguments[0]); });
+        run("usage", [arguments] { ReportUsage(arguments[0]); });
     else
-        Run([arguments] { RunMode(arguments[1]); });
+        run("mode", [arguments, &run] { RunMode(arguments[1], run); });
     FlushChangedFolders();
     return 0;
 }

@@ -8,6 +8,10 @@
 /// Reads:  /config/version.ini ([SyncConfig] bEnableFromOld; absent counts as enabled)
 bool IsEnableFromOld();
 
+/// Called when a pass has ended, with its name. What the pass has changed is in its files by then. Passes nest: the pass
+/// "XML data" ends after those that it consists of.
+using PassEnd = void (*)(const char* pass);
+
 /// Runs the passes of the mode that the first argument names, one after another in their fixed order.
 ///
 /// | mode      | passes                                                                                            |
@@ -23,5 +27,6 @@ bool IsEnableFromOld();
 /// A pass that fails, or meets an exception, ends by itself; the next one runs. At the end everything that was renamed
 /// is on the device for good.
 ///
+/// @param passEnd  called after each pass, for programs that watch a run; null in the program itself. Must not throw.
 /// @return 0 in every case: the program's exit status
-int RunSequence(int argumentCount, const char* const* arguments);
+int RunSequence(int argumentCount, const char* const* arguments, PassEnd passEnd = nullptr);

@@ -1,0 +1,50 @@
+#!/usr/bin/env python3
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
+"""The manual page, the completion and the page in docs/ tell of every option and of every rule, and of no other."""
+
+import re
+import shutil
+import subprocess
+import unittest
+
+import previewTool
+
+MANUAL = previewTool.PROJECT / "man" / "kestrune-preview.1"
+COMPLETION = previewTool.PROJECT / "packaging" / "completions" / "kestrune-preview"
+PAGE = previewTool.PROJECT / "docs" / "preview.md"
+RULES = previewTool.PROJECT / "tools" / "preview" / "warnings.h"
+
+
+def options_of_the_program():
+    return set(re.findall(r"--[a-z][a-z-]*", previewTool.run("--help").stdout))
+
+
+def rules_of_the_program():
+    numbers = re.findall(r"^    [A-Z]\w+ = (\d+),$", RULES.read_text(), re.MULTILINE)
+    return {f"KP{int(number):03d}" for number in numbers}
+
+
+class Manual(unittest.TestCase):
+    @unittest.skipIf(shutil.which("mandoc") is None, "mandoc is not installed")
+    def test_the_page_is_clean(self):
+        result = subprocess.run(["mandoc", "-T", "lint", MANUAL], capture_output=True, text=True, check=False)
+        self.assertEqual((result.returncode, result.stdout), (0, ""))
+
+    def test_it_tells_of_every_option(self):
+        told = {f"-{option}" for option in re.findall(r"^\.(?:Op|It) Fl (-[a-z-]+)", MANUAL.read_text(), re.MULTILINE)}
+        self.assertEqual(told | {"--help"}, options_of_the_program())
+
+    def test_it_tells_of_every_rule(self):
+        self.assertEqual(set(re.findall(r"^\.It (KP\d+)$", MANUAL.read_text(), re.MULTILINE)), rules_of_the_program())
+        self.assertEqual(set(re.findall(r"^\| (KP\d+) ", PAGE.read_text(), re.MULTILINE)), rules_of_the_program())
+
+    def test_the_completion_offers_every_option(self):
+        script = f". {COMPLETION}; COMP_WORDS=(kestrune-preview --); COMP_CWORD=1; _kestrune_preview; echo ${{COMPREPLY[@]}}"
+        result = subprocess.run(["bash", "-c", script], capture_output=True, text=True, check=False)
+        self.assertEqual((set(result.stdout.split()), result.stderr), (options_of_the_program(), ""))
+
+
+if __name__ == "__main__":
+    previewTool.main()

@@ -1,0 +1,115 @@
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
+"""Phones in folders, and the preview run on them."""
+
+import dataclasses
+import json
+import os
+import pathlib
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+
+HERE = pathlib.Path(__file__).resolve().parent
+PROJECT = HERE.parents[2]
+sys.path.insert(0, str(PROJECT / "tests" / "fault"))
+
+import sandbox  # noqa: E402: found by the line above
+
+PREVIEW = os.environ["KESTRUNE_PREVIEW"]
+PROGRAM = os.environ["KESTRUNE_PROGRAM"]
+SCHEMA = PROJECT / "tools" / "preview" / "preview.schema.json"
+
+MEMORY = "/dev/shm"  # each phone is made, read and thrown away: none of them needs a device
+if os.access(MEMORY, os.W_OK):
+    os.environ["TMPDIR"] = MEMORY
+
+NOTHING_CHANGES, ERROR, SOMETHING_CHANGES = 0, 1, 2
+SKIPPED = 77
+
+
+@dataclasses.dataclass(frozen=True)
+class Shown:
+    """What one call of the preview left behind."""
+
+    status: int
+    text: str
+    errors: str
+    json: dict
+    html: str
+
+    @property
+    def preview(self):
+        return self.json["previews"][0]
+
+    def file(self, path):
+        return next((file for file in self.preview["files"] if file["path"] == path), None)
+
+    def change(self, path, group, name):
+        changes = (self.file(path) or {}).get("changes", [])
+        return next((change for change in changes if (change["group"], change.get("name")) == (group, name)), None)
+
+    def rules(self):
+        return [warning["rule"] for warning in self.preview["warnings"]]
+
+
+def run(*arguments, environment=None):
+    """The preview as it is, with these arguments."""
+    return subprocess.run([PREVIEW, *map(str, arguments)], capture_output=True, text=True, stdin=subprocess.DEVNULL,
+                          env={**os.environ, **(environment or {})}, timeout=120, check=False)
+
+
+def show(folder, *arguments):
+    """All outputs of one call."""
+    result = run("--json", folder / "preview.json", "--html", folder / "preview.html", *arguments)
+    written = (folder / "preview.json").exists()
+    return Shown(result.returncode, result.stdout, result.stderr,
+                 json.loads((folder / "preview.json").read_text()) if written else {},
+                 (folder / "preview.html").read_text() if written else "")
+
+
+class PreviewTest(unittest.TestCase):
+    """A test with a folder of its own."""
+
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory(prefix="kestrune-preview-test-")
+        self.addCleanup(folder.cleanup)
+        self.folder = pathlib.Path(folder.name)
+
+    def phone(self, files, base=None):
+        """A phone with these files, by device path, over a copy of the named phone or over nothing."""
+        root = self.folder / "image"
+        if root.exists():
+            shutil.rmtree(root)
+        if base is not None:
+            sandbox.make_phone(base, root)
+        for path, content in files.items():
+            file = root / path[1:]
+            file.parent.mkdir(parents=True, exist_ok=True)
+            file.write_bytes(content.encode() if isinstance(content, str) else content)
+        (root / "config").mkdir(parents=True, exist_ok=True)
+        return root
+
+    def show(self, *arguments):
+        return show(self.folder, *arguments)
+
+
+def skip(reason):
+    print(f"SKIPPED: {reason}")
+    sys.exit(SKIPPED)
+
+
+def main():
+    """Runs the tests of the file that was started; a machine that forbids sandboxes proves nothing."""
+    with tempfile.TemporaryDirectory() as folder:
+        for tree in sandbox.TREES:
+            os.mkdir(f"{folder}/{tree}")
+        if shutil.which("bwrap") is None:
+            skip("bwrap is not installed")
+        tried = subprocess.run(sandbox.command("/bin/true", folder, []), capture_output=True, check=False)
+    if tried.returncode != 0:
+        skip(f"no sandbox here: {tried.stderr.decode(errors='replace').strip()}")
+    unittest.main()

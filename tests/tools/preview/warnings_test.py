@@ -1,0 +1,136 @@
+#!/usr/bin/env python3
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
+"""Each rule warns of its case, with a place, and of nothing else."""
+
+import previewTool
+
+USER, SYSTEM = "/config/user/user.ini", "/config/system/system.ini"
+TABLE, LIST = "/phone/resource/kestrune.xml", "/phone/resource/encryptconfig.xml"
+FACTORY = "/phone/factory/user/user.ini"
+FIXED = "[Feature]\nRingbackTimeout=120\n"
+
+
+def lock(value):
+    return f"[PhoneSetting]\nEnLock={value}\n"
+
+
+def record(key, to="", more=""):
+    return f'<r srcFile="{USER}" srcSec="A" srcKey="{key}" {to} {more}/>'
+
+
+def contacts(groups, in_each):
+    contact = '<contact sLocalRename="n"/>'
+    return "<contactData>" + "".join(f'<group sGroupName="g{n}">{contact * in_each}</group>' for n in range(groups)) + "</contactData>"
+
+
+def keys(count):
+    return "<DssKey>" + '<Item Type="Line"/>' * count + "</DssKey>"
+
+
+QUIET = {USER: FIXED + lock(0), FACTORY: lock(0), TABLE: "<t><r srcFile='/config/user/user.ini' srcSec='Feature' "
+         "srcKey='RingbackTimeout'/></t>", LIST: "<l/>", "/config/data/contactData.xml": contacts(1, 1)}
+
+# files over those of a phone without a warning; mode; rule and place
+CASES = [
+    ("a source that is missing", {TABLE: "<t>" + record("none", 'dstKey="b"') + "</t>", USER: FIXED + "[A]\nb=1\n"}, "dev",
+     "KP001", f"{USER} [A] b"),
+    ("a listed value of 104 characters", {USER: FIXED + lock(0) + "[A]\na=" + "x" * 104, FACTORY: lock(1),
+     LIST: f'<l><e file="{USER}" section="A" key="a"/></l>'}, "pwd",
+     "KP002", f"{USER} [A] a"),
+    ("a table value that stays plain", {USER: FIXED + lock(1) + "[A]\na=" + "x" * 104, FACTORY: lock(1),
+     TABLE: "<t>" + record("a", more='srcEncrypt="true"') + "</t>"}, "dev", "KP002", f"{USER} [A] a"),
+    ("a table value that is lost", {USER: FIXED + lock(1) + "[A]\na=" + "x" * 160, FACTORY: lock(1),
+     TABLE: "<t>" + record("a", more='srcEncrypt="true"') + "</t>"}, "dev", "KP002", f"{USER} [A] a"),
+    ("seconds taken for minutes", {USER: FIXED + "[Backlight]\nnBacklightTime=60\n", "/tmp/VersionInfo.cfg": ""}, "2",
+     "KP004", f"{USER} [Backlight] nBacklightTime"),
+    ("51 groups", {"/config/data/contactData.xml": contacts(51, 1)}, "dev", "KP005", "/config/data/contactData.xml"),
+    ("1002 contacts", {"/config/data/contactData.xml": contacts(2, 501)}, "dev", "KP005", "/config/data/contactData.xml"),
+    ("19 keys", {"/config/data/dsskey.xml": keys(19)}, "dev", "KP005", "/config/data/dsskey.xml"),
+    ("no table", {TABLE: None}, "dev", "KP006", TABLE),
+    ("a table that does not load", {TABLE: "<t><r"}, "dev", "KP006", TABLE),
+    ("a table without records", {TABLE: "<t/>"}, "dev", "KP006", TABLE),
+    ("a destination that does not load", {TABLE: "<t>" + record("a", 'dstFile="/config/none.ini"') + "</t>",
+     USER: FIXED + "[A]\na=1\n"}, "dev", "KP006", "/config/none.ini"),
+    ("no list", {LIST: None, FACTORY: lock(1)}, "pwd", "KP006", LIST),
+    ("no factory file", {FACTORY: None}, "pwd", "KP006", FACTORY),
+    ("contacts without names", {"/config/data/contactData.xml": "<contactData/>"}, "dev", "KP006",
+     "/config/data/contactData.xml"),
+    ("another root", {"/config/data/dialplan.xml": "<Other/>"}, "dev", "KP006", "/config/data/dialplan.xml"),
+    ("a source file that does not load", {TABLE: f'<t><r srcFile="/config/no.ini" srcSec="A" srcKey="a" dstFile="{USER}"/></t>'},
+     "dev", "KP007", "/config/no.ini"),
+    ("contacts that do not load", {"/config/data/contactData.xml": "<contactData"}, "dev", "KP007",
+     "/config/data/contactData.xml"),
+    ("dial rules that do not load", {"/config/data/dialnow.xml": "<DialNow"}, "dev", "KP007", "/config/data/dialnow.xml"),
+    ("door phones that do not load", {"/config/data/doorphonedata.xml": "<DoorPhone"}, "dev", "KP007",
+     "/config/data/doorphonedata.xml"),
+    ("keys that do not load", {"/config/data/dsskey.xml": "<DssKey"}, "dev", "KP007", "/config/data/dsskey.xml"),
+    ("an old file of which nothing is read", {"/config/data/dialplan.xml": "<"}, "dev", "KP007", "/config/data/dialplan.xml"),
+    ("phone books that do not load", {"/config/data/remotebook.xml": "<RemotePhoneBook"}, "dev", "KP007", "/config/data/remotebook.xml"),
+    ("a key layout that does not load", {"/config/data/linekey.xml": "<", "/tmp/VersionInfo.cfg": "",
+     USER: FIXED + "[Backlight]\nnBacklightTime=0\n"}, "2", "KP007", "/config/data/linekey.xml"),
+    ("a listed file that does not load", {LIST: '<l><e file="/config/no.ini" section="A" key="a"/></l>', FACTORY: lock(1)},
+     "pwd", "KP007", "/config/no.ini"),
+    ("an empty certificate", {"/config/certs/phoneca/a.pem": ""}, "dev", "KP008", "/config/certs/phoneca/a.pem"),
+    ("an account that goes", {"/config/user/voip/sipAccount2.cfg": "[account]\nSCALineKeyNumber=-1\ndirectip=1\n"}, "1",
+     "KP009", "/config/user/voip/sipAccount2.cfg"),
+]
+
+# the same just before it comes to that
+QUIET_CASES = [
+    ("103 characters", {USER: FIXED + lock(1) + "[A]\na=" + "x" * 103, FACTORY: lock(1),
+     TABLE: "<t>" + record("a", more='srcEncrypt="true"') + "</t>"}, "dev"),
+    ("a long value without a flag", {USER: FIXED + lock(1) + "[A]\na=" + "x" * 160, FACTORY: lock(1),
+     TABLE: "<t>" + record("a") + "</t>"}, "dev"),
+    ("50 groups", {"/config/data/contactData.xml": contacts(50, 1)}, "dev"),
+    ("1001 contacts", {"/config/data/contactData.xml": contacts(1, 1001)}, "dev"),
+    ("18 keys", {"/config/data/dsskey.xml": keys(18)}, "dev"),
+    ("no old file at all", {"/config/data/contactData.xml": None}, "dev"),
+    ("the translations switched off", {"/config/data/dsskey.xml": keys(19), "/config/version.ini":
+     "[SyncConfig]\nbEnableFromOld=0\n"}, "dev"),
+    ("nothing enciphered yet", {}, "pwd"),
+    ("a certificate", {"/config/certs/phoneca/a.pem": "x"}, "all"),
+    ("no account marked", {"/config/user/voip/sipAccount2.cfg": "[account]\nSCALineKeyNumber=-1\n"}, "1"),
+    ("no hand-over", {USER: FIXED + "[Backlight]\nnBacklightTime=60\n"}, "2"),
+]
+
+
+class Warnings(previewTool.PreviewTest):
+    def warnings(self, files, mode):
+        chosen = {path: content for path, content in {**QUIET, **files}.items() if content is not None}
+        shown = self.show(self.phone(chosen), mode)
+        return [(warning["rule"], warning["place"]) for warning in shown.preview["warnings"]], shown
+
+    def test_each_rule_warns_of_its_case(self):
+        for name, files, mode, rule, place in CASES:
+            with self.subTest(name):
+                found, shown = self.warnings(files, mode)
+                others = [warning for warning in found if warning[0] != "KP010"]
+                self.assertIn((rule, place), found)
+                self.assertEqual({warning[0] for warning in others} - {rule, "KP001"}, set())
+                self.assertIn(f"warning {rule}  {place}\n", shown.text)
+
+    def test_none_warns_just_before(self):
+        for name, files, mode in QUIET_CASES:
+            with self.subTest(name):
+                self.assertEqual(self.warnings(files, mode)[0], [])
+
+    def test_a_value_that_is_enciphered_twice(self):
+        files = {FACTORY: lock(1), USER: FIXED + lock(0) + "[A]\na=plover\n",
+                 LIST: f'<l><e file="{USER}" section="A" key="a"/></l>'}
+        found, shown = self.warnings(files, "pwd")
+        self.assertEqual(found, [("KP003", f"{USER} [A] a"), ("KP010", USER)])
+        self.assertIn("in a second run", shown.text)
+
+    def test_the_lost_value_is_said_to_be_lost(self):
+        _, shown = self.warnings(CASES[3][1], "dev")
+        self.assertIn("a value is too long to encipher: translation table: the value is lost", shown.text)
+
+    def test_every_warning_says_what_to_do(self):
+        for warning in self.warnings(CASES[0][1], "dev")[1].preview["warnings"]:
+            self.assertTrue(warning["text"] and warning["advice"])
+
+
+if __name__ == "__main__":
+    previewTool.main()

@@ -1,0 +1,13 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <string>
+#include <string_view>
+
+/// A text for between tags and within quoted attributes.
+std::string EscapeHtml(std::string_view text);
+
+/// @return "<NAME class="CLASS">escaped text</NAME>"
+std::string Element(const char* name, const char* cssClass, std::string_view text);

@@ -1,0 +1,160 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
+#include "preview.h"
+
+#include "childProcess.h"
+#include "imageCopy.h"
+#include "phoneHelper.h"
+#include "previewError.h"
+#include "printable.h"
+#include "reports.h"
+#include "sandbox.h"
+#include "scratch.h"
+#include "shownFiles.h"
+#include "warnings.h"
+
+namespace fs = std::filesystem;
+
+namespace
+{
+
+std::vector<RunReports> RunModes(const PreviewRequest& request, const fs::path& phone)
+{
+    std::vector<RunReports> reports;
+    for (const std::string& mode : request.modes) {
+        ChildResult result = RunChild(SandboxCommand(phone, request.programs.program, {mode}));
+        if (result.exitStatus != 0) // the program's own is always 0
+            throw PreviewError("the run of mode " + mode + " failed: " + SandboxWords(result));
+        reports.push_back({mode, std::move(result.output), std::move(result.errors)});
+    }
+    return reports;
+}
+
+/// The phone between the passes.
+///
+/// @return empty when the passes, run one by one, end with another phone than the program did
+std::vector<PassState> RunPassByPass(const PreviewRequest& request, const PhoneHelper& helper, const fs::path& phone,
+                                     const Snapshot& before, const Snapshot& after)
+{
+    std::vector<PassState> states = {{std::string(), before}};
+    for (const std::string& mode : request.modes) {
+        const std::string prefix = request.modes.size() > 1 ? mode + ": " : std::string();
+        const auto keep = [&](const std::string& pass) {
+            states.push_back({prefix + pass, TakeSnapshot(phone, states.back().phone)});
+        };
+        if (!helper.RunSteps(mode, keep))
+            return {};
+    }
+    return states.back().phone == after ? std::move(states) : std::vector<PassState>();
+}
+
+/// A preview in the making: the copies of the phone and what was seen of them.
+class PreviewRun
+{
+public:
+    PreviewRun(const fs::path& image, const PreviewRequest& request)
+        : request_(request), phone_(scratch_.Path("phone")), helper_(request.programs.steps, phone_)
+    {
+        CopyImage(image, phone_, scratch_.Path("archive"));
+        CopyPhone(phone_, scratch_.Path("steps"));
+        before_ = TakeSnapshot(phone_);
+        lists_ = helper_.ReadLists();
+        reports_ = RunModes(request_, phone_);
+        after_ = TakeSnapshot(phone_, before_);
+        states_ = RunPassByPass(request_, PhoneHelper(request_.programs.steps, scratch_.Path("steps")),
+                                scratch_.Path("steps"), before_, after_);
+        SavePhone();
+        (void)RunModes(request_, phone_); // its reports say nothing new
+        afterSecondRun_ = TakeSnapshot(phone_, after_);
+    }
+
+    void Show(Preview& preview) const
+    {
+        Secrets secrets(lists_, request_.secrecy);
+        LearnAll(secrets);
+        const std::vector<FileChange> changes = FindChanges(before_, after_, states_);
+        const std::vector<FileChange> secondRun = FindChanges(after_, afterSecondRun_, {});
+        preview.arePassesKnown = !states_.empty();
+        for (const PassState& state : states_)
+            preview.passes.push_back(Printable(state.pass)); // the first, empty one counts nothing
+        preview.files = ShowFiles(changes, secrets);
+        preview.secondRun = ShowFiles(secondRun, secrets);
+        preview.warnings =
+            FindWarnings({request_.modes, before_, after_, states_, changes, secondRun, reports_, lists_, secrets});
+        for (const RunReports& reports : reports_)
+            preview.reports.push_back(ShowReports(reports, lists_.records, secrets));
+    }
+
+private:
+    void SavePhone() const
+    {
+        if (request_.savedPhone.empty())
+            return;
+        if (fs::exists(fs::symlink_status(request_.savedPhone)))
+            throw PreviewError(request_.savedPhone.string() + " is there already");
+        CopyPhone(phone_, request_.savedPhone);
+    }
+
+    void LearnAll(Secrets& secrets) const
+    {
+        secrets.Learn(before_);
+        for (const PassState& state : states_)
+            secrets.Learn(state.phone);
+        secrets.Learn(after_);
+        secrets.Learn(afterSecondRun_);
+        secrets.Decipher(helper_);
+    }
+
+    const PreviewRequest& request_;
+    Scratch scratch_;
+    fs::path phone_;
+    PhoneHelper helper_;
+    PhoneLists lists_;
+    Snapshot before_;
+    Snapshot after_;
+    Snapshot afterSecondRun_;
+    std::vector<PassState> states_;
+    std::vector<RunReports> reports_;
+};
+
+/// "backups/phone-7.tar.gz" and "backups/phone-7/" by their last names.
+std::string NameOf(const fs::path& image)
+{
+    const fs::path name = image.has_filename() ? image.filename() : image.parent_path().filename();
+    return Printable(name.string());
+}
+
+} // namespace
+
+Preview MakePreview(const fs::path& image, const PreviewRequest& request)
+{
+    Preview preview;
+    preview.image = NameOf(image);
+    for (const std::string& mode : request.modes)
+        preview.modes.push_back(Printable(mode));
+    try {
+        PreviewRun(image, request).Show(preview);
+    } catch (const std::exception& error) {
+        preview.error = Printable(error.what());
+    }
+    return preview;
+}
+
+Counts CountFiles(const std::vector<ShownFile>& files)
+{
+    Counts counts;
+    for (const ShownFile& file : files)
+        ++counts[file.kind];
+    return counts;
+}
+
+Counts CountValues(const std::vector<ShownFile>& files)
+{
+    Counts counts;
+    for (const ShownFile& file : files) {
+        for (const ShownChange& change : file.changes)
+            counts[change.kind] += change.name.empty() ? static_cast<int>(change.attributes.size()) : 1;
+    }
+    return counts;
+}

@@ -1,0 +1,23 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <cstddef>
+
+/// Draws on standard error how many of the images are done; nothing when that is no terminal.
+class ProgressBar
+{
+public:
+    explicit ProgressBar(std::size_t total);
+    ~ProgressBar(); ///< takes the bar away
+
+    ProgressBar(const ProgressBar&) = delete;
+    ProgressBar& operator=(const ProgressBar&) = delete;
+
+    void Show(std::size_t done) const;
+
+private:
+    std::size_t total_;
+    bool isShown_;
+};

@@ -1,0 +1,201 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
+#include "reports.h"
+
+#include <sstream>
+#include <string_view>
+
+#include "printable.h"
+
+namespace
+{
+
+constexpr std::string_view kSource = "src value:";
+constexpr std::string_view kBuffer = "lpOutPassword=";
+constexpr std::string_view kRecord = "Translate dst: ";
+constexpr std::string_view kFlag = " bThisKeyEncrypt:";
+constexpr std::string_view kEnd = "Can's load user's inifile!"; // the device's own spelling
+
+/// Reports that hold names and paths alone.
+constexpr std::string_view kWithoutValues[] = {
+    "chTraceStack: ",
+    "app_log ",
+    "bEncrypt=",
+    "The file [",
+    "Can's load ",
+    "etlTrace 2: The",
+    "etlTrace 2: Can't load the",
+    "etlTrace 3: Fail to load file [/",
+};
+
+bool BeginsWith(std::string_view text, std::string_view beginning)
+{
+    return text.substr(0, beginning.size()) == beginning;
+}
+
+std::string Rest(const std::string& line, std::string_view beginning)
+{
+    return line.substr(beginning.size());
+}
+
+/// What stands before a record's value. The record's own names tell where that begins: they may hold anything.
+std::string HeadOf(const TableRecord& record)
+{
+    return std::string(kRecord) + record.file + " " + record.section + " " + record.key + " value:";
+}
+
+/// A line about a record, taken apart.
+struct RecordLine {
+    std::string head;
+    std::string value;
+    std::string tail;
+};
+
+std::optional<RecordLine> SplitRecordLine(const std::string& line, const std::string& head)
+{
+    const std::size_t flag = line.rfind(kFlag);
+    if (!BeginsWith(line, head) || flag == std::string::npos || flag < head.size())
+        return std::nullopt;
+    return RecordLine{head, line.substr(head.size(), flag - head.size()), line.substr(flag)};
+}
+
+/// Hides the values in the table's reports. A record has up to three lines, of which the last names its place.
+class OutputHider
+{
+public:
+    OutputHider(const std::vector<TableRecord>& records, const Secrets& secrets) : records_(records), secrets_(secrets)
+    {
+    }
+
+    void Add(const std::string& line)
+    {
+        if (BeginsWith(line, kSource) || BeginsWith(line, kBuffer)) {
+            waiting_.push_back(line);
+        } else if (BeginsWith(line, kRecord)) {
+            AddRecord(line);
+        } else {
+            Flush(/*isSecret=*/false);
+            hidden_.push_back(HideUnknown(line));
+        }
+    }
+
+    std::vector<std::string> Take()
+    {
+        Flush(/*isSecret=*/true);
+        return std::move(hidden_);
+    }
+
+    static bool HasNoValues(const std::string& line)
+    {
+        for (const std::string_view beginning : kWithoutValues) {
+            if (BeginsWith(line, beginning))
+                return true;
+        }
+        return false;
+    }
+
+private:
+    void AddRecord(const std::string& line)
+    {
+        const TableRecord* record = next_ < records_.size() ? &records_[next_++] : nullptr;
+        const auto parts = record == nullptr ? std::nullopt : SplitRecordLine(line, HeadOf(*record));
+        if (!parts) { // names that break the line: nobody knows where the value begins
+            Flush(/*isSecret=*/true);
+            hidden_.push_back(std::string(kRecord) + secrets_.Mask(Rest(line, kRecord)));
+            return;
+        }
+        const bool isSecret = secrets_.Places().IsSecret(*record) || parts->tail.back() == '1';
+        Flush(isSecret);
+        hidden_.push_back(parts->head + HideValue(parts->value, isSecret) + parts->tail);
+    }
+
+    void Flush(bool isSecret)
+    {
+        for (const std::string& line : waiting_) {
+            if (BeginsWith(line, kSource)) {
+                hidden_.push_back(std::string(kSource) + HideValue(Rest(line, kSource), isSecret));
+                continue;
+            }
+            const std::string rest = Rest(line, kBuffer);
+            const std::size_t comma = std::min(rest.size(), rest.rfind(", "));
+            hidden_.push_back(std::string(kBuffer) + HideValue(rest.substr(0, comma), isSecret) + rest.substr(comma));
+        }
+        waiting_.clear();
+    }
+
+    std::string HideValue(const std::string& value, bool isSecret) const
+    {
+        return isSecret ? secrets_.Mask(value) : secrets_.Hide(value);
+    }
+
+    std::string HideUnknown(const std::string& line) const { return HasNoValues(line) ? line : secrets_.Hide(line); }
+
+    const std::vector<TableRecord>& records_;
+    const Secrets& secrets_;
+    std::size_t next_ = 0;
+    std::vector<std::string> waiting_;
+    std::vector<std::string> hidden_;
+};
+
+/// The password pass traces secrets alone: "etlTrace 2: Encrypt:(old)->(new)".
+std::string HideErrorLine(const std::string& line, const Secrets& secrets)
+{
+    for (const std::string_view direction : {": Encrypt:(", ": Decrypt:("}) {
+        const std::size_t begin = line.find(direction);
+        const std::size_t middle = line.rfind(")->(");
+        if (!BeginsWith(line, "etlTrace ") || begin == std::string::npos || begin > sizeof "etlTrace 000")
+            continue;
+        const std::size_t value = begin + direction.size();
+        if (middle == std::string::npos || middle < value || line.back() != ')')
+            return line.substr(0, value) + secrets.Mask(line.substr(value));
+        return line.substr(0, value) + secrets.Mask(line.substr(value, middle - value)) + ")->(" +
+               secrets.Mask(line.substr(middle + 4, line.size() - middle - 5)) + ")";
+    }
+    return OutputHider::HasNoValues(line) ? line : secrets.Hide(line);
+}
+
+} // namespace
+
+std::vector<std::string> SplitLines(const std::string& text)
+{
+    std::vector<std::string> lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);)
+        lines.push_back(line);
+    return lines;
+}
+
+std::vector<RecordReport> ReadRecordReports(const std::string& output, const std::vector<TableRecord>& records)
+{
+    std::vector<RecordReport> reports;
+    std::optional<std::string> source;
+    for (const std::string& line : SplitLines(output)) {
+        if (BeginsWith(line, kSource)) {
+            source = Rest(line, kSource);
+        } else if (line == kEnd && !reports.empty()) {
+            reports.back().endsPass = true;
+        } else if (BeginsWith(line, kRecord) && reports.size() < records.size()) {
+            const TableRecord& record = records[reports.size()];
+            const auto parts = SplitRecordLine(line, HeadOf(record));
+            reports.push_back({&record, reports.size() + 1, source, parts ? parts->value : std::string(),
+                               parts && parts->tail.back() == '1', /*endsPass=*/false});
+            source.reset();
+        }
+    }
+    return reports;
+}
+
+ShownReports ShowReports(const RunReports& reports, const std::vector<TableRecord>& records, const Secrets& secrets)
+{
+    ShownReports shown;
+    shown.mode = Printable(reports.mode);
+    OutputHider hider(records, secrets);
+    for (const std::string& line : SplitLines(reports.output))
+        hider.Add(line);
+    for (const std::string& line : hider.Take())
+        shown.output.push_back(Printable(line));
+    for (const std::string& line : SplitLines(reports.errors))
+        shown.errors.push_back(Printable(HideErrorLine(line, secrets)));
+    return shown;
+}
