@@ -8,6 +8,8 @@ import re
 import statistics
 import subprocess
 
+import runCosts
+
 NAMES = ("kestrune", "minIni", "SimpleIni", "GKeyFile", "inih", "QSettings")
 PLOTTED = {"get/64KiB/LF": "get one key\\n64 KiB", "set/64KiB/LF": "set one key\\nto memory, 64 KiB",
            "records/first/tmpfs": "500 records\\ntmpfs", "records/first/disk": "500 records\\non disk"}
@@ -40,10 +42,11 @@ def cell(values):
 
 
 class Page:
-    def __init__(self, ratios, other_bytes, exact, limits, rounds):
+    def __init__(self, ratios, other_bytes, exact, costs, limits, rounds):
         self.ratios = ratios
         self.other_bytes = other_bytes
         self.exact = exact
+        self.costs = costs
         self.limits = limits
         self.rounds = rounds
 
@@ -78,7 +81,7 @@ class Page:
         return "\n".join(lines) + "\n"
 
     def table(self):
-        return "\n".join([self.section(*section) for section in SECTIONS] + [self.exact_section()])
+        return "\n".join([self.section(*section) for section in SECTIONS] + [self.exact_section(), runCosts.table(self.costs)])
 
     def write(self, folder):
         template = (pathlib.Path(__file__).parent / "performancePage.md").read_text()

@@ -40,12 +40,17 @@ void Run(const char* program, const char* mode)
     Require(waitpid(process, &status, 0) == process && status == 0, "run a program");
 }
 
-void MakePhone()
+void MakeBlankPhone()
 {
     for (const char* folder : {"/config", "/phone", "/tmp"}) {
         std::filesystem::remove_all(folder);
         std::filesystem::create_directory(folder);
     }
+}
+
+void MakePhone()
+{
+    MakeBlankPhone();
     std::filesystem::copy("/image", "/", std::filesystem::copy_options::recursive);
 }
 
@@ -82,6 +87,8 @@ void MakePhoneFor(const std::string& mode)
 {
     if (mode == "idle")
         return MakeIdlePhone();
+    if (mode == "blank")
+        return MakeBlankPhone();
     MakePhone();
     if (mode == "2")
         Run(kProgram, "1"); // the hand-over's first half
@@ -94,7 +101,7 @@ void Do(benchmark::State& state, const std::string& mode, const std::string& pro
     for (auto _ : state) {
         MakePhoneFor(mode);
         const auto begin = std::chrono::steady_clock::now();
-        Run(program.c_str(), mode == "idle" ? "pwd" : mode.c_str());
+        Run(program.c_str(), mode == "idle" || mode == "blank" ? "pwd" : mode.c_str());
         seconds.push_back(std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count());
         state.SetIterationTime(seconds.back());
     }
@@ -112,7 +119,7 @@ void Register(const std::string& mode, const std::string& name, const std::strin
 
 int main(int argumentCount, char** arguments)
 {
-    for (const char* mode : {"all", "dev", "pwd", "1", "2", "idle"}) {
+    for (const char* mode : {"all", "dev", "pwd", "1", "2", "idle", "blank"}) {
         Register(mode, "kestrune", kProgram);
         Register(mode, "floor", std::string("/bench/floor_") + mode);
         Register(mode, "empty", "/bench/empty");
