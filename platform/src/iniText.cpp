@@ -90,7 +90,9 @@ std::size_t FindSectionLine(std::string_view text, std::size_t begin)
 }
 
 /// Finds the section line of that name. Most lines are told apart by the name alone, without a look at where they end:
-/// that halves the time once more.
+/// that halves the time once more. A search for the whole "[name]" at once takes twice as long, since each bracket is found
+/// by the processor's widest registers; pointers instead of views, and a look at the name's last character first, give less
+/// than a tenth.
 std::size_t FindSectionNamed(std::string_view section, std::string_view text, std::size_t begin)
 {
     if (section.find_first_of("]\n") != std::string_view::npos)
