@@ -20,7 +20,7 @@ if(KESTRUNE_DEVICE)
         check_linker_flag(CXX -static-pie KESTRUNE_HAS_STATIC_PIE)
         target_link_options(kestrune-settings INTERFACE $<IF:$<BOOL:${KESTRUNE_HAS_STATIC_PIE}>,-static-pie,-static>)
         # Fewer pages to read and touch at the start: a tenth of what a run with nothing to do takes beyond an empty program.
-        check_linker_flag(CXX -Wl,-z,pack-relative-relocs KESTRUNE_PACKS_RELOCATIONS)
+        check_linker_flag(CXX -Wl,--fatal-warnings,-z,pack-relative-relocs KESTRUNE_PACKS_RELOCATIONS) # some only warn
         target_link_options(
             kestrune-settings INTERFACE $<$<BOOL:${KESTRUNE_PACKS_RELOCATIONS}>:-Wl,-z,pack-relative-relocs>)
     else()
