@@ -4,7 +4,7 @@
 # The Debian package that `cpack` makes from what gets installed; script/package builds and checks it.
 
 set(CPACK_GENERATOR DEB)
-set(CPACK_PACKAGE_CONTACT "The kestrune authors <kestrune@users.noreply.kestrune.example>"
+set(CPACK_PACKAGE_CONTACT "The kestrune authors <kestrune@kestrune.example>"
     CACHE STRING "Maintainer of the packages")
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
 set(CPACK_PACKAGING_INSTALL_PREFIX ${CMAKE_INSTALL_PREFIX}) # the init script and the units name the program by it
