@@ -60,7 +60,8 @@ std::optional<RecordLine> SplitRecordLine(const std::string& line, const std::st
     return RecordLine{head, line.substr(head.size(), flag - head.size()), line.substr(flag)};
 }
 
-/// Hides the values in the table's reports. A record has up to three lines, of which the last names its place.
+/// Hides the values in the table's reports. A record has up to three lines, of which the last names its place. A line
+/// break in a value or a name makes more of them: what stands on those is nothing but hidden.
 class OutputHider
 {
 public:
@@ -71,12 +72,14 @@ public:
     void Add(const std::string& line)
     {
         if (BeginsWith(line, kSource) || BeginsWith(line, kBuffer)) {
+            isBroken_ = false;
             waiting_.push_back(line);
         } else if (BeginsWith(line, kRecord)) {
             AddRecord(line);
         } else {
-            Flush(/*isSecret=*/false);
-            hidden_.push_back(HideUnknown(line));
+            isBroken_ = isBroken_ || !waiting_.empty();
+            Flush(/*isSecret=*/true);
+            hidden_.push_back(isBroken_ ? secrets_.Mask(line) : HideUnknown(line));
         }
     }
 
@@ -100,7 +103,8 @@ private:
     {
         const TableRecord* record = next_ < records_.size() ? &records_[next_++] : nullptr;
         const auto parts = record == nullptr ? std::nullopt : SplitRecordLine(line, HeadOf(*record));
-        if (!parts) { // names that break the line: nobody knows where the value begins
+        isBroken_ = !parts;
+        if (isBroken_) { // names that break the line: nobody knows where the value begins
             Flush(/*isSecret=*/true);
             hidden_.push_back(std::string(kRecord) + secrets_.Mask(Rest(line, kRecord)));
             return;
@@ -134,26 +138,55 @@ private:
     const std::vector<TableRecord>& records_;
     const Secrets& secrets_;
     std::size_t next_ = 0;
+    bool isBroken_ = false; ///< the line before this one does not end where it should
     std::vector<std::string> waiting_;
     std::vector<std::string> hidden_;
 };
 
-/// The password pass traces secrets alone: "etlTrace 2: Encrypt:(old)->(new)".
-std::string HideErrorLine(const std::string& line, const Secrets& secrets)
+/// Hides the values in the traces. The password pass traces secrets alone: "etlTrace 2: Encrypt:(old)->(new)". A secret
+/// with a line break goes on, up to the bracket, on lines that say nothing else.
+class ErrorHider
 {
-    for (const std::string_view direction : {": Encrypt:(", ": Decrypt:("}) {
-        const std::size_t begin = line.find(direction);
-        const std::size_t middle = line.rfind(")->(");
-        if (!BeginsWith(line, "etlTrace ") || begin == std::string::npos || begin > sizeof "etlTrace 000")
-            continue;
-        const std::size_t value = begin + direction.size();
-        if (middle == std::string::npos || middle < value || line.back() != ')')
-            return line.substr(0, value) + secrets.Mask(line.substr(value));
-        return line.substr(0, value) + secrets.Mask(line.substr(value, middle - value)) + ")->(" +
-               secrets.Mask(line.substr(middle + 4, line.size() - middle - 5)) + ")";
+public:
+    explicit ErrorHider(const Secrets& secrets) : secrets_(secrets) {}
+
+    std::string Hide(const std::string& line)
+    {
+        const std::size_t value = ValueAt(line);
+        if (value != std::string::npos)
+            return HideTraced(line, value);
+        const bool isKnown = OutputHider::HasNoValues(line);
+        if (!isOpen_)
+            return isKnown ? line : secrets_.Hide(line);
+        isOpen_ = line.empty() || line.back() != ')';
+        return isKnown ? secrets_.Hide(line) : secrets_.Mask(line);
     }
-    return OutputHider::HasNoValues(line) ? line : secrets.Hide(line);
-}
+
+private:
+    /// @return where the traced value begins; npos for a line of another kind
+    static std::size_t ValueAt(const std::string& line)
+    {
+        for (const std::string_view direction : {": Encrypt:(", ": Decrypt:("}) {
+            const std::size_t begin = line.find(direction);
+            if (BeginsWith(line, "etlTrace ") && begin <= sizeof "etlTrace 000")
+                return begin + direction.size();
+        }
+        return std::string::npos;
+    }
+
+    std::string HideTraced(const std::string& line, std::size_t value)
+    {
+        const std::size_t middle = line.rfind(")->(");
+        isOpen_ = middle == std::string::npos || middle < value || line.back() != ')';
+        if (isOpen_)
+            return line.substr(0, value) + secrets_.Mask(line.substr(value));
+        return line.substr(0, value) + secrets_.Mask(line.substr(value, middle - value)) + ")->(" +
+               secrets_.Mask(line.substr(middle + 4, line.size() - middle - 5)) + ")";
+    }
+
+    const Secrets& secrets_;
+    bool isOpen_ = false; ///< the value that was traced last has not ended
+};
 
 } // namespace
 
@@ -195,7 +228,8 @@ ShownReports ShowReports(const RunReports& reports, const std::vector<TableRecor
         hider.Add(line);
     for (const std::string& line : hider.Take())
         shown.output.push_back(Printable(line));
+    ErrorHider errorHider(secrets);
     for (const std::string& line : SplitLines(reports.errors))
-        shown.errors.push_back(Printable(HideErrorLine(line, secrets)));
+        shown.errors.push_back(Printable(errorHider.Hide(line)));
     return shown;
 }

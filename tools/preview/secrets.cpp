@@ -99,6 +99,7 @@ void Secrets::Decipher(const PhoneHelper& helper)
     for (std::size_t i = 0; i < texts.size(); ++i) {
         values_[texts[i]] = answers[i];
         for (std::size_t layer = 0; layer < answers[i].size(); ++layer) {
+            LearnValue(answers[i][layer]);
             auto& inner = values_[answers[i][layer]];
             inner.assign(answers[i].begin() + static_cast<std::ptrdiff_t>(layer) + 1, answers[i].end());
         }

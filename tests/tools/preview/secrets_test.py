@@ -44,6 +44,9 @@ USER, SYSTEM = "/config/user/user.ini", "/config/system/system.ini"
 TABLE, LIST = "/phone/resource/kestrune.xml", "/phone/resource/encryptconfig.xml"
 KEY = "/phone/factory/certs/pwcipher.key"
 MASK = "\u2022" * 6
+KEY_DIGITS = "".join(f"{(37 * n + 11) % 256:02x}" for n in range(64))
+# The lines "plover-1", "The file [plover-2" and "p~3", enciphered with that key.
+BROKEN = "l5D78w3TtWW8cRCz6Bs24OpuF51BAVBfoXFf7kKzr5CLABHkHA4girxxlQZnXh4"
 
 
 class Planter:
@@ -116,14 +119,13 @@ def plant(planter, user_lock, factory_lock):
     for places in (LISTED, FLAGGED, MOVED, CARRIED):
         user += section(places[0][0], [key for _, key in places])
     user += section("Named", NAMED)
-    key = "".join(f"{(37 * n + 11) % 256:02x}" for n in range(64))
     files = {
         USER: user,
         SYSTEM: "[System]\nnPort=1\n" + section("Net", NAMED) + section("Moved", ["k1", "k4"]),
         "/phone/factory/user/user.ini": f"[PhoneSetting]\nEnLock={factory_lock}\n[Sync]\nSyncCfgByVersion=1\n",
         LIST: entry_list(planter),
         TABLE: table(),
-        KEY: key + "\n",
+        KEY: KEY_DIGITS + "\n",
         "/config/data/doorphonedata.xml": door_phones(planter),
         "/config/data/remotebook.xml": remote_books(planter),
         "/config/data/notes.txt": "".join(f"{name}: {planter.next()}\n" for name in NAMED[:5]),
@@ -134,7 +136,7 @@ def plant(planter, user_lock, factory_lock):
     files |= {f"/config/user/voip/sipAccount{n}.cfg": account(planter, n) for n in range(6)}
     while len(planter.secrets) < PLANTED:
         files[SYSTEM] += planter.lines([f"strPassword{len(planter.secrets)}"])
-    planter.secrets.append(key)
+    planter.secrets.append(KEY_DIGITS)
     return files
 
 
@@ -221,6 +223,31 @@ class Secrets(previewTool.PreviewTest):
         self.assertIsNone(re.search("plover|x~1", outputs))
         self.assertIn(f"said {MASK}", shown.text)
         self.assertIn(f"heard {MASK}", shown.text)
+
+    def test_a_name_that_breaks_its_report_gives_nothing_away(self):
+        """What stands behind the break looks like a report that holds a path."""
+        image = self.phone({USER: "[A]\nstrPin=q~7\nstrPassword=plover-nest\n", TABLE:
+                            f'<t><r srcFile="{USER}" srcSec="A" srcKey="strPin" dstSec="B&#10;The file ["/>'
+                            f'<r srcFile="{USER}" srcSec="A" srcKey="strPassword" dstKey="k&#10;app_log "/></t>'})
+        shown, outputs = self.outputs(image, "dev")
+        self.assertIsNone(re.search("plover|q~7", outputs))
+        self.assertIn(f"Translate dst: {MASK}", shown.text)
+
+    def test_a_secret_of_several_lines_gives_nothing_away(self):
+        """Enciphered it stands on one line; the reports hold it as it is."""
+        revealed = ""
+        for modes, locks in itertools.product(MODES, LOCKS):
+            with self.subTest(modes=modes, locks=locks):
+                image = self.phone({
+                    USER: f"[PhoneSetting]\nEnLock={locks[0]}\n[A]\nstrQuiet={BROKEN}\n",
+                    "/phone/factory/user/user.ini": f"[PhoneSetting]\nEnLock={locks[1]}\n", KEY: KEY_DIGITS,
+                    LIST: f'<l><e file="{USER}" section="A" key="strQuiet"/>'
+                          f'<e file="{USER}" section="A" key="strNone" default="heron-1&#10;The file [heron-2&#10;h~3"/></l>',
+                    TABLE: f'<t><r srcFile="{USER}" srcSec="A" srcKey="strQuiet" dstKey="strMore"/></t>'})
+                _, outputs = self.outputs(image, *modes)
+                self.assertIsNone(re.search("plover|p~3|heron|h~3", outputs))
+                revealed += previewTool.run("--reports", "--reveal-secrets", image, *modes).stdout
+        self.assertEqual(set(re.findall("plover-2|p~3|heron-2|h~3", revealed)), {"plover-2", "p~3", "heron-2", "h~3"})
 
     def test_names_and_paths_stay_readable(self):
         """Though a password is a word that they hold, too."""
