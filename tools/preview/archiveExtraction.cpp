@@ -88,6 +88,8 @@ public:
             bits_.emplace_back(folder_ / path, (archive_entry_perm(entry) & 01777) | S_IRWXU);
             return;
         case AE_IFREG:
+            if (archive_entry_size(entry) > static_cast<la_int64_t>(kMostFileBytes)) // holes are not read
+                Refuse(path.string(), "is too large");
             return AddFile(path, (archive_entry_perm(entry) & 0777) | S_IRUSR);
         case AE_IFLNK:
             return AddLink(path, archive_entry_symlink(entry));

@@ -7,6 +7,7 @@
 import gzip
 import io
 import os
+import subprocess
 import tarfile
 
 import previewTool
@@ -98,6 +99,14 @@ class Archives(previewTool.PreviewTest):
             for _ in range(80):
                 packed.write(bytes(1 << 20))
         self.check_refused(path)
+
+    def test_a_hole_without_end_is_refused(self):
+        image = self.phone({"/config/user/user.ini": INI})
+        (image / "config/large").touch()
+        os.truncate(image / "config/large", 8 << 30)
+        subprocess.run(["tar", "--create", "--sparse", "--file", self.folder / "image.tar", "--directory", image, "config"],
+                       check=True)
+        self.check_refused(self.folder / "image.tar")
 
     def test_files_without_end_are_refused(self):
         members = [member(f"config/{number // 1000}/{number}") for number in range(100_100)]
