@@ -72,12 +72,14 @@ int Run(const Options& options)
 {
     const std::vector<Preview> previews = MakePreviews(options.images, options.request, options.jobs);
     WriteToTerminal(options, previews);
+    int status = StatusOf(previews);
+    if (!options.expectedFile.empty() && status != kError)
+        status = CompareWithApproved(options, previews); // before a new JSON takes the place of the approved one
     WriteFiles(options, previews);
     std::cout.flush();
     if (!std::cout)
         throw PreviewError("cannot write to standard output");
-    const int status = StatusOf(previews);
-    return options.expectedFile.empty() || status == kError ? status : CompareWithApproved(options, previews);
+    return status;
 }
 
 } // namespace

@@ -38,6 +38,26 @@ void SortArguments(const std::vector<std::string>& arguments, Options& options)
     options.request.modes.assign(next, arguments.end());
 }
 
+/// An image behind the modes would be taken for a mode that does next to nothing.
+bool AreModes(const std::vector<std::string>& modes)
+{
+    if (modes.empty())
+        std::cerr << "kestrune-preview: no MODE given; the program's own are all, dev, pwd, 1 and 2\n";
+    for (const std::string& mode : modes) {
+        if (IsImage(mode)) {
+            std::cerr << "kestrune-preview: " << Printable(mode) << " is no MODE; IMAGEs stand before the modes\n";
+            return false;
+        }
+    }
+    return !modes.empty();
+}
+
+/// An empty name, as an unset variable of a script gives it, must not pass for an option that was left out.
+std::string RefuseEmptyName(const std::string& name)
+{
+    return name.empty() ? "the name is empty" : "";
+}
+
 bool IsColourWanted(const std::string& when)
 {
     if (when != "auto")
@@ -89,13 +109,16 @@ OptionsResult ReadOptions(int argumentCount, const char* const* arguments, Optio
     app.add_flag("--reveal-secrets", isRevealed, "show passwords, PINs and keys instead of hiding them");
     app.add_option("--color", colour, "colour the text: auto, always or never")
         ->check(CLI::IsMember({"auto", "always", "never"}));
-    app.add_option("--json", options.jsonFile, "write the preview as JSON to this file, - for standard output");
-    app.add_option("--html", options.htmlFile, "write the preview as one HTML page to this file");
-    app.add_option("--expect", options.expectedFile, "compare with the JSON of an approved preview; 0 equal, 1 not");
+    app.add_option("--json", options.jsonFile, "write the preview as JSON to this file, - for standard output")
+        ->check(&RefuseEmptyName);
+    app.add_option("--html", options.htmlFile, "write the preview as one HTML page to this file")
+        ->check(&RefuseEmptyName);
+    app.add_option("--expect", options.expectedFile, "compare with the JSON of an approved preview; 0 equal, 1 not")
+        ->check(&RefuseEmptyName);
     app.add_option("--jobs", options.jobs, "so many images at once")->check(CLI::Range(1u, 256u));
     app.add_option("--program", program, "the kestrune to run");
-    app.add_option("--save-phone", options.request.savedPhone,
-                   "make this folder with the phone as it is after the run");
+    app.add_option("--save-phone", options.request.savedPhone, "make this folder with the phone as it is after the run")
+        ->check(&RefuseEmptyName);
     try {
         app.parse(argumentCount, arguments);
     } catch (const CLI::ParseError& error) {
@@ -105,10 +128,8 @@ OptionsResult ReadOptions(int argumentCount, const char* const* arguments, Optio
     options.withColour = IsColourWanted(colour);
     options.request.secrecy = isRevealed ? Secrecy::Revealed : Secrecy::Hidden;
     options.request.programs = FindPrograms(program);
-    if (options.request.modes.empty()) {
-        std::cerr << "kestrune-preview: no MODE given; the program's own are all, dev, pwd, 1 and 2\n";
+    if (!AreModes(options.request.modes))
         return OptionsResult::Wrong;
-    }
     if (options.images.size() > 1 && !options.request.savedPhone.empty()) {
         std::cerr << "kestrune-preview: --save-phone takes one IMAGE\n";
         return OptionsResult::Wrong;

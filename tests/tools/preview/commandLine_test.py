@@ -44,12 +44,21 @@ class CommandLine(previewTool.PreviewTest):
                 "no image of a phone"), ([self.folder / "text", "all"], "archive"), (["--no-such", image, "all"], "no-such"),
                 (["--program", self.folder / "none", image, "all"], "no program"), (["--json", self.folder / "no/x", image,
                 "all"], "cannot write"), (["--expect", self.folder / "none", image, "all"], "cannot read"),
-                (["--expect", self.folder / "text", image, "all"], "no JSON"), (["--color", "blue", image, "all"], "blue")]
+                (["--expect", self.folder / "text", image, "all"], "no JSON"), (["--color", "blue", image, "all"], "blue"),
+                ([image, "all", image], "is no MODE"), ([image, "all", "two.tar"], "is no MODE")]
         for arguments, words in rows:
             with self.subTest(words):
                 result = previewTool.run(*arguments)
                 self.assertEqual(result.returncode, previewTool.ERROR)
                 self.assertIn(words, result.stdout + result.stderr)
+
+    def test_an_empty_name_is_no_option_left_out(self):
+        done, = self.images(done=DONE)
+        for option in ("--expect", "--json", "--html", "--save-phone"):
+            with self.subTest(option):
+                result = previewTool.run(option, "", done, "pwd")
+                self.assertEqual(result.returncode, previewTool.ERROR)
+                self.assertIn(f"{option}: the name is empty", result.stderr)
 
     def test_a_program_that_fails_is_an_error(self):
         program = self.folder / "program"
@@ -112,6 +121,14 @@ class CommandLine(previewTool.PreviewTest):
                       result.stderr)
         self.assertIn("/0/files//config/user/voip/sipAccount0.cfg: approved nothing, now {", result.stderr)
         self.assertEqual(previewTool.run("--expect", approved, other, image, "all").returncode, previewTool.ERROR)
+
+    def test_an_approved_preview_is_compared_before_it_is_written_anew(self):
+        image, other = self.images(image="[A]\na=1\n", other=DONE)
+        approved = self.folder / "approved.json"
+        previewTool.run("--json", approved, image, "all")
+        renewal = ("--json", approved, "--expect", approved, other, "all")
+        self.assertEqual(previewTool.run(*renewal).returncode, previewTool.ERROR)
+        self.assertEqual(previewTool.run(*renewal).returncode, 0)
 
     def test_what_is_no_approved_preview(self):
         image, = self.images(image="")
