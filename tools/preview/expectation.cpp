@@ -37,6 +37,8 @@ json ByName(const json& list, std::initializer_list<const char*> names)
         std::string name;
         for (const char* part : names)
             name += (name.empty() || !member.contains(part) ? "" : " ") + member.value(part, std::string());
+        while (named.contains(name))
+            name += "'"; // "A B" of "C" and "B C" of "A", say
         named[name] = member;
     }
     return named;

@@ -130,6 +130,20 @@ class CommandLine(previewTool.PreviewTest):
         self.assertEqual(previewTool.run(*renewal).returncode, previewTool.ERROR)
         self.assertEqual(previewTool.run(*renewal).returncode, 0)
 
+    def test_values_of_like_names_are_compared_each(self):
+        table = ('<t><r srcFile="/config/user/user.ini" srcSec="S" srcKey="k" dstSec="A" dstKey="B C"/>'
+                 '<r srcFile="/config/user/user.ini" srcSec="S" srcKey="l" dstSec="A B" dstKey="C"/></t>')
+        files = {USER: "[S]\nk=one\nl=two\n", "/phone/resource/kestrune.xml": table}
+        approved = self.folder / "approved.json"
+        previewTool.run("--json", approved, self.phone(files), "dev")
+        self.assertEqual(previewTool.run("--expect", approved, self.phone(files), "dev").returncode, 0)
+        for before, after in (("one", "other"), ("two", "other")):
+            with self.subTest(before):
+                image = self.phone(files | {USER: files[USER].replace(before, after)})
+                result = previewTool.run("--expect", approved, image, "dev")
+                self.assertEqual(result.returncode, previewTool.ERROR)
+                self.assertIn(f'approved "{before}", now "{after}"', result.stderr)
+
     def test_what_is_no_approved_preview(self):
         image, = self.images(image="")
         approved = self.folder / "approved.json"
