@@ -14,9 +14,10 @@ namespace
 
 constexpr std::string_view kParts[] = {"password", "passwd", "pswd",  "passphrase", "passcode",    "passwort",
                                        "pincode",  "secret", "token", "credential", "keymaterial", "privatekey"};
-constexpr std::string_view kEndings[] = {"pin", "pins", "pass", "pwd", "psk", "puk"};
-constexpr std::string_view kKeyKinds[] = {"private", "shared", "api", "auth", "access", "encrypt", "encryption",
-                                          "cipher",  "master", "wep", "wpa",  "aes",    "srtp",    "secret"};
+constexpr std::string_view kEndings[] = {"pin", "pins", "pass", "pw", "pwd", "psk", "puk"};
+constexpr std::string_view kKeyKinds[] = {"private", "priv",    "shared",     "api",    "auth",
+                                          "access",  "encrypt", "encryption", "cipher", "master",
+                                          "wep",     "wpa",     "aes",        "srtp",   "secret"};
 
 bool IsUpper(char character)
 {

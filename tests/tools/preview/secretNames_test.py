@@ -8,7 +8,8 @@ import previewTool
 
 SECRET = """Password strPassword password PASSWORD strPwd sPwd2 AdminPasswd passphrase VpnPassPhrase passcode strPswd MailPass
 UnlockPIN unlock_pin strPin VoiceMailPin PinCode nPIN simPuk wifi_psk strPSK UserSecret secret clientSecret AuthToken
-token strRefreshToken ApiKey api_key strWEPKey_2 PrivateKey shared-key srtpKey credential bPassword""".split()
+token strPw AdminPW user_pw privKey strRefreshToken ApiKey api_key strWEPKey_2 PrivateKey shared-key srtpKey credential
+bPassword""".split()
 
 OPEN = """strName Label UserName nPort strPing bMapping strPinyin KeyAlive nKeyLockSeconds strKeyTone Passive Passage
 strCompassion nPasses Host Mode strTone eType strPanel strKind""".split()
