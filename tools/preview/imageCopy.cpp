@@ -106,8 +106,10 @@ void CopyPhone(const fs::path& source, const fs::path& phone)
     for (const char* tree : kPhoneTrees) {
         if (IsRealFolder(source / tree))
             CopyFolder(source / tree, phone / tree, amount, 0);
-        else
+        else if (!fs::exists(fs::symlink_status(source / tree)))
             fs::create_directory(phone / tree);
+        else
+            throw PreviewError(std::string("the image's ") + tree + " is no folder"); // a link may lead anywhere
     }
 }
 

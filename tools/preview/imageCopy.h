@@ -30,5 +30,6 @@ constexpr std::size_t kMostEntries = 100'000;
 void CopyImage(const std::filesystem::path& image, const std::filesystem::path& phone,
                const std::filesystem::path& scratch);
 
-/// Copies a phone's trees from one folder to another, which is made.
+/// Copies a phone's trees from one folder to another, which is made. A tree that is missing is made empty; one that is a
+/// link or a file is an error.
 void CopyPhone(const std::filesystem::path& source, const std::filesystem::path& phone);

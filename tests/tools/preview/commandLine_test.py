@@ -52,6 +52,13 @@ class CommandLine(previewTool.PreviewTest):
                 self.assertEqual(result.returncode, previewTool.ERROR)
                 self.assertIn(words, result.stdout + result.stderr)
 
+    def test_a_tree_that_is_a_link_is_not_taken_for_a_missing_one(self):
+        image, other = self.images(image="", other="")
+        (image / "phone").symlink_to(other / "config")
+        result = previewTool.run(image, "all")
+        self.assertEqual(result.returncode, previewTool.ERROR)
+        self.assertIn("the image's phone is no folder", result.stdout + result.stderr)
+
     def test_an_empty_name_is_no_option_left_out(self):
         done, = self.images(done=DONE)
         for option in ("--expect", "--json", "--html", "--save-phone"):
