@@ -37,10 +37,9 @@ bool HasPlaceWithin(int milliseconds)
 
 void WriteToSystemLog(int level, const std::string& text)
 {
-    constexpr int kPatience = 1000;
-    static bool standsStill = false; // static, because the run waits for a log that stands still only once
-    if (!HasPlaceWithin(standsStill ? 0 : kPatience)) {
-        standsStill = true;
+    static int patienceMilliseconds = 1000; // static, because a run waits only once
+    if (!HasPlaceWithin(patienceMilliseconds)) {
+        patienceMilliseconds = 0;
         return;
     }
     openlog("kestrune", /*option=*/0, LOG_USER);

@@ -62,8 +62,8 @@ bool ReadAll(int descriptor, std::size_t size, std::string& bytes)
         return count < 0 ? std::size_t{0} : static_cast<std::size_t>(count);
     };
 #ifdef __cpp_lib_string_resize_and_overwrite
-    bytes.resize_and_overwrite(size + kRoomForChanges,
-                               fill); // zeroing the room first takes a third of the reading's time
+    // Zeroing the room first would take a third of the time that reading takes.
+    bytes.resize_and_overwrite(size + kRoomForChanges, fill);
 #else
     bytes.resize(size + kRoomForChanges);
     bytes.resize(fill(bytes.data(), size));
