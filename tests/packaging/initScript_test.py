@@ -1,11 +1,13 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""The init script under BusyBox's shell and tools alone, with a stub in place of the program."""
+"""The init script, under BusyBox's shell and tools and under those of Debian, and the page that tells how to use it. A stub
+stands in for the program: it does with the upgrade's marker what the program does, and what a test plants."""
 
 import os
 import pathlib
 import re
+import shutil
 import signal
 import subprocess
 import tempfile
@@ -15,148 +17,258 @@ import unittest
 import packaging
 
 LIMIT_SECONDS = 2
+TOOLS = ("cat", "head", "mv", "rm", "sed", "sh", "sleep", "sync", "timeout")
 
-# Each stub notes its mode; the worst ones do so first.
-NOTE = 'echo "$1" >>"$(dirname "$0")/modes"\n'
-WELL = NOTE
-FAILING = NOTE + "exit 3\n"
-CRASHING = NOTE + "kill -SEGV $$\n"
-TALKING = NOTE + 'echo "src value:Heron-4711"; echo "Encrypt:(Heron-4711)->(x)" >&2\n'
-HANGING = "trap '' TERM INT HUP\n" + NOTE + "while :; do sleep 1; done\n"
-HANGING_IN_FIRST = "trap '' TERM INT HUP\n" + NOTE + '[ "$1" != 1 ] || while :; do sleep 1; done\n'
-READING = NOTE + "cat\n"
+# A mode does its work only while it is the first line, and takes itself off; the record is a commit that is unfinished.
+# "calls" gets each mode that is called, "done" each that has done its work and each step of the firmware.
+STUB = r"""
+mode=$1
+cd "${0%/*}"
+echo "$mode" >>calls
+
+first_line() {
+    first=
+    [ ! -f kestrune-pending ] || IFS= read -r first <kestrune-pending
+}
+
+take_off() {
+    first_line
+    [ "$first" = "$1" ] || return
+    sed 1d kestrune-pending >stub.new
+    mv stub.new kestrune-pending
+}
+
+at_the_start() { :; }
+at_work() { :; }
+in_the_commit() { :; }
+@PLANTED@
+at_the_start
+had_marker=
+[ ! -e kestrune-pending ] || had_marker=yes
+if [ -f kestrune-commit ]; then
+    take_off "$(cat kestrune-commit)"
+    rm kestrune-commit
+fi
+first_line
+if [ "$had_marker" ] && [ "$first" != "$mode" ]; then
+    [ -s kestrune-pending ] || rm -f kestrune-pending
+    exit 0
+fi
+at_work
+echo "$mode" >>done
+echo "$mode" >kestrune-commit
+in_the_commit
+take_off "$mode"
+rm kestrune-commit
+[ -s kestrune-pending ] || rm -f kestrune-pending
+"""
+
+FAILING = "at_work() { exit 3; }"
+CRASHING = "at_work() { kill -SEGV $$; }"
+TALKING = 'at_work() { echo "src value:Heron-4711"; echo "Encrypt:(Heron-4711)->(x)" >&2; }'
+READING = "at_work() { cat; }"
+HANG = "trap '' TERM INT HUP; while :; do sleep 1; done"
+HANGING = "at_the_start() { %s; }" % HANG
+# In the first start only, since a file remembers it.
+HANGING_ONCE = '%s() { [ "$mode" != %s ] || [ -e hung ] || { : >hung; ' + HANG + "; }; }"
+REMOVING_MARKER = "at_work() { rm kestrune-pending; exit 0; }"
+
+ALL = b"1\n2\nall\n"
 
 
-class InitScript(unittest.TestCase):
+class Cases:
+    """For one shell and its tools."""
+
     def setUp(self):
         scratch = tempfile.TemporaryDirectory(prefix="kestrune-")
         self.addCleanup(scratch.cleanup)
         self.folder = pathlib.Path(scratch.name)
         self.pending = self.folder / "kestrune-pending"
-        self.pending.touch()
+        self.pending.write_bytes(ALL)
         self.tools = self.folder / "tools"
         self.tools.mkdir()
-        for tool in ("cat", "dirname", "rm", "sh", "sleep", "sync", "timeout"):
-            (self.tools / tool).symlink_to(BUSYBOX)
-        self.script = self.folder / "kestrune.init"
-        self.script.write_text(self.adapted_script())
-        self.script.chmod(0o755)
+        for tool in TOOLS:
+            (self.tools / tool).symlink_to(self.tool(tool))
+        self.script = self.put_command(self.folder / "kestrune.init", self.adapted_script())
+        self.put_stub()
 
     def adapted_script(self):
         """The script itself, but for the shell's path and the three settings."""
-        text = SCRIPT.read_text()
-        text = packaging.replace_once(text, "#!/bin/sh\n", f"#!{self.tools}/sh\n")
+        text = packaging.replace_once(SCRIPT.read_text(), "#!/bin/sh\n", "")
         for name, value in (("program", self.folder / "stub"), ("pending", self.pending), ("limitSeconds", LIMIT_SECONDS)):
             text, count = re.subn(rf"(?m)^{name}=\S+", f"{name}={value}", text)
             self.assertEqual(count, 1, name)
         return text
 
-    def put_stub(self, commands):
-        program = self.folder / "stub"
-        program.write_text(f"#!{self.tools}/sh\n{commands}")
-        program.chmod(0o755)
+    def put_command(self, path, commands):
+        path.write_text(f"#!{self.tools}/sh\n{commands}")
+        path.chmod(0o755)
+        return path
 
-    def run_script(self, *arguments, stub=WELL):
-        if stub is not None:
-            self.put_stub(stub)
+    def put_stub(self, planted=""):
+        return self.put_command(self.folder / "stub", STUB.replace("@PLANTED@", planted))
+
+    def run_command(self, *command):
         started = time.monotonic()
-        script = subprocess.Popen([self.script, *arguments], env={"PATH": str(self.tools)}, stdin=subprocess.PIPE,
-                                  stdout=subprocess.PIPE, stderr=subprocess.STDOUT, start_new_session=True)
+        running = subprocess.Popen(command, env={"PATH": str(self.tools)}, stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+                                   stderr=subprocess.STDOUT, start_new_session=True)
         try:
-            script.wait(timeout=20)  # its input stays open, as on a console
+            running.wait(timeout=20)  # its input stays open, as on a console
         except subprocess.TimeoutExpired:
-            os.killpg(script.pid, signal.SIGKILL)
+            os.killpg(running.pid, signal.SIGKILL)
             self.fail("the script does not end")
         finally:
-            script.stdin.close()
+            running.stdin.close()
         self.seconds = time.monotonic() - started
-        self.assertEqual(script.returncode, 0)
-        with script.stdout:
-            return script.stdout.read().decode()
+        with running.stdout:
+            output = running.stdout.read().decode()
+        self.assertEqual(running.returncode, 0, output)
+        return output
 
-    def modes(self):
-        noted = self.folder / "modes"
-        return noted.read_text().split() if noted.exists() else []
+    def run_script(self, *arguments):
+        return self.run_command(self.script, *arguments)
 
-    def expect_silent_run_of_all_modes(self, stub):
-        output = self.run_script("start", stub=stub)
-        self.assertEqual(output, "")
-        self.assertEqual(self.modes(), ["1", "2", "all"])
-        self.assertFalse(self.pending.exists())
+    def expect(self, calls, done, pending):
+        """What was called and done since the last time, and the marker's bytes; None without one."""
+        for name, expected in (("calls", calls), ("done", done)):
+            noted = self.folder / name
+            self.assertEqual(noted.read_text().split() if noted.exists() else [], expected.split(), name)
+            noted.unlink(missing_ok=True)
+        self.assertEqual(self.pending.read_bytes() if self.pending.exists() else None, pending)
 
-    def test_runs_the_modes_in_their_order_and_notes_that_they_have_run(self):
-        self.expect_silent_run_of_all_modes(WELL)
+    def expect_silent_start(self, calls, done, pending):
+        self.assertEqual(self.run_script("start"), "")
+        self.expect(calls, done, pending)
 
-    def test_does_nothing_when_no_upgrade_is_pending(self):
+    # The marker.
+
+    def test_runs_the_modes_in_their_order(self):
+        self.expect_silent_start("1 2 all", "1 2 all", None)
+
+    def test_calls_nothing_without_a_marker(self):
         self.pending.unlink()
-        for arguments in (["start"], ["start", "all"], ["done"]):
+        for arguments in (["start"], ["start", "all"]):
             self.assertEqual(self.run_script(*arguments), "")
-        self.assertEqual(self.modes(), [])
+        self.expect("", "", None)
 
     def test_runs_once_for_each_upgrade(self):
-        self.run_script("start")
-        self.run_script("start")
-        self.assertEqual(self.modes(), ["1", "2", "all"])
+        self.expect_silent_start("1 2 all", "1 2 all", None)
+        self.expect_silent_start("", "", None)
 
-    def test_a_mode_that_fails_keeps_no_other_from_running(self):
-        self.expect_silent_run_of_all_modes(FAILING)
+    def test_looks_for_the_marker_before_each_call(self):
+        self.put_stub(REMOVING_MARKER)
+        self.expect_silent_start("1", "", None)
 
-    def test_a_mode_that_crashes_keeps_no_other_from_running(self):
-        self.expect_silent_run_of_all_modes(CRASHING)
+    def test_looks_for_the_marker_before_each_named_mode(self):
+        self.pending.write_bytes(b"dev\n")
+        self.run_script("start", "dev", "pwd", "all")
+        self.expect("dev", "dev", None)
 
-    def test_no_secret_is_printed(self):
-        self.expect_silent_run_of_all_modes(TALKING)
+    def test_an_empty_marker_goes_and_nothing_is_done(self):
+        self.pending.write_bytes(b"")
+        self.expect_silent_start("1", "", None)
 
-    def test_the_stub_does_print_secrets(self):
-        self.put_stub(TALKING)
-        _, output = packaging.run([self.folder / "stub", "all"], env={"PATH": str(self.tools)})
-        self.assertEqual(output.count("Heron-4711"), 2)
+    def test_modes_in_another_order_take_several_starts(self):
+        for marker, starts in (
+                (b"2\n1\nall\n", (("2", b"1\nall\n"), ("1 all", None))),
+                (b"all\n2\n1\n", (("all", b"2\n1\n"), ("2", b"1\n"), ("1", None))),
+                (b"2\nall\n", (("2 all", None),)),
+                (b"all\n", (("all", None),))):
+            with self.subTest(marker=marker):
+                self.pending.write_bytes(marker)
+                for done, left in starts:
+                    self.run_script("start")
+                    # "1" may be the last word, which leaves nothing to call.
+                    self.expect("1" if done == "1" and left is None else "1 2 all", done, left)
+                self.expect_silent_start("", "", None)
 
-    def test_a_mode_that_hangs_is_killed_and_the_next_one_runs(self):
-        self.expect_silent_run_of_all_modes(HANGING_IN_FIRST)
+    def test_modes_that_it_does_not_call_stay_in_the_marker(self):
+        self.pending.write_bytes(b"1\n2\ndev\npwd\n")
+        self.expect_silent_start("1 2 all", "1 2", b"dev\npwd\n")
+        self.expect_silent_start("1 2 all", "", b"dev\npwd\n")
+        self.run_script("start", "dev", "pwd")
+        self.expect("dev pwd", "dev pwd", None)
+
+    def test_named_modes_leave_the_others_in_the_marker(self):
+        self.run_script("start", "1")
+        self.expect("1", "1", b"2\nall\n")
+        self.run_script("start", "2", "all")
+        self.expect("2 all", "2 all", None)
+
+    # Only the program changes the marker.
+
+    def test_a_mode_that_fails_stays_in_the_marker(self):
+        self.put_stub(FAILING)
+        self.expect_silent_start("1 2 all", "", ALL)
+
+    def test_a_mode_that_crashes_stays_in_the_marker(self):
+        self.put_stub(CRASHING)
+        self.expect_silent_start("1 2 all", "", ALL)
+
+    def test_a_program_that_is_missing_leaves_the_marker_and_keeps_nothing_from_starting(self):
+        (self.folder / "stub").unlink()
+        self.expect_silent_start("", "", ALL)
+
+    def test_a_mode_that_hangs_is_killed_and_runs_in_the_next_start(self):
+        self.put_stub(HANGING_ONCE % ("at_work", "2"))
+        self.expect_silent_start("1 2 all", "1", b"2\nall\n")
         self.assertGreaterEqual(self.seconds, LIMIT_SECONDS)
         self.assertLess(self.seconds, 2 * LIMIT_SECONDS + 2)
+        self.expect_silent_start("1 2 all", "2 all", None)
+
+    def test_a_commit_that_is_cut_short_is_finished_by_the_next_call(self):
+        self.put_stub(HANGING_ONCE % ("in_the_commit", "1"))
+        self.expect_silent_start("1 2 all", "1 2 all", None)
 
     def test_modes_that_all_hang_take_their_limits_and_no_longer(self):
-        self.expect_silent_run_of_all_modes(HANGING)
+        self.put_stub(HANGING)
+        self.expect_silent_start("1 2 all", "", ALL)
         self.assertGreaterEqual(self.seconds, 3 * LIMIT_SECONDS)
         self.assertLess(self.seconds, 3 * LIMIT_SECONDS + 6)
-
-    def test_the_program_gets_no_input(self):
-        self.expect_silent_run_of_all_modes(READING)
-        self.assertLess(self.seconds, LIMIT_SECONDS)
-
-    def test_a_program_that_is_missing_keeps_nothing_from_starting(self):
-        self.assertEqual(self.run_script("start", stub=None), "")
-        self.assertFalse(self.pending.exists())
-
-    def test_single_modes_leave_the_upgrade_pending_until_done(self):
-        self.run_script("start", "1")
-        self.assertTrue(self.pending.exists())
-        self.run_script("start", "2", "dev")
-        self.assertTrue(self.pending.exists())
-        self.run_script("done")
-        self.assertFalse(self.pending.exists())
-        self.assertEqual(self.modes(), ["1", "2", "dev"])
-
-    def test_stopping_does_nothing(self):
-        self.assertEqual(self.run_script("stop"), "")
-        self.assertEqual(self.modes(), [])
-        self.assertTrue(self.pending.exists())
-
-    def test_an_unknown_action_tells_the_usage_and_does_nothing(self):
-        for arguments in ([], ["restart"], ["--version"]):
-            self.assertIn("usage:", self.run_script(*arguments))
-        self.assertEqual(self.modes(), [])
-        self.assertTrue(self.pending.exists())
 
     def test_the_limit_on_a_phone_is_two_minutes_for_a_mode(self):
         self.assertEqual(re.findall(r"(?m)^limitSeconds=(\S+)", SCRIPT.read_text()), ["120"])
 
+    # Input and output.
+
+    def test_no_secret_is_printed(self):
+        self.put_stub(TALKING)
+        self.expect_silent_start("1 2 all", "1 2 all", None)
+
+    def test_the_stub_does_print_secrets(self):
+        _, output = packaging.run([self.put_stub(TALKING), "1"], env={"PATH": str(self.tools)})
+        self.assertEqual(output.count("Heron-4711"), 2)
+
+    def test_the_program_gets_no_input(self):
+        self.put_stub(READING)
+        self.expect_silent_start("1 2 all", "1 2 all", None)
+        self.assertLess(self.seconds, LIMIT_SECONDS)
+
+    # The actions.
+
+    def test_stopping_does_nothing(self):
+        self.assertEqual(self.run_script("stop"), "")
+        self.expect("", "", ALL)
+
+    def test_an_unknown_action_tells_the_usage_and_does_nothing(self):
+        for arguments in ([], ["restart"], ["done"], ["--version"]):
+            self.assertIn("usage:", self.run_script(*arguments))
+        self.expect("", "", ALL)
+
+
+class UnderBusyBox(Cases, unittest.TestCase):
+    def tool(self, _):
+        return BUSYBOX
+
+
+class UnderDash(Cases, unittest.TestCase):
+    def tool(self, name):
+        return shutil.which("dash" if name == "sh" else name)
+
 
 if __name__ == "__main__":
-    packaging.need("busybox")
-    BUSYBOX = os.path.realpath(packaging.shutil.which("busybox"))
+    packaging.need("busybox", "dash")
+    BUSYBOX = os.path.realpath(shutil.which("busybox"))
     (script,) = packaging.take_arguments()
     SCRIPT = pathlib.Path(script)
     packaging.main()
