@@ -84,6 +84,7 @@ class Cases:
         self.addCleanup(scratch.cleanup)
         self.folder = pathlib.Path(scratch.name)
         self.pending = self.folder / "kestrune-pending"
+        self.record = self.folder / "kestrune-commit"
         self.pending.write_bytes(ALL)
         self.tools = self.folder / "tools"
         self.tools.mkdir()
@@ -93,9 +94,10 @@ class Cases:
         self.put_stub()
 
     def adapted_script(self):
-        """The script itself, but for the shell's path and the three settings."""
+        """The script itself, but for the shell's path and the four settings."""
         text = packaging.replace_once(SCRIPT.read_text(), "#!/bin/sh\n", "")
-        for name, value in (("program", self.folder / "stub"), ("pending", self.pending), ("limitSeconds", LIMIT_SECONDS)):
+        for name, value in (("program", self.folder / "stub"), ("pending", self.pending), ("record", self.record),
+                            ("limitSeconds", LIMIT_SECONDS)):
             text, count = re.subn(rf"(?m)^{name}=\S+", f"{name}={value}", text)
             self.assertEqual(count, 1, name)
         return text
@@ -147,7 +149,7 @@ class Cases:
 
     def test_calls_nothing_without_a_marker(self):
         self.pending.unlink()
-        for arguments in (["start"], ["start", "all"]):
+        for arguments in (["start"], ["start", "all"], ["next"]):
             self.assertEqual(self.run_script(*arguments), "")
         self.expect("", "", None)
 
@@ -245,6 +247,26 @@ class Cases:
         self.assertLess(self.seconds, LIMIT_SECONDS)
 
     # The actions.
+
+    def test_next_prints_the_first_line(self):
+        for marker, printed in ((b"1\n2\nall\n", "1\n"), (b"2\nall\n", "2\n"), (b"all", "all\n"), (b" 2\n", " 2\n"),
+                                (b"2x\n", "2x\n"), (b"\n\n2\nall\n", "2\n"), (b"\n", ""), (b"", "")):
+            with self.subTest(marker=marker):
+                self.pending.write_bytes(marker)
+                self.assertEqual(self.run_script("next"), printed)
+                self.expect("", "", marker)
+
+    def test_next_prints_nothing_while_a_commit_is_unfinished(self):
+        self.record.write_bytes(b"1\n")
+        self.assertEqual(self.run_script("next"), "")
+        self.record.unlink()
+        self.record.mkdir()  # which is no record, and stays
+        self.assertEqual(self.run_script("next"), "1\n")
+
+    def test_next_does_not_wait_at_a_pipe(self):
+        self.pending.unlink()
+        os.mkfifo(self.pending)
+        self.assertEqual(self.run_script("next"), "")
 
     def test_stopping_does_nothing(self):
         self.assertEqual(self.run_script("stop"), "")
