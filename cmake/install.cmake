@@ -13,10 +13,10 @@ set(made ${PROJECT_BINARY_DIR}/packaging)
 install(TARGETS kestrune RUNTIME DESTINATION ${CMAKE_INSTALL_SBINDIR})
 
 configure_file(${packaging}/systemd/kestrune@.service.in ${made}/kestrune@.service @ONLY)
-install(FILES ${made}/kestrune@.service ${packaging}/systemd/kestrune-done.service
-        DESTINATION ${KESTRUNE_SYSTEMD_UNIT_DIR})
-install(DIRECTORY ${packaging}/systemd/kestrune@1.service.d ${packaging}/systemd/kestrune@2.service.d
-        DESTINATION ${KESTRUNE_SYSTEMD_UNIT_DIR})
+install(FILES ${made}/kestrune@.service DESTINATION ${KESTRUNE_SYSTEMD_UNIT_DIR})
+foreach(mode IN ITEMS 1 2 all dev)
+    install(DIRECTORY ${packaging}/systemd/kestrune@${mode}.service.d DESTINATION ${KESTRUNE_SYSTEMD_UNIT_DIR})
+endforeach()
 
 # Not in /etc/init.d: whoever builds the firmware links it to its place in the order of its start.
 configure_file(${packaging}/kestrune.init.in ${made}/kestrune.init @ONLY)

@@ -14,10 +14,11 @@ import packaging
 PREFIX = "srv/phone"
 
 FILES = [
-    "lib/systemd/system/kestrune-done.service",
     "lib/systemd/system/kestrune@.service",
     "lib/systemd/system/kestrune@1.service.d/order.conf",
     "lib/systemd/system/kestrune@2.service.d/order.conf",
+    "lib/systemd/system/kestrune@all.service.d/order.conf",
+    "lib/systemd/system/kestrune@dev.service.d/order.conf",
     "sbin/kestrune",
     "share/doc/kestrune/README.md",
     "share/doc/kestrune/SECURITY.md",
@@ -58,7 +59,7 @@ class Install(unittest.TestCase):
         self.assertEqual(found, EXECUTABLE)
 
     def test_what_names_the_program_names_one_path(self):
-        unit = (self.root / FILES[1]).read_text()
+        unit = (self.root / "lib/systemd/system/kestrune@.service").read_text()
         (command,) = [line.split("=")[1].split()[0] for line in unit.splitlines() if line.startswith("ExecStart=")]
         self.assertTrue(command.endswith("/sbin/kestrune"))
         self.assertIn(f"\nprogram={command}\n", (self.root / "share/kestrune/kestrune.init").read_text())

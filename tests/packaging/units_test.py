@@ -12,28 +12,31 @@ import unittest
 import packaging
 
 FOLDER = packaging.SOURCE / "packaging" / "systemd"
-DONE = FOLDER / "kestrune-done.service"
-MODES = ("1", "2", "all", "dev", "pwd")
+MODES = ("1", "2", "all", "dev", "pwd")  # in their order
+MARKER = "/config/kestrune-pending"
+
+
+def settings_of(text):
+    parser = configparser.ConfigParser(strict=False, interpolation=None, delimiters=("=",))
+    parser.optionxform = str
+    parser.read_string(text)
+    return parser
 
 
 def settings(path):
-    parser = configparser.ConfigParser(strict=False, interpolation=None, delimiters=("=",))
-    parser.optionxform = str
-    parser.read_string(path.read_text())
-    return parser
+    return settings_of(path.read_text())
 
 
 class Units(unittest.TestCase):
     def test_nothing_is_wrong_or_unknown(self):
         with tempfile.TemporaryDirectory(prefix="kestrune-") as folder:
-            shutil.copy(DONE, folder)
             for drop_in in FOLDER.glob("*.d"):
                 shutil.copytree(drop_in, f"{folder}/{drop_in.name}")
             command = settings(UNIT)["Service"]["ExecStart"].split()[0]
             text = packaging.replace_once(UNIT.read_text(), command, PROGRAM)  # which is not installed here
             pathlib.Path(folder, UNIT.name).write_text(text)
 
-            names = [f"kestrune@{mode}.service" for mode in MODES] + [DONE.name]
+            names = [f"kestrune@{mode}.service" for mode in MODES]
             environment = {"SYSTEMD_UNIT_PATH": f"{folder}:", "PATH": "/usr/bin:/bin"}
             status, output = packaging.run(["systemd-analyze", "verify", "--man=no", *names], env=environment)
             self.assertEqual((status, output), (0, ""))
@@ -58,27 +61,25 @@ class Units(unittest.TestCase):
         self.assertIn("systemd-tmpfiles-setup.service", settings(UNIT)["Unit"]["After"].split())  # it empties /tmp
 
     def test_everything_ordinary_starts_later(self):
-        for path in (UNIT, DONE):
-            unit = settings(path)["Unit"]
-            self.assertEqual(unit["DefaultDependencies"], "no")
-            self.assertIn("sysinit.target", unit["Before"].split())
+        unit = settings(UNIT)["Unit"]
+        self.assertEqual(unit["DefaultDependencies"], "no")
+        self.assertIn("sysinit.target", unit["Before"].split())
 
-    def test_the_modes_run_in_their_order_and_the_end_is_noted_last(self):
-        order = {mode: settings(FOLDER / f"kestrune@{mode}.service.d" / "order.conf")["Unit"]["Before"].split()
-                 for mode in ("1", "2")}
-        self.assertEqual(order["1"], [f"kestrune@{mode}.service" for mode in ("2", "all", "dev", "pwd")])
-        self.assertEqual(order["2"], [f"kestrune@{mode}.service" for mode in ("all", "dev", "pwd")])
-        self.assertIn(DONE.name, settings(UNIT)["Unit"]["Before"].split())
+    def test_no_two_modes_run_side_by_side(self):
+        for place, mode in enumerate(MODES[:-1]):
+            later = [f"kestrune@{other}.service" for other in MODES[place + 1:]]
+            order = settings(FOLDER / f"kestrune@{mode}.service.d" / "order.conf")
+            self.assertEqual(order["Unit"]["Before"].split(), later, mode)
 
     def test_a_mode_that_fails_keeps_no_other_from_running(self):
-        for path in (UNIT, DONE):
-            for name in ("Requires", "Requisite", "BindsTo", "PartOf", "OnFailure"):
-                self.assertNotIn(name, settings(path)["Unit"])
+        for name in ("Requires", "Requisite", "BindsTo", "PartOf", "OnFailure"):
+            self.assertNotIn(name, settings(UNIT)["Unit"])
 
-    def test_they_run_only_while_an_upgrade_is_pending(self):
-        for path in (UNIT, DONE):
-            self.assertEqual(settings(path)["Unit"]["ConditionPathExists"], "/config/kestrune-pending")
-        self.assertIn("ExecStart=/bin/rm -f /config/kestrune-pending\n", DONE.read_text())
+    def test_they_run_only_while_the_marker_is_there_and_leave_it_to_the_program(self):
+        self.assertEqual(settings(UNIT)["Unit"]["ConditionPathExists"], MARKER)
+        texts = [path.read_text() for path in (UNIT, *FOLDER.rglob("*")) if path.is_file() and path.suffix != ".in"]
+        self.assertEqual(sum(text.count(MARKER) for text in texts), 1)
+        self.assertEqual(list(FOLDER.glob("*.service")), [])
 
 
 if __name__ == "__main__":
