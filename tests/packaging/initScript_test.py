@@ -277,6 +277,63 @@ class Cases:
             self.assertIn("usage:", self.run_script(*arguments))
         self.expect("", "", ALL)
 
+    # The page: a step of the firmware's own, and how the marker is written.
+
+    def run_documented_start(self, step="exit 0"):
+        commands = packaging.documented_block("start 1\n")
+        commands = packaging.replace_once(commands, "/usr/share/kestrune/kestrune.init", str(self.script))
+        self.put_command(self.tools / "lay-new-settings", f'echo step >>"{self.folder}/done"\n{step}\n')
+        self.run_command(self.put_command(self.folder / "firmware", commands))
+
+    def test_the_step_runs_before_mode_2(self):
+        self.run_documented_start()
+        self.expect("1 2 all", "1 step 2 all", None)
+
+    def test_the_step_runs_only_while_mode_2_is_due(self):
+        for marker, calls, done, left in (
+                (None, "", "", None),
+                (b"", "1", "", None),
+                (b"all\n", "1 all", "all", None),
+                (b"1\nall\n", "1 all", "1 all", None),
+                (b"2\nall\n", "1 2 all", "step 2 all", None),
+                (b"2\n1\nall\n", "1 2 all", "step 2", b"1\nall\n")):
+            with self.subTest(marker=marker):
+                self.pending.unlink(missing_ok=True)
+                if marker is not None:
+                    self.pending.write_bytes(marker)
+                self.run_documented_start()
+                self.expect(calls, done, left)
+
+    def test_a_step_that_fails_holds_mode_2_back_and_is_repeated(self):
+        self.run_documented_start(step="exit 1")
+        self.expect("1 all", "1 step", b"2\nall\n")
+        self.run_documented_start()
+        self.expect("1 2 all", "step 2 all", None)
+
+    def test_mode_2_never_runs_without_its_step(self):
+        """Mode "1" is killed in its commit: the next call finishes that, and must not be mode "2"."""
+        self.put_stub(HANGING_ONCE % ("in_the_commit", "1"))
+        self.run_documented_start()
+        self.expect("1 all", "1", b"2\nall\n")
+        self.run_documented_start()
+        self.expect("1 2 all", "step 2 all", None)
+
+    def test_the_step_never_runs_once_mode_2_has_changed_files(self):
+        """The power goes in the commit of mode "2", and the call that would finish it hangs in the next start."""
+        self.pending.write_bytes(b"2\nall\n")
+        self.record.write_text("2\n")
+        self.put_stub(HANGING_ONCE % ("at_the_start", "1"))
+        self.run_documented_start()
+        self.expect("1 all", "all", None)
+
+    def test_the_documented_marker(self):
+        self.pending.unlink()
+        commands = packaging.documented_block("printf ").replace("/config/", f"{self.folder}/")
+        before = packaging.files_below(self.folder)
+        self.assertEqual(self.run_command(self.put_command(self.folder / "write", commands)), "")
+        self.assertEqual(packaging.files_below(self.folder), sorted([*before, "kestrune-pending", "write"]))
+        self.expect("", "", ALL)
+
 
 class UnderBusyBox(Cases, unittest.TestCase):
     def tool(self, _):

@@ -4,6 +4,7 @@
 """What the packaging tests have in common: their arguments, missing tools, and the end that they come to."""
 
 import pathlib
+import re
 import shutil
 import subprocess
 import sys
@@ -38,6 +39,13 @@ def replace_once(text, old, new):
     if text.count(old) != 1:
         raise AssertionError(f"{old!r} stands {text.count(old)} times in the file, not once")
     return text.replace(old, new)
+
+
+def documented_block(part):
+    """The one block of commands or settings with this part, on the page that tells how to install the program."""
+    blocks = re.findall(r"(?ms)^```(?:sh|ini)\n(.*?)^```$", (SOURCE / "docs" / "installation.md").read_text())
+    (found,) = [block for block in blocks if part in block]
+    return found
 
 
 def files_below(root):

@@ -5,6 +5,7 @@
 
 import configparser
 import pathlib
+import shlex
 import shutil
 import tempfile
 import unittest
@@ -32,6 +33,8 @@ class Units(unittest.TestCase):
         with tempfile.TemporaryDirectory(prefix="kestrune-") as folder:
             for drop_in in FOLDER.glob("*.d"):
                 shutil.copytree(drop_in, f"{folder}/{drop_in.name}")
+            step = packaging.replace_once(packaging.documented_block("ExecCondition="), "/usr/sbin/lay-new-settings", PROGRAM)
+            pathlib.Path(folder, "kestrune@2.service.d", "step.conf").write_text(step)
             command = settings(UNIT)["Service"]["ExecStart"].split()[0]
             text = packaging.replace_once(UNIT.read_text(), command, PROGRAM)  # which is not installed here
             pathlib.Path(folder, UNIT.name).write_text(text)
@@ -80,6 +83,23 @@ class Units(unittest.TestCase):
         texts = [path.read_text() for path in (UNIT, *FOLDER.rglob("*")) if path.is_file() and path.suffix != ".in"]
         self.assertEqual(sum(text.count(MARKER) for text in texts), 1)
         self.assertEqual(list(FOLDER.glob("*.service")), [])
+
+    def test_the_documented_step_runs_only_while_mode_2_is_due(self):
+        service = settings_of(packaging.documented_block("ExecCondition="))["Service"]
+        self.assertEqual(list(service), ["ExecCondition", "ExecStartPre"])
+        shell, option, commands = shlex.split(service["ExecCondition"])
+        self.assertEqual((shell, option), ("/bin/sh", "-c"))
+        self.assertNotRegex(commands, r"[$%\\]")  # which a unit would read differently
+        for marker, record, runs in (("2\nall\n", None, True), ("2", None, True), ("1\n2\nall\n", None, False),
+                                     ("all\n", None, False), ("12\n", None, False), ("", None, False), (None, None, False),
+                                     ("2\nall\n", "2", False)):
+            with self.subTest(marker=marker, record=record), tempfile.TemporaryDirectory(prefix="kestrune-") as folder:
+                for name, text in (("kestrune-pending", marker), ("kestrune-commit", record)):
+                    if text is not None:
+                        pathlib.Path(folder, name).write_text(text)
+                status, _ = packaging.run([shell, option, commands.replace("/config/", f"{folder}/")])
+                self.assertEqual(status == 0, runs)
+                self.assertIn(status, range(255))  # any other one is a failure
 
 
 if __name__ == "__main__":
