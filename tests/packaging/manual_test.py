@@ -42,6 +42,11 @@ class Manual(unittest.TestCase):
         self.assertIn('.Dq --version', text)
         self.assertIn('.Em it runs the start-up fix-ups', text)
 
+    def test_every_file_of_the_upgrade_is_listed(self):
+        files = (MANUAL / PAGES[0]).read_text().split("\n.Sh FILES\n")[1].split("\n.Sh ")[0]
+        listed = re.findall(r"(?m)^\.It Pa /config/(kestrune-\w+)$", files)
+        self.assertEqual(listed, ["kestrune-pending", "kestrune-commit", "kestrune-handover", "kestrune-certificates"])
+
     def test_the_attributes_are_those_of_the_documentation(self):
         for page, document in ((PAGES[1], "kestrune-table.md"), (PAGES[2], "encryptconfig.md")):
             documented = re.findall(r"(?m)^\| `(\w+)` \|", (packaging.SOURCE / "docs" / document).read_text())
