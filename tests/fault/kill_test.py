@@ -2,16 +2,20 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""Kills each mode right before each of its writing calls: nothing is lost, and one more run sets all right."""
+"""Kills each mode right before each of its calls that may change something: the phone is as before the run or as after it
+once the next run has started, be "/tmp" as it was or emptied by a new start, and one more run sets all right.
+"""
 
-import os
 import pathlib
 import sys
 
+import comparison
 import kills
+import oneStep
 import proof
 import sandbox
-import undisturbed
+
+CERTIFICATES = "/config/certs/phoneca/"
 
 
 class Kills:
@@ -21,39 +25,52 @@ class Kills:
         self.program = program
         self.run = run
         self.scratch = scratch
-        self.finals = {}
+        self.judged = {}
 
     def faults(self, kill):
         """What is lost when the run dies there."""
-        worker = self.scratch / str(os.getpid())
-        worker.mkdir(exist_ok=True)
-        root = sandbox.make_from(self.run.old, worker / "phone")
+        worker = comparison.worker_folder(self.scratch)
+        root = sandbox.make_from(self.run.before, worker / "phone")
         faults = kills.kill(self.program, root, self.run.mode, *kill)
         if faults:
             return faults
         found = sandbox.snapshot(root)
-        faults = undisturbed.faults_of(self.run, found, is_power_cut=False)
-        return faults or self.faults_of_again(found, worker / "again")
+        if kill[0] == kills.COPYING:
+            return self.faults_without_copies(found, root)
+        faults = self.faults_of(found, worker / "again", is_power_cut=False)
+        restarted = oneStep.without_tmp(found)
+        if restarted != found:
+            faults = faults + [f"with /tmp emptied: {fault}"
+                               for fault in self.faults_of(restarted, worker / "again", is_power_cut=True)]
+        return faults
 
-    def faults_of_again(self, found, root):
-        """Many kills leave the same phone, which needs one more run only once: the program knows nothing else."""
-        key = frozenset(found.items())
-        if key not in self.finals:
-            sandbox.make_from(found, root)
-            self.finals[key] = sandbox.run(self.program, root, self.run.mode).returncode, sandbox.snapshot(root)
-        status, final = self.finals[key]
-        if status != 0:
-            return [f"one more run ends with status {status}"]
-        return undisturbed.faults_of_again(self.run, found, final)
+    def faults_of(self, found, root, is_power_cut):
+        """Many kills leave the same phone, which is judged only once."""
+        key = is_power_cut, frozenset(found.items())
+        if key not in self.judged:
+            self.judged[key] = oneStep.faults_of(self.program, self.run, found, root, is_power_cut)
+        return self.judged[key]
+
+    def faults_without_copies(self, found, root):
+        """The run has ended without the certificates; the next run with that pass copies them."""
+        copies = {path for path in self.run.after if path.startswith(CERTIFICATES) and path not in self.run.before}
+        faults = oneStep.differences(found, {path: entry for path, entry in self.run.after.items() if path not in copies})
+        sandbox.run(self.program, root, self.run.mode)
+        again = sandbox.snapshot(root)
+        return faults + [f"{path} is not there after one more run" for path in copies
+                         if again.get(path) != self.run.after[path]]
 
 
 def prove(program, phone, mode, scratch):
     """What is lost, and how many kills there were."""
-    run = undisturbed.record(program, phone, mode, scratch)
-    jobs = kills.all_of(program, run, scratch)
+    run = oneStep.record(program, phone, mode, scratch, kills.OPTIONS)
+    jobs = kills.all_of(run)
     faults = []
+    wrong = 0
     for (call, number), found in zip(jobs, proof.in_parallel(Kills(program, run, scratch).faults, jobs)):
         faults += [f"mode {mode}, killed before {call} {number}: {fault}" for fault in found]
+        wrong += bool(found)
+    print(f"{mode:<14}{len(jobs):>6} kills{len(jobs) - wrong:>6} end as undisturbed", flush=True)
     return faults, len(jobs)
 
 
@@ -66,7 +83,7 @@ def main():
         try:
             with proof.scratch_folder() as scratch:
                 found, added = prove(arguments.program, arguments.phone, mode, pathlib.Path(scratch))
-        except undisturbed.BadRecord as reason:
+        except oneStep.BadRecord as reason:
             found, added = [f"mode {mode}: {reason}"], 0
         faults += found
         count += added

@@ -9,6 +9,7 @@ import dataclasses
 import os
 import pathlib
 
+import phoneValues
 import sandbox
 import trace
 
@@ -52,10 +53,17 @@ def mark(root):
             sandbox.give_owner_and_mode(file, sandbox.Entry("file", mode, owner, b""))
 
 
+def make_marked_phone(phone, root):
+    """The phone with values unlike every default, and with owners and permission bits unlike those of new files."""
+    root = sandbox.make_phone(phone, root)
+    phoneValues.put(phone, root)
+    mark(root)
+    return root
+
+
 def make_phone(program, phone, mode, root):
     """Mode "2" starts where mode "1" has left the hand-over file."""
-    root = sandbox.make_phone(phone, root)
-    mark(root)
+    root = make_marked_phone(phone, root)
     if mode == "2" and not (root / HAND_OVER_FILE[1:]).exists():
         sandbox.run(program, root, "1")
     return root
