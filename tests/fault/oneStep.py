@@ -19,6 +19,7 @@ MARKER = "/config/kestrune-pending"
 RECORD = "/config/kestrune-commit"
 NOTE = "/config/kestrune-certificates"
 NOBODYS_MODE = "nobody's"
+SEQUENCE = ("1", "2", "all")
 
 # Permission bits and owners unlike those of new files, so that losing them shows. Owners only where we may give them.
 ATTRIBUTES = {
@@ -38,12 +39,15 @@ class BadRecord(Exception):
 
 @dataclasses.dataclass(frozen=True)
 class Run:
-    """An undisturbed run of a mode: the phone before and after it, as `sandbox.snapshot` gives it, and its calls."""
+    """An undisturbed run of a mode: the phone before and after it, as `sandbox.snapshot` gives it, and its calls. In the
+    boot's sequence also its modes, and the phone after the last one."""
 
     mode: str
     before: dict
     after: dict
     calls: list
+    sequence: tuple = ()
+    end: dict = None
 
 
 def mark(root):
@@ -73,7 +77,10 @@ def record(program, phone, mode, scratch, options):
     """Runs the mode undisturbed, under strace with these options."""
     os.umask(UMASK)
     scratch = pathlib.Path(scratch)
-    root = make_phone(program, phone, mode, scratch / "phone")
+    return record_on(program, make_phone(program, phone, mode, scratch / "phone"), mode, scratch, options)
+
+
+def record_on(program, root, mode, scratch, options):
     before = sandbox.snapshot(root)
     result, calls = trace.record(program, root, mode, scratch / "trace", options)
     after = sandbox.snapshot(root)
@@ -81,6 +88,16 @@ def record(program, phone, mode, scratch, options):
     if result.returncode != 0 or left:
         raise BadRecord(f"the undisturbed run ends with status {result.returncode} and leaves {left}")
     return Run(mode, before, after, calls)
+
+
+def record_sequence(program, phone, scratch, options):
+    """The runs of the boot's modes with the upgrade's marker, one after the other."""
+    os.umask(UMASK)
+    scratch = pathlib.Path(scratch)
+    root = make_marked_phone(phone, scratch / "phone")
+    (root / MARKER[1:]).write_text("".join(f"{mode}\n" for mode in SEQUENCE))
+    runs = [record_on(program, root, mode, scratch, options) for mode in SEQUENCE]
+    return [dataclasses.replace(run, sequence=SEQUENCE, end=runs[-1].after) for run in runs]
 
 
 def is_temporary(path):
@@ -132,22 +149,34 @@ def differences(found, expected):
             for path in sorted(found.keys() | expected.keys()) if found.get(path) != expected.get(path)]
 
 
+def needs_next_run(found):
+    """Whether an earlier run is still to be finished or taken back."""
+    return RECORD in found or NOTE in found or (MARKER in found and not found[MARKER].content)
+
+
+def told_as_neither(run, found, is_power_cut):
+    seen, before, after = (kept(phone, is_power_cut) for phone in (found, run.before, run.after))
+    return "neither as before the run nor as after it: " + "; ".join(
+        min((differences(seen, before), differences(seen, after)), key=len))
+
+
 def faults_of(program, run, found, root, is_power_cut=False):
     """What is wrong with the phone that a disturbed run has left as `found`. `root` is a folder to try it in."""
     has_record = RECORD in found
     settled = found
-    if has_record or NOTE in found:
+    if needs_next_run(found):
         sandbox.make_from(found, root)
         status = settle(program, root)
         settled = sandbox.snapshot(root)
         if status != 0:
             return [f"the next run ends with status {status}"]
-        if RECORD in settled or NOTE in settled:
-            return ["the next run leaves the record or the note"]
+        if needs_next_run(settled):
+            return ["the next run leaves the record, the note or an empty marker"]
     seen, before, after = (kept(phone, is_power_cut) for phone in (settled, run.before, run.after))
     if seen not in (before, after):
-        return ["neither as before the run nor as after it: " + "; ".join(
-            min((differences(seen, before), differences(seen, after)), key=len))]
+        return [told_as_neither(run, settled, is_power_cut)]
+    if run.sequence:
+        return faults_of_sequence(program, run, found, root)
     if seen == after and before != after and not has_record:
         return []  # the run has ended
     return faults_of_again(program, run, found, root, is_power_cut)
@@ -165,6 +194,19 @@ def faults_of_again(program, run, found, root, is_power_cut):
     if is_power_cut:
         final, after = without_tmp(final), without_tmp(after)
     return [f"after one more run {fault}" for fault in differences(final, after)]
+
+
+def faults_of_sequence(program, run, found, root):
+    """The phone starts again: /tmp is empty, and the boot calls each mode, as long as the marker is there."""
+    sandbox.make_from(without_tmp(found), root)
+    for mode in run.sequence:
+        if not os.path.lexists(f"{root}{MARKER}"):
+            break
+        status = sandbox.run(program, root, mode).returncode
+        if status != 0:
+            return [f"mode {mode} ends with status {status} when the boot starts again"]
+    return [f"after the boot's sequence {fault}"
+            for fault in differences(without_tmp(sandbox.snapshot(root)), without_tmp(run.end))]
 
 
 def put_hand_over_back(run, root):

@@ -21,14 +21,16 @@ SKIPPED = 77
 MOST_FAULTS_TOLD = 40
 
 
-def parse_arguments(description):
+def parse_arguments(description, more_modes=()):
+    """`more_modes`: what the proof can do beside the modes."""
+    modes = sandbox.MODES + more_modes
     parser = argparse.ArgumentParser(description=description)
     parser.add_argument("--program", required=True, type=pathlib.Path)
     parser.add_argument("--phone", choices=sorted(sandbox.PHONES), default="small")
-    parser.add_argument("--mode", action="append", choices=sandbox.MODES)
+    parser.add_argument("--mode", action="append", choices=modes)
     arguments = parser.parse_args()
     arguments.program = arguments.program.resolve()
-    arguments.mode = arguments.mode or list(sandbox.MODES)
+    arguments.mode = arguments.mode or list(modes)
     return arguments
 
 
