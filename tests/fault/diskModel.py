@@ -6,10 +6,13 @@
 Files are inodes: a name leads to one, and a rename takes it along with whatever of it is on the device. Until a file is
 flushed, each write to it may be missing, cut short or whole, and each change of its owner and permission bits may be
 missing. Until a folder is flushed, each name that was made, renamed or removed in it may be missing, whatever became of
-the changes before and after it. No file system is as bad as that; each that we know of is a part of it.
+the changes before and after it. A file system without a journal gives the number of a removed inode to the next new file;
+until the folder is flushed, the removed name may lead to the new file's bytes. No file system is as bad as that; each that
+we know of is a part of it.
 """
 
 import dataclasses
+import functools
 import itertools
 import os
 import re
@@ -39,7 +42,7 @@ class Inode:
     number: int
     device: sandbox.Entry
     pending: list = dataclasses.field(default_factory=list)
-    names: set = dataclasses.field(default_factory=set)
+    heirs: list = dataclasses.field(default_factory=list)  # the new files that may have got its number
 
     def latest(self):
         entry = self.device
@@ -110,90 +113,82 @@ def nothing(entry):
 
 @dataclasses.dataclass
 class Group:
-    """The names of one file, its own and the temporary one, and every pair of inodes that they may lead to."""
+    """Names that depend on each other, since a rename that may be missing concerns both; and what they may lead to."""
 
-    path: str
-    device: tuple
-    pending: list = dataclasses.field(default_factory=list)
-    reached: set = dataclasses.field(default_factory=set)
+    names: tuple
+    device: tuple  # the number of the inode that each name leads to on the device, or None
+    latest: tuple = ()
+    reached: set = frozenset()  # each such tuple that a power cut may leave
 
     def __post_init__(self):
-        self.reached = {self.device}
+        self.latest = self.latest or self.device
+        self.reached = self.reached or {self.device}
 
-    def latest(self):
-        pair = self.device
-        for change in self.pending:
-            pair = change(pair)
-        return pair
+    def change(self, changes):
+        self.latest = self.changed(self.latest, changes)
+        self.reached |= {self.changed(numbers, changes) for numbers in self.reached}
 
-    def change(self, change):
-        self.pending.append(change)
-        self.reached |= {change(pair) for pair in self.reached}
+    def changed(self, numbers, changes):
+        return tuple(changes.get(name, number) for name, number in zip(self.names, numbers))
 
-    def flush(self):
-        self.device = self.latest()
-        self.pending = []
-        self.reached = {self.device}
+    def flush(self, folder):
+        newest = {name: number for name, number in zip(self.names, self.latest) if os.path.dirname(name) == folder}
+        self.device = self.changed(self.device, newest)
+        self.reached = {self.changed(numbers, newest) for numbers in self.reached}
 
-
-def group_path(path):
-    return path.removesuffix(sandbox.TEMPORARY_SUFFIX)
+    def is_flushed(self):
+        return self.reached == {self.latest}
 
 
-def is_temporary(path):
-    return path.endswith(sandbox.TEMPORARY_SUFFIX)
-
-
-def place_of(path):
-    """Where the name stands in its group's pair."""
-    return 1 if is_temporary(path) else 0
-
-
-def set_name(place, inode):
-    """The folder change after which the name leads to the inode (None: to nothing)."""
-    return lambda pair: (inode, pair[1]) if place == 0 else (pair[0], inode)
-
-
-def take_place(inode):
-    """The rename of the temporary file to the file itself."""
-    return lambda pair: (inode, None)
+def joined(one, other):
+    return Group(one.names + other.names, one.device + other.device, one.latest + other.latest,
+                 {first + second for first, second in itertools.product(one.reached, other.reached)})
 
 
 class Disk:
-    """Plays the calls one after the other. `changed` holds the groups that the last call may have changed."""
+    """Plays the calls one after the other. `changed` holds the names that the last call may have changed."""
 
     def __init__(self, phone, owner, umask):
         self.folders = {path for path, entry in phone.items() if entry.kind == "folder"}
         self.owner = owner
         self.umask = umask
-        self.numbers = itertools.count()
         self.groups = {}
         self.inodes = []
         self.open_files = {}
         self.changed = set()
         for path, entry in phone.items():
             if entry.kind == "file":
-                self.put(path, entry)
+                self.set_group(Group((path,), (self.new_inode(entry),)))
 
-    def put(self, path, entry):
-        inode = self.new_inode(path, entry)
-        group = self.group(path)
-        group.device = set_name(place_of(path), inode)(group.device)
-        group.flush()
+    def set_group(self, group):
+        for name in group.names:
+            self.groups[name] = group
 
-    def new_inode(self, path, entry):
-        inode = Inode(next(self.numbers), entry)
-        inode.names.add(path)
-        self.inodes.append(inode)
-        return inode.number
+    def new_inode(self, entry):
+        self.inodes.append(Inode(len(self.inodes), entry))
+        return self.inodes[-1].number
 
     def group(self, path):
-        name = group_path(path)
-        return self.groups.setdefault(name, Group(name, (None, None)))
+        if path not in self.groups:
+            self.set_group(Group((path,), (None,)))
+        return self.groups[path]
+
+    def all_groups(self):
+        return {id(group): group for group in self.groups.values()}.values()
 
     def inode_at(self, path):
-        number = self.group(path).latest()[place_of(path)]
+        group = self.group(path)
+        number = group.latest[group.names.index(path)]
         return None if number is None else self.inodes[number]
+
+    def make_inode(self, entry):
+        """A new file, which may get the number of any that is gone in memory and not on the device."""
+        used = {number for group in self.groups.values() for number in group.latest}
+        on_device = {number for group in self.groups.values() for numbers in group.reached for number in numbers}
+        made = self.new_inode(entry)
+        for number in on_device - used - {None}:
+            self.inodes[number].heirs.append(made)
+        return made
 
     def play(self, call):
         """Whether the call concerned the phone."""
@@ -209,12 +204,22 @@ class Disk:
 
     def change_inode(self, inode, change):
         inode.pending.append(change)
-        self.changed |= {group_path(name) for name in inode.names}
+        return self.note_change(inode)
+
+    def note_change(self, inode):
+        numbers = {inode.number} | {other.number for other in self.inodes if inode.number in other.heirs}
+        for group in self.all_groups():
+            if any(number in numbers for reached in group.reached for number in reached):
+                self.changed.update(group.names)
         return True
 
-    def change_name(self, path, change):
-        self.group(path).change(change)
-        self.changed.add(group_path(path))
+    def change_names(self, changes):
+        """One change of a folder: a name and its inode (None: it is removed), or the two names of a rename."""
+        groups = {id(self.group(name)): self.group(name) for name in changes}.values()
+        group = functools.reduce(joined, groups)
+        group.change(changes)
+        self.set_group(group)
+        self.changed.update(group.names)
         return True
 
     def play_openat(self, call):
@@ -225,8 +230,7 @@ class Disk:
         is_made = b"O_CREAT" in call.arguments and self.inode_at(path) is None
         if is_made:
             mode = int(OCTAL.search(call.arguments).group(1), 8) & ~self.umask
-            number = self.new_inode(path, sandbox.Entry("file", mode, self.owner, b""))
-            self.change_name(path, set_name(place_of(path), number))
+            self.change_names({path: self.make_inode(sandbox.Entry("file", mode, self.owner, b""))})
         inode = self.inode_at(path)
         self.open_files[call.process, call.result] = [inode, 0]
         if b"O_TRUNC" in call.arguments:
@@ -274,55 +278,60 @@ class Disk:
             return self.flush_folder(call.file)
         inode = self.inode_at(call.file)
         inode.flush()
-        self.changed |= {group_path(name) for name in inode.names}
-        return True
+        return self.note_change(inode)
 
     def flush_folder(self, folder):
-        for group in self.groups.values():
-            if os.path.dirname(group.path) == folder and group.pending:
-                group.flush()
-                self.changed.add(group.path)
+        for group in list(self.all_groups()):
+            if group.is_flushed() or not any(os.path.dirname(name) == folder for name in group.names):
+                continue
+            group.flush(folder)
+            self.changed.update(group.names)
+            if group.is_flushed():
+                for name, number in zip(group.names, group.latest):
+                    self.set_group(Group((name,), (number,)))
         return True
 
     def play_rename(self, call):
         source, target = (text.decode(errors="surrogateescape") for text in call.texts)
         if not is_of_phone(source) and not is_of_phone(target):
             return False
-        if not is_temporary(source) or group_path(source) != target:
-            raise UnknownCall(f"a rename of {source} to {target}")
-        inode = self.inode_at(source)
-        inode.names.add(target)
-        return self.change_name(target, take_place(inode.number))
+        return self.change_names({source: None, target: self.inode_at(source).number})
 
     def play_unlink(self, call):
         path = call.texts[0].decode(errors="surrogateescape")
-        return is_of_phone(path) and self.change_name(path, set_name(place_of(path), None))
+        return is_of_phone(path) and self.change_names({path: None})
 
     def play_utimensat(self, call):
         return False  # a time that is lost does no harm
 
-    def entry(self, number):
-        return None if number is None else self.inodes[number].latest()
-
     def latest(self):
-        """The files as every process sees them."""
-        return {path: tuple(self.entry(number) for number in group.latest()) for path, group in self.groups.items()}
+        """The files as every process sees them: name -> entry, or None."""
+        return self.state(lambda group: group.latest, Inode.latest)
 
     def oldest(self):
         """The files as they are on the device when nothing came there that need not."""
-        return {path: tuple(None if number is None else self.inodes[number].device for number in group.device)
-                for path, group in self.groups.items()}
+        return self.state(lambda group: group.device, lambda inode: inode.device)
 
-    def possible(self, path):
-        """Every pair (file, temporary file) that the power cut may leave, each once, always in the same order."""
+    def state(self, numbers_of, entry_of):
+        return {name: None if number is None else entry_of(self.inodes[number]) for group in self.all_groups()
+                for name, number in zip(group.names, numbers_of(group))}
+
+    def changed_groups(self):
+        return {id(group): group for group in (self.groups[name] for name in sorted(self.changed))}.values()
+
+    def possible(self, group):
+        """Every state of the group's names that the power cut may leave, each once, always in the same order."""
         found = {}
-        for pair in sorted(self.group(path).reached, key=str):
-            for entries in itertools.product(*(self.variants(number) for number in pair)):
+        for numbers in sorted(group.reached, key=str):
+            for entries in itertools.product(*(self.variants(number) for number in numbers)):
                 found[entries] = True
-        return list(found)
+        return [dict(zip(group.names, entries)) for entries in found]
 
     def variants(self, number):
-        return [None] if number is None else self.inodes[number].variants()
+        if number is None:
+            return [None]
+        numbers = [number] + self.inodes[number].heirs
+        return list({entry: True for each in numbers for entry in self.inodes[each].variants()})
 
 
 def is_of_phone(path):
@@ -348,11 +357,5 @@ def is_split(record):
 
 
 def files_of(state):
-    """The files by their names, of a state (path of a file -> the file and its temporary file)."""
-    files = {}
-    for path, (file, temporary) in state.items():
-        if file is not None:
-            files[path] = file
-        if temporary is not None:
-            files[path + sandbox.TEMPORARY_SUFFIX] = temporary
-    return files
+    """The files that are there, by their names."""
+    return {name: entry for name, entry in state.items() if entry is not None}

@@ -2,197 +2,135 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""Cuts the power after each writing call of a recorded run, in a model of the worst file system: nothing is lost.
+"""Cuts the power after each writing call of a recorded run, in a model of the worst file system: a run is one step.
 
-Every state of every file is checked, each combination of a moved account and its copy, and a sample of all
-combinations. Many of the phones get the same mode once more.
+Then the same of a run that follows a killed one, which has left changes that are not on the device. The modes run
+without the marker, and in the boot's sequence with it. Many of the phones get the next run, and the same run once more.
 """
 
-import itertools
 import os
 import pathlib
 import random
 import sys
 
+import crashStates
 import diskModel
+import oneStep
 import proof
 import sandbox
-import undisturbed
+import trace
 
 SEED = 4
-MIXED_PHONES_PER_CALL = 8  # of all combinations of what the files may be
-MOST_RUNS = {"small": 1000, "example": 2000}  # once more, in each mode
-MOST_FAULTS = 20  # in one mode: a program that does not flush has thousands
+MOST_RUNS = {"small": 120, "example": 600}  # phones that run on, of each mode
+SECOND_RUNS = {"small": 8, "example": 20}  # after a killed run of each mode
+SEQUENCE = "sequence"
 
 
-class Sample:
-    """The phones that get the mode once more: those that must, and a fair choice of the others, each phone once."""
-
-    def __init__(self, size):
-        self.size = size
-        self.random = random.Random(SEED)
-        self.numbers = {}
-        self.known = set()
-        self.main = []
-        self.others = []
-        self.offered = 0
-
-    def number(self, path, pair):
-        """A number for one state of one file: the sum of them tells a phone from all others."""
-        key = (path, pair)
-        if key not in self.numbers:
-            self.numbers[key] = self.random.getrandbits(64)
-        return self.numbers[key]
-
-    def sum(self, state):
-        return sum(self.number(path, pair) for path, pair in state.items())
-
-    def offer(self, state, state_sum, changes, is_main=False):
-        """The state with some files changed. Whether nobody has offered this phone before."""
-        for path, pair in changes.items():
-            state_sum += self.number(path, pair) - self.number(path, state[path])
-        if state_sum in self.known:
-            return False
-        self.known.add(state_sum)
-        if is_main:
-            self.main.append({**state, **changes})
-        else:
-            self.choose(state, changes)
-        return True
-
-    def choose(self, state, changes):
-        self.offered += 1
-        if len(self.others) < self.size:
-            self.others.append((state, changes))
-            return
-        place = self.random.randrange(self.offered)
-        if place < self.size:
-            self.others[place] = (state, changes)
-
-    def chosen(self):
-        room = max(0, self.size - len(self.main))
-        return self.main + [{**state, **changes} for state, changes in self.others[:room]]
+def make_disk(phone):
+    return diskModel.Disk(phone, (os.geteuid(), os.getegid()), oneStep.UMASK)
 
 
-class PowerCuts:
-    """The disk states of one mode, call by call."""
-
-    def __init__(self, run, sample):
-        self.run = run
-        self.sample = sample
-        self.random = random.Random(SEED)
-        self.disk = undisturbed.make_disk(run.old)
-        paths = set(self.disk.groups).union(*(move[:2] for move in run.moves))
-        self.possible = {path: self.disk.possible(path) for path in sorted(paths)}
-        self.states_of_files = set()
-        self.faults = []
-        self.where = ""
-
-    def play(self):
-        for number, call in enumerate(self.run.calls, 1):
-            if not self.disk.play(call):
-                continue
-            self.where = f"power cut after {call.name}, call {number} of {len(self.run.calls)}"
-            self.check_call()
-            if len(self.faults) >= MOST_FAULTS:
-                return
-        self.check_end()
-
-    def check_call(self):
-        for path in sorted(self.disk.changed):
-            self.possible[path] = self.disk.possible(path)
-            for pair in self.possible[path]:
-                self.check_file(path, pair)
-        if not self.faults:
-            self.check_phones()
-
-    def check_file(self, path, pair):
-        """One state of a file and its temporary file, whatever the others are."""
-        if (path, pair) in self.states_of_files:
-            return
-        self.states_of_files.add((path, pair))
-        for name, entry in zip((path, path + sandbox.TEMPORARY_SUFFIX), pair):
-            if not undisturbed.is_allowed(self.run, name, entry, is_power_cut=True):
-                self.faults.append(f"{self.where}: {name} is {undisturbed.told(entry)}")
-
-    def check_phones(self):
-        """One file in each of its states, the others as new as can be and as old as can be; then all of them mixed."""
-        for state in (self.disk.latest(), self.disk.oldest()):
-            state_sum = self.sample.sum(state)
-            self.check_phone(state, state_sum, {}, is_main=True)
-            for path in sorted(self.disk.changed):
-                for pair in self.possible[path]:
-                    self.check_phone(state, state_sum, {path: pair})
-            for path, copy, _ in self.run.moves:
-                for pair, copied in itertools.product(self.possible[path], self.possible[copy]):
-                    self.check_phone(state, state_sum, {path: pair, copy: copied}, is_main=True)
-        for _ in range(MIXED_PHONES_PER_CALL):
-            state = {path: self.random.choice(pairs) for path, pairs in self.possible.items()}
-            self.check_phone(state, self.sample.sum(state), {})
-
-    def check_phone(self, state, state_sum, changes, is_main=False):
-        is_new = self.sample.offer(state, state_sum, changes, is_main)
-        if is_new and self.run.moves:
-            found = diskModel.files_of({**state, **changes})
-            self.faults += [f"{self.where}: {fault}" for fault in undisturbed.faults_of_moves(self.run, found)]
-
-    def check_end(self):
-        """A run that has ended is on the device for good."""
-        for path in self.disk.groups:
-            files = self.disk.possible(path)
-            if len(files) != 1:
-                self.faults.append(f"power cut after the end: {path} may be "
-                                   + " or ".join(undisturbed.told(file) for file, _ in files))
+def check_record(run, disk):
+    """The model is what the run did."""
+    model = diskModel.files_of(disk.latest())
+    real = {path: entry for path, entry in run.after.items() if entry.kind == "file"}
+    wrong = oneStep.differences(model, real)
+    if wrong:
+        raise oneStep.BadRecord("the record and the phone disagree: " + "; ".join(wrong))
 
 
-class Again:
-    """One more run of the mode on a phone that lost its power."""
+def kill_points(run, count):
+    """How many calls a killed run made: some of all phones that a kill may leave, and the one with a record not flushed."""
+    disk = make_disk(run.before)
+    points = {}
+    recorded = []
+    for number, call in enumerate(run.calls):
+        points.setdefault(frozenset(diskModel.files_of(disk.latest()).items()), number)
+        is_record = disk.play(call) and call.file == oneStep.RECORD and call.name == "write"
+        recorded += [number + 1] * is_record
+    others = list(points.values())
+    return sorted(set(recorded + random.Random(SEED).sample(others, min(count, len(others)))))
+
+
+def record_again(program, run, disk, scratch):
+    """The calls of the mode when it runs once more after a kill."""
+    folders = {path: entry for path, entry in run.before.items() if entry.kind == "folder"}
+    root = sandbox.make_from({**folders, **diskModel.files_of(disk.latest())}, scratch / "phone")
+    _, calls = trace.record(program, root, run.mode, scratch / "trace", diskModel.OPTIONS)
+    return calls
+
+
+def cuts_of(program, phone, run, scratch):
+    """All phones that a power cut may leave, in the run and in one that follows a killed one."""
+    cuts = crashStates.Cuts(run, MOST_RUNS[phone])
+    disk = make_disk(run.before)
+    cuts.play(disk, run.calls, "power cut")
+    cuts.check_end(disk, "power cut after the end")
+    check_record(run, disk)
+    for point in kill_points(run, SECOND_RUNS[phone]):
+        if cuts.faults:
+            break
+        disk = make_disk(run.before)
+        for call in run.calls[:point]:
+            disk.play(call)
+        calls = record_again(program, run, disk, scratch)
+        cuts.play(disk, calls, f"killed after call {point}, run once more, power cut")
+    return cuts
+
+
+class NextRun:
+    """What becomes of a phone that lost its power. Each worker has a folder of its own."""
 
     def __init__(self, program, run, scratch):
         self.program = program
         self.run = run
-        self.scratch = pathlib.Path(scratch)
-        self.folders = {path: entry for path, entry in run.old.items() if entry.kind == "folder"}
+        self.scratch = scratch
 
-    def faults(self, state):
-        found = {**self.folders, **diskModel.files_of(state)}
-        root = sandbox.make_from(found, self.scratch / str(os.getpid()))
-        status = sandbox.run(self.program, root, self.run.mode).returncode
-        if status != 0:
-            return [f"one more run ends with status {status}"]
-        return undisturbed.faults_of_again(self.run, found, sandbox.snapshot(root))
+    def faults(self, cut):
+        where, found = cut
+        faults = oneStep.faults_of(self.program, self.run, found, self.scratch / str(os.getpid()), is_power_cut=True)
+        return [f"{where}: {fault}" for fault in faults]
+
+
+def runs_of(program, phone, mode, scratch):
+    options = diskModel.OPTIONS
+    if mode == SEQUENCE:
+        return oneStep.record_sequence(program, phone, scratch, options)
+    return [oneStep.record(program, phone, mode, scratch, options)]
 
 
 def prove(program, phone, mode, scratch):
-    """What is lost; how many states of files, phones and runs there were."""
-    run = undisturbed.record(program, phone, mode, scratch)
-    sample = Sample(MOST_RUNS[phone])
-    cuts = PowerCuts(run, sample)
-    cuts.play()
-    faults = [f"mode {mode}, {fault}" for fault in cuts.faults]
-
-    phones = [] if faults else sample.chosen()
-    for found in proof.in_parallel(Again(program, run, scratch).faults, phones):
-        faults += [f"mode {mode}, power cut: {fault}" for fault in found]
-    return faults, (len(cuts.states_of_files), len(sample.known), len(phones))
+    """What is lost; how many states there were, and how many of them ran on."""
+    faults = []
+    states = runs = 0
+    for run in runs_of(program, phone, mode, scratch):
+        cuts = cuts_of(program, phone, run, scratch)
+        found = cuts.faults
+        phones = [] if found else cuts.chosen()
+        for more in proof.in_parallel(NextRun(program, run, scratch).faults, phones, at_once=4):
+            found += more
+        faults += [f"mode {run.mode}{' with the marker' if run.sequence else ''}, {fault}" for fault in found]
+        states += len(cuts.known)
+        runs += len(phones)
+    return faults, states, runs
 
 
 def main():
-    arguments = proof.parse_arguments(__doc__)
+    arguments = proof.parse_arguments(__doc__, more_modes=(SEQUENCE,))
     proof.skip_without_sandbox()
     faults = []
-    counts = [0, 0, 0]
+    states = runs = 0
     for mode in arguments.mode:
         try:
             with proof.scratch_folder() as scratch:
-                found, added = prove(arguments.program, arguments.phone, mode, scratch)
-        except undisturbed.BadRecord as reason:
-            found, added = [f"mode {mode}: {reason}"], (0, 0, 0)
+                found, more_states, more_runs = prove(arguments.program, arguments.phone, mode, pathlib.Path(scratch))
+        except (oneStep.BadRecord, diskModel.UnknownCall) as reason:
+            found, more_states, more_runs = [f"mode {mode}: {reason}"], 0, 0
         faults += found
-        counts = [count + more for count, more in zip(counts, added)]
-    files, phones, runs = counts
-    return proof.end("powerCut", faults, f"{files} states of files and {phones} of phones in {len(arguments.mode)} "
-                     f"modes, {runs} of these run once more")
+        states += more_states
+        runs += more_runs
+    return proof.end("powerCut", faults, f"{states} states of phones in {len(arguments.mode)} modes, {runs} of them run "
+                     "on")
 
 
 if __name__ == "__main__":
