@@ -1,0 +1,129 @@
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
+"""A phone that boots: the installed init script and the commands that the documentation gives for calling it, in a sandbox,
+under a shell of choice. The power can go right before a call of one of the modes.
+"""
+
+import pathlib
+import re
+import shutil
+
+import sandbox
+import trace
+
+SOURCE = sandbox.HERE.parents[1]
+SHELLS = {"dash": {"sh": "dash"}, "busybox": {name: "busybox" for name in ("sh", "cp", "mv", "timeout")}}
+TOOLS = ("sh", "cp", "mv", "timeout")
+CALLS = ("openat", "rename", "unlink", "link", "fsync", "write", "flock")
+POWER_WENT = 128 + 9
+NEW_SETTINGS = """[PhoneSetting]
+EnLock=0
+strLang=German
+
+[Backlight]
+nBacklightTime=3
+
+[Web]
+strHost=new.example.com
+strAdminPassword=quay-31
+"""
+NEW_ACCOUNT = "[account]\nEnable=1\ndirectip=1\nLabel=New direct\nSCALineKeyNumber=7\n"
+
+# Stands where the program is installed. Which call to cut at, or where to record, comes by the environment.
+PROGRAM = """#!/bin/sh
+if [ "$RECORD" ]; then
+    exec /usr/bin/strace -D -f -o "/trace/$1" $RECORD /kestrune "$@"
+fi
+[ "$CUT_MODE" = "$1" ] || exec /kestrune "$@"
+/usr/bin/strace -D -o /dev/null -e trace="$CUT_CALL" \\
+    -e inject="$CUT_CALL:signal=SIGKILL:when=$CUT_NUMBER" /kestrune "$@"
+[ $? != 137 ] || kill -9 -1
+"""
+
+# Harmless when it is repeated, as it has to be. The power can go in its middle.
+LAY_NEW_SETTINGS = """#!/boot/tools/sh
+lay() {
+    cp "/boot/$1" "$2.new" && mv "$2.new" "$2"
+}
+lay new-user.ini /config/user/user.ini
+[ "$CUT_MODE" != step ] || kill -9 -1
+lay new-account.cfg /config/user/voip/sipAccount16.cfg
+"""
+
+
+def documented_start():
+    """The one block of commands that calls the script for each mode, with a step of the firmware's own."""
+    blocks = re.findall(r"(?ms)^```sh\n(.*?)^```$", (SOURCE / "docs" / "installation.md").read_text())
+    (found,) = [block for block in blocks if "start 1\n" in block]
+    return replace_once(found, "/usr/share/kestrune/kestrune.init", "/boot/kestrune.init")
+
+
+def replace_once(text, old, new):
+    if text.count(old) != 1:
+        raise ValueError(f"{old!r} stands {text.count(old)} times in the text, not once")
+    return text.replace(old, new)
+
+
+class Boot:
+    """What the sandbox's /boot holds, for one shell and its tools."""
+
+    def __init__(self, program, shell, folder, start=None, limit_seconds=120):
+        self.program = program
+        self.folder = pathlib.Path(folder)
+        (self.folder / "tools").mkdir(parents=True)
+        for tool in TOOLS:
+            (self.folder / "tools" / tool).symlink_to(shutil.which(SHELLS[shell].get(tool, tool)))
+        script = (SOURCE / "packaging" / "kestrune.init.in").read_text()
+        script = replace_once(script, "@CMAKE_INSTALL_FULL_SBINDIR@", "/boot")
+        script = replace_once(script, "#!/bin/sh\n", "#!/boot/tools/sh\n")
+        script = replace_once(script, "limitSeconds=120", f"limitSeconds={limit_seconds}")
+        self.put("kestrune.init", script)
+        self.put("kestrune", PROGRAM)
+        self.put("lay-new-settings", LAY_NEW_SETTINGS)
+        self.put("new-user.ini", NEW_SETTINGS)
+        self.put("new-account.cfg", NEW_ACCOUNT)
+        self.put("start", start or documented_start())
+
+    def put(self, name, text):
+        path = self.folder / name
+        path.write_text(text)
+        path.chmod(0o755)
+
+    def run(self, root, environment=None, options=()):
+        """Boots the phone; returns whether the power went. Process 1 gives the status and dies with no signal."""
+        wrapper = ["/boot/tools/sh", "-c", 'export PATH=/boot/tools:/boot; "$@"; exit', "init", "/boot/tools/sh",
+                   "/boot/start"]
+        options = ["--ro-bind", str(self.folder), "/boot", *options]
+        status = sandbox.run(self.program, root, "", wrapper, options, environment).returncode
+        return status == POWER_WENT
+
+    def run_with_cut(self, root, cut):
+        """`cut` is (mode, call, N): the power goes right before the mode's N-th call of that name."""
+        mode, call, number = cut or ("", "", 0)
+        return self.run(root, {"CUT_MODE": mode, "CUT_CALL": call, "CUT_NUMBER": str(number)})
+
+    def cuts(self, root, scratch):
+        """Boots the phone, and lists every cut that this boot may meet: (mode, call, N)."""
+        scratch = pathlib.Path(scratch)
+        shutil.rmtree(scratch, ignore_errors=True)
+        scratch.mkdir()
+        calls = ",".join("?" + name for name in CALLS)
+        self.run(root, {"RECORD": f"-y -xx -s 0 -e trace={calls}"}, ["--bind", str(scratch), "/trace"])
+        found = []
+        for record in sorted(scratch.iterdir()):
+            found += cuts_of_mode(record.name, trace.parse(record.read_bytes()))
+        return found
+
+
+def cuts_of_mode(mode, calls):
+    """Calls are counted by name; those that open an existing file change nothing."""
+    counts = dict.fromkeys(CALLS, 0)
+    found = []
+    for call in calls:
+        if call.process != calls[0].process:
+            continue
+        counts[call.name] += 1
+        if call.name != "openat" or b"O_CREAT" in call.arguments:
+            found.append((mode, call.name, counts[call.name]))
+    return found

@@ -1,0 +1,170 @@
+#!/usr/bin/env python3
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
+"""Takes the power away right before each writing call of a whole boot, and starts the phone again with an empty "/tmp", as
+often as it takes: every phone ends as one never disturbed.
+"""
+
+import fcntl
+import os
+import pathlib
+import random
+import shutil
+import sys
+
+import boot
+import comparison
+import oneStep
+import proof
+import sandbox
+
+SEED = 7
+MOST_BOOTS = 5
+DOUBLE_CUTS = {"small": 12, "example": 60}  # for each sequence
+
+# The name, the upgrade's marker, and the commands of the boot; None is what the documentation gives.
+SEQUENCES = (
+    ("1, step, 2, all", "1\n2\nall\n", None),
+    ("1, 2", "1\n2\n", "kestrune.init start\n"),
+    ("2, 1, all: out of order", "2\n1\nall\n", None),
+    ("pwd, no marker", None, "kestrune pwd\n"),
+    ("all, no marker", None, "kestrune all\n"),
+    ("dev, no marker", None, "kestrune dev\n"),
+)
+LAST_WITH_TWO_SHELLS = 1  # the others call the same script, or none
+EVERY = {("small", "busybox"): 3}  # only each third cut
+HAND_OVER_COPY = "/config/kestrune-handover"
+
+
+class Sequence:
+    """One sequence under one shell: the phone at its start, and as it ends undisturbed."""
+
+    def __init__(self, program, phone, sequence, shell, scratch):
+        self.name, self.marker, start = sequence
+        self.scratch = scratch
+        root = oneStep.make_marked_phone(phone, scratch / "phone")
+        (root / oneStep.HAND_OVER_FILE[1:]).unlink(missing_ok=True)
+        if self.marker is not None:
+            (root / oneStep.MARKER[1:]).write_text(self.marker)
+        self.begin = sandbox.snapshot(root)
+        self.boot = boot.Boot(program, shell, scratch / "boot", start)
+        self.ends = {}
+        self.cuts = [("step", "", 0)] if "lay-new-settings" in (self.boot.folder / "start").read_text() else []
+        self.end = self.finish(root, self.record_boot)
+
+    def is_out_of_order(self):
+        return self.marker is not None and self.marker.startswith("2")
+
+    def record_boot(self, root):
+        self.cuts += [cut for cut in self.boot.cuts(root, self.scratch / "trace") if cut not in self.cuts]
+
+    def jobs(self, double_cuts):
+        """Each cut alone, and so many pairs of one cut and one in the boots that follow it."""
+        chance = random.Random(SEED)
+        pairs = [(chance.choice(self.cuts), chance.choice(self.cuts)) for _ in range(double_cuts)]
+        return [(cut,) for cut in self.cuts] + pairs
+
+    def finish(self, root, run_boot):
+        """Starts the phone with an empty "/tmp" until the sequence has ended; gives the phone."""
+        for _ in range(MOST_BOOTS):
+            found = oneStep.without_tmp(sandbox.snapshot(root))
+            if self.has_ended(found):
+                return found
+            sandbox.make_from(found, root)
+            run_boot(root)
+        return oneStep.without_tmp(sandbox.snapshot(root))
+
+    def has_ended(self, found):
+        """Without a marker nobody but us knows that a run has ended and is not to be repeated."""
+        if any(oneStep.is_of_commit(path) for path in found):
+            return False
+        if self.marker is None:
+            return found != oneStep.without_tmp(self.begin)
+        return oneStep.MARKER not in found
+
+    def faults(self, cuts):
+        root = sandbox.make_from(self.begin, comparison.worker_folder(self.scratch) / "phone")
+        for number, cut in enumerate(cuts):
+            if not self.boots_into(cut, root) and number == 0:
+                return ["the power did not go"]
+        return oneStep.differences(self.end_from(oneStep.without_tmp(sandbox.snapshot(root)), root), self.end)
+
+    def boots_into(self, cut, root):
+        """Starts the phone until the power goes there; false when the sequence has ended without that."""
+        for _ in range(MOST_BOOTS):
+            found = oneStep.without_tmp(sandbox.snapshot(root))
+            if self.has_ended(found):
+                return False
+            sandbox.make_from(found, root)
+            if self.boot.run_with_cut(root, cut):
+                return True
+        return False
+
+    def end_from(self, found, root):
+        """Many cuts leave the same phone, which is started again only once."""
+        key = frozenset(found.items())
+        if key not in self.ends:
+            self.ends[key] = self.finish(sandbox.make_from(found, root), self.boot.run)
+        return self.ends[key]
+
+
+def faults_of_end(sequence):
+    """What the undisturbed boots themselves leave."""
+    names = [oneStep.MARKER] + [HAND_OVER_COPY] * (not sequence.is_out_of_order())  # mode "2" removes the copy
+    left = [path for path in sequence.end if oneStep.is_of_commit(path) or path in names]
+    return [f"the undisturbed boot leaves {left}"] * bool(left)
+
+
+def prove(program, phone, number, shell, scratch):
+    sequence = Sequence(program, phone, SEQUENCES[number], shell, scratch)
+    jobs = sequence.jobs(DOUBLE_CUTS[phone])[::EVERY.get((phone, shell), 1)]
+    faults = faults_of_end(sequence)
+    wrong = 0
+    for cuts, found in zip(jobs, proof.in_parallel(sequence.faults, jobs)):
+        where = " and ".join(f"{mode} before {call} {count}" for mode, call, count in cuts)
+        faults += [f"{sequence.name}, {shell}, cut in {where}: {fault}" for fault in found]
+        wrong += bool(found)
+    cuts = len(jobs)
+    print(f"{sequence.name:<26}{shell:<9}{cuts:>6} cuts{cuts - wrong:>6} phones end as undisturbed", flush=True)
+    return faults, cuts
+
+
+def faults_of_time_limit(program, phone, shell, scratch):
+    """Somebody holds the lock for longer than the script waits: no mode does anything, and the next boot does it all."""
+    sequence = Sequence(program, phone, SEQUENCES[0], shell, scratch)
+    hurried = boot.Boot(program, shell, scratch / "hurried", limit_seconds=1)
+    root = sandbox.make_from(sequence.begin, scratch / "phone")
+    lock = os.open(root / "config", os.O_RDONLY)
+    fcntl.flock(lock, fcntl.LOCK_EX)
+    hurried.run(root)
+    found = sandbox.snapshot(root)
+    os.close(lock)
+    faults = oneStep.differences(found, sequence.begin) + oneStep.differences(
+        sequence.finish(root, sequence.boot.run), sequence.end)
+    return [f"{shell}, killed by the time limit: {fault}" for fault in faults]
+
+
+def main():
+    arguments = proof.parse_arguments(__doc__)
+    proof.skip_without_sandbox()
+    if shutil.which("busybox") is None:
+        proof.skip("busybox is not installed")
+    os.umask(oneStep.UMASK)
+    faults = []
+    count = 0
+    for shell in boot.SHELLS:
+        for number in range(len(SEQUENCES)):
+            if shell != "dash" and number > LAST_WITH_TWO_SHELLS:
+                continue
+            with proof.scratch_folder() as scratch:
+                found, added = prove(arguments.program, arguments.phone, number, shell, pathlib.Path(scratch))
+            faults += found
+            count += added
+        with proof.scratch_folder() as scratch:
+            faults += faults_of_time_limit(arguments.program, arguments.phone, shell, pathlib.Path(scratch))
+    return proof.end("bootSequence", faults, f"{count} cuts in {len(SEQUENCES)} sequences")
+
+
+if __name__ == "__main__":
+    sys.exit(main())
