@@ -18,7 +18,7 @@ def is_lost(path):
 
 
 class Cuts:
-    """Each phone counts once. All are judged as they are; those that `chosen` gives have yet to run on."""
+    """Each phone counts once. All are judged as they are; those in `sampled` have yet to run on."""
 
     def __init__(self, run, most_chosen):
         self.run = run
@@ -86,9 +86,6 @@ class Cuts:
         place = self.random.randrange(self.offered)
         if place < self.most_chosen:
             self.sampled[place] = (where, found)
-
-    def chosen(self):
-        return self.sampled
 
     def check_end(self, disk, told):
         """A run that has ended is on the device for good."""

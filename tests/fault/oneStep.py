@@ -160,7 +160,7 @@ def told_as_neither(run, found, is_power_cut):
         min((differences(seen, before), differences(seen, after)), key=len))
 
 
-def faults_of(program, run, found, root, is_power_cut=False):
+def faults_of(program, run, found, root, is_power_cut=False, runs_again=True):
     """What is wrong with the phone that a disturbed run has left as `found`. `root` is a folder to try it in."""
     has_record = RECORD in found
     settled = found
@@ -175,6 +175,8 @@ def faults_of(program, run, found, root, is_power_cut=False):
     seen, before, after = (kept(phone, is_power_cut) for phone in (settled, run.before, run.after))
     if seen not in (before, after):
         return [told_as_neither(run, settled, is_power_cut)]
+    if not runs_again:
+        return []
     if run.sequence:
         return faults_of_sequence(program, run, found, root)
     if seen == after and before != after and not has_record:

@@ -8,6 +8,7 @@ Then the same of a run that follows a killed one, which has left changes that ar
 without the marker, and in the boot's sequence with it. Many of the phones get the next run, and the same run once more.
 """
 
+import dataclasses
 import os
 import pathlib
 import random
@@ -18,11 +19,11 @@ import diskModel
 import oneStep
 import proof
 import sandbox
-import trace
 
 SEED = 4
 MOST_RUNS = {"small": 120, "example": 600}  # phones that run on, of each mode
-SECOND_RUNS = {"small": 8, "example": 20}  # after a killed run of each mode
+KILLS = {"small": 8, "example": 20}  # of each mode, with one more run after each
+MOST_SECOND_RUNS = {"small": 10, "example": 30}  # phones that run on, after each kill
 SEQUENCE = "sequence"
 
 
@@ -52,43 +53,54 @@ def kill_points(run, count):
     return sorted(set(recorded + random.Random(SEED).sample(others, min(count, len(others)))))
 
 
-def record_again(program, run, disk, scratch):
-    """The calls of the mode when it runs once more after a kill."""
+def run_again(program, run, disk, scratch):
+    """The mode once more after a kill. Its changes are those of the killed run, unless that one had ended."""
     folders = {path: entry for path, entry in run.before.items() if entry.kind == "folder"}
     root = sandbox.make_from({**folders, **diskModel.files_of(disk.latest())}, scratch / "phone")
-    _, calls = trace.record(program, root, run.mode, scratch / "trace", diskModel.OPTIONS)
-    return calls
+    again = oneStep.record_on(program, root, run.mode, scratch, diskModel.OPTIONS)
+    has_ended = not oneStep.needs_next_run(again.before) and is_same(again.before, run.after)
+    if has_ended and not is_same(run.before, run.after):
+        return dataclasses.replace(again, sequence=run.sequence, end=run.end)
+    return dataclasses.replace(run, calls=again.calls)
+
+
+def is_same(phone, other):
+    return oneStep.kept(phone, is_power_cut=True) == oneStep.kept(other, is_power_cut=True)
 
 
 def cuts_of(program, phone, run, scratch):
     """All phones that a power cut may leave, in the run and in one that follows a killed one."""
-    cuts = crashStates.Cuts(run, MOST_RUNS[phone])
     disk = make_disk(run.before)
+    cuts = crashStates.Cuts(run, MOST_RUNS[phone])
     cuts.play(disk, run.calls, "power cut")
     cuts.check_end(disk, "power cut after the end")
     check_record(run, disk)
-    for point in kill_points(run, SECOND_RUNS[phone]):
+    yield run, cuts
+    for point in kill_points(run, KILLS[phone]):
         if cuts.faults:
-            break
+            return
         disk = make_disk(run.before)
         for call in run.calls[:point]:
             disk.play(call)
-        calls = record_again(program, run, disk, scratch)
-        cuts.play(disk, calls, f"killed after call {point}, run once more, power cut")
-    return cuts
+        again = run_again(program, run, disk, scratch)
+        cuts = crashStates.Cuts(again, MOST_SECOND_RUNS[phone])
+        cuts.play(disk, again.calls, f"killed after call {point}, run once more, power cut")
+        yield again, cuts
 
 
 class NextRun:
     """What becomes of a phone that lost its power. Each worker has a folder of its own."""
 
-    def __init__(self, program, run, scratch):
+    def __init__(self, program, run, scratch, runs_again):
         self.program = program
         self.run = run
         self.scratch = scratch
+        self.runs_again = runs_again
 
     def faults(self, cut):
         where, found = cut
-        faults = oneStep.faults_of(self.program, self.run, found, self.scratch / str(os.getpid()), is_power_cut=True)
+        root = self.scratch / str(os.getpid())
+        faults = oneStep.faults_of(self.program, self.run, found, root, is_power_cut=True, runs_again=self.runs_again)
         return [f"{where}: {fault}" for fault in faults]
 
 
@@ -104,14 +116,16 @@ def prove(program, phone, mode, scratch):
     faults = []
     states = runs = 0
     for run in runs_of(program, phone, mode, scratch):
-        cuts = cuts_of(program, phone, run, scratch)
-        found = cuts.faults
-        phones = [] if found else cuts.chosen()
-        for more in proof.in_parallel(NextRun(program, run, scratch).faults, phones, at_once=4):
-            found += more
-        faults += [f"mode {run.mode}{' with the marker' if run.sequence else ''}, {fault}" for fault in found]
-        states += len(cuts.known)
-        runs += len(phones)
+        for judged, cuts in cuts_of(program, phone, run, scratch):
+            found = list(cuts.faults)
+            phones = [] if found else cuts.sampled
+            # A run after one that had ended may find that one's record again; then it does nothing of its own.
+            next_run = NextRun(program, judged, scratch, runs_again=judged.before is run.before)
+            for more in proof.in_parallel(next_run.faults, phones, at_once=4):
+                found += more
+            faults += [f"mode {run.mode}{' with the marker' if run.sequence else ''}, {fault}" for fault in found]
+            states += len(cuts.known)
+            runs += len(phones)
     return faults, states, runs
 
 
