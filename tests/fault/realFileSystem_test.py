@@ -2,7 +2,9 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""Kills runs on ext4 and XFS, cuts the power of the file system and mounts it again: nothing is lost."""
+"""Kills runs on ext4 (with and without its journal), XFS and ext2, cuts the power and mounts the file system again: a run
+is one step.
+"""
 
 import os
 import pathlib
@@ -12,23 +14,32 @@ import sys
 
 import kills
 import loopDevice
+import oneStep
 import proof
 import sandbox
-import undisturbed
 
 SEED = 4
 CUTS = ("at once", "after an fsync of an unrelated file", "after a flush of the log")
-CUTS_PER_MODE = {"small": 40, "example": 120}  # on each file system
+CUTS_PER_RUN = {"small": 8, "example": 60}  # on each file system
 NOT_KILLED = ("exit", 0)
 OWN_MOUNTS = "KESTRUNE_TEST_HAS_OWN_MOUNTS"
 # The others leave nothing to lose, or leave the same as these.
 KILLED_BEFORE = ("write", "fchmod", "fchown", "fsync", "rename", "unlink", "wait4", "exit_group")
 
 
-def jobs_of(program, run, phone, scratch):
+SEQUENCE = "sequence"
+
+
+def runs_of(program, phone, mode, scratch):
+    if mode == SEQUENCE:
+        return oneStep.record_sequence(program, phone, scratch, kills.OPTIONS)
+    return [oneStep.record(program, phone, mode, scratch, kills.OPTIONS)]
+
+
+def jobs_of(run, phone):
     """Some of all kills with each cut in turn; the undisturbed run with every cut."""
-    candidates = [kill for kill in kills.all_of(program, run, scratch) if kill[0] in KILLED_BEFORE]
-    count = min(len(candidates), CUTS_PER_MODE[phone])
+    candidates = [kill for kill in kills.all_of(run) if kill[0] in KILLED_BEFORE]
+    count = min(len(candidates), CUTS_PER_RUN[phone])
     chosen = random.Random(SEED).sample(candidates, count)
     return ([(run, kill, CUTS[place % len(CUTS)]) for place, kill in enumerate(chosen)]
             + [(run, NOT_KILLED, cut) for cut in CUTS])
@@ -52,29 +63,6 @@ def cut_power(device, cut):
     device.cut_power(is_log_flushed=cut == CUTS[2])
 
 
-def faults_of(program, device, run, kill, cut):
-    """What is lost when the run is killed there, the power is cut then, and the phone starts again."""
-    root = sandbox.make_from(run.old, device.folder / "phone")
-    device.flush()
-    if kill == NOT_KILLED:
-        sandbox.run(program, root, run.mode)
-    else:
-        faults = kills.kill(program, root, run.mode, *kill)
-        if faults:
-            return faults
-    cut_power(device, cut)
-
-    found = sandbox.snapshot(root)
-    faults = undisturbed.faults_of(run, found, is_power_cut=True)
-    if kill == NOT_KILLED:
-        faults += [f"{path} is {undisturbed.told(found.get(path))} after the end"
-                   for path in sorted(found.keys() | run.once.keys()) if found.get(path) != run.once.get(path)]
-    if faults:
-        return faults
-    sandbox.run(program, root, run.mode)
-    return undisturbed.faults_of_again(run, found, sandbox.snapshot(root))
-
-
 class Proof:
     """All jobs on one kind of file system; each kind has a worker."""
 
@@ -82,14 +70,39 @@ class Proof:
         self.program = program
         self.jobs = jobs
         self.scratch = scratch
+        self.judged = {}
 
     def faults(self, kind):
         faults = []
         with loopDevice.LoopDevice(kind, self.scratch) as device:
             for run, kill, cut in self.jobs:
                 where = f"{kind}, mode {run.mode}, {told(kill)}, power cut {cut}"
-                faults += [f"{where}: {fault}" for fault in faults_of(self.program, device, run, kill, cut)]
+                faults += [f"{where}: {fault}" for fault in self.faults_of(device, run, kill, cut)]
         return faults
+
+    def faults_of(self, device, run, kill, cut):
+        """What is lost when the run is killed there, the power is cut then, and the phone starts again."""
+        root = sandbox.make_from(run.before, device.folder / "phone")
+        device.flush()
+        if kill == NOT_KILLED:
+            sandbox.run(self.program, root, run.mode)
+        else:
+            faults = kills.kill(self.program, root, run.mode, *kill)
+            if faults:
+                return faults
+        cut_power(device, cut)
+
+        found = oneStep.without_tmp(sandbox.snapshot(root))
+        if kill == NOT_KILLED:
+            return oneStep.differences(found, oneStep.without_tmp(run.after))
+        return self.judge(run, found, device.folder.with_suffix(".judged"))
+
+    def judge(self, run, found, root):
+        """Many cuts leave the same phone, which is judged only once."""
+        key = id(run), frozenset(found.items())
+        if key not in self.judged:
+            self.judged[key] = oneStep.faults_of(self.program, run, found, root, is_power_cut=True)
+        return self.judged[key]
 
 
 def start_with_own_mounts():
@@ -122,7 +135,7 @@ def kinds_here(scratch):
 
 
 def main():
-    arguments = proof.parse_arguments(__doc__)
+    arguments = proof.parse_arguments(__doc__, more_modes=(SEQUENCE,))
     start_with_own_mounts()
     proof.skip_without_sandbox()
     with proof.scratch_folder() as folder:
@@ -132,9 +145,9 @@ def main():
         jobs = []
         for mode in arguments.mode:
             try:
-                run = undisturbed.record(arguments.program, arguments.phone, mode, scratch)
-                jobs += jobs_of(arguments.program, run, arguments.phone, scratch)
-            except undisturbed.BadRecord as reason:
+                for run in runs_of(arguments.program, arguments.phone, mode, scratch):
+                    jobs += jobs_of(run, arguments.phone)
+            except oneStep.BadRecord as reason:
                 faults.append(f"mode {mode}: {reason}")
         for found in proof.in_parallel(Proof(arguments.program, jobs, scratch).faults, kinds, at_once=1):
             faults += found
