@@ -54,7 +54,8 @@ class Kills:
     def faults_without_copies(self, found, root):
         """The run has ended without the certificates; the next run with that pass copies them."""
         copies = {path for path in self.run.after if path.startswith(CERTIFICATES) and path not in self.run.before}
-        faults = oneStep.differences(found, {path: entry for path, entry in self.run.after.items() if path not in copies})
+        expected = {path: entry for path, entry in self.run.after.items() if path not in copies}
+        faults = oneStep.differences(found, expected)
         sandbox.run(self.program, root, self.run.mode)
         again = sandbox.snapshot(root)
         return faults + [f"{path} is not there after one more run" for path in copies

@@ -1,0 +1,239 @@
+#!/usr/bin/env python3
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
+"""Plants commit records and notes that are cut, changed, of other people, or without their temporary files: what is not
+whole and our own counts as none and is removed, and nothing that it names is touched.
+"""
+
+import dataclasses
+import os
+import pathlib
+import shutil
+import sys
+
+import comparison
+import kills
+import oneStep
+import plantedRecord
+import proof
+import sandbox
+
+EVERY_BYTE = {"small": 1, "example": 37}
+NOBODY = (1203, 1303)
+OURS = (os.geteuid(), os.getegid())
+OTHER_NAME = "/config/other-name"
+CANARY = "/config/canary"
+CERTIFICATES = "/config/certs/phoneca/"
+HAND_OVER_COPY = "/config/kestrune-handover"
+MARKED = {oneStep.MARKER: sandbox.Entry("file", 0o644, OURS, b"somebody else's\n")}
+MOST_BYTES = 4 << 20
+
+# Runs a mode that is nobody's after each text was put under the name; prints the texts that stay there.
+TRY_EACH = """cd /texts || exit
+for text in *; do
+    cp "$text" "$0"
+    /kestrune nobody >/dev/null 2>&1
+    [ ! -e "$0" ] || echo "$text"
+done"""
+
+
+def file_of(content, mode=0o600, owner=OURS):
+    return sandbox.Entry("file", mode, owner, content)
+
+
+def without(phone, *paths):
+    return {path: entry for path, entry in phone.items() if path not in paths}
+
+
+def with_old(run, *paths):
+    """The phone after the run, but for these paths, which are as before it."""
+    return {**without(run.after, *paths), **{path: run.before[path] for path in paths if path in run.before}}
+
+
+def foreign_records(text):
+    """Name, and what stands at the record's place."""
+    long_change = [b"remove", b"/config/" + b"x" * MOST_BYTES, b"0", b"", b""]
+    large = plantedRecord.text_of(plantedRecord.fields_of(text) + long_change)
+    owned = {"another owner's": file_of(text, owner=NOBODY)} if OURS[0] == 0 else {}
+    return {**owned, "writable by the group": file_of(text, mode=0o620), "writable by all": file_of(text, mode=0o666),
+            "with two names": file_of(text), "a link to one": sandbox.Entry("link", 0o777, OURS, OTHER_NAME.encode()),
+            "a pipe": None, "a folder": sandbox.Entry("folder", 0o755, OURS, b""),
+            "of another format": file_of(plantedRecord.of_format(text, b"2")), "too large": file_of(large)}
+
+
+class Records:
+    """The phones that a mode leaves when it is killed right after its record or its note was made."""
+
+    def __init__(self, program, phone, mode, scratch):
+        self.program = program
+        self.scratch = pathlib.Path(scratch)
+        self.phone = phone
+        self.run = oneStep.record(program, phone, mode, scratch, kills.OPTIONS)
+
+    def root(self):
+        return comparison.worker_folder(self.scratch) / "phone"
+
+    def killed(self, call, number):
+        root = sandbox.make_from(self.run.before, self.root())
+        kills.kill(self.program, root, self.run.mode, call, number)
+        return sandbox.snapshot(root)
+
+    def settled(self, phone):
+        root = sandbox.make_from(phone, self.root())
+        oneStep.settle(self.program, root)
+        return sandbox.snapshot(root)
+
+    def after_mode(self, phone):
+        root = sandbox.make_from(phone, self.root())
+        sandbox.run(self.program, root, self.run.mode)
+        return sandbox.snapshot(root)
+
+    def faults_of_texts(self, phone, path, texts):
+        """Each of them counts as none and goes, and nothing else happens."""
+        root = sandbox.make_from({**without(phone, path), **MARKED}, self.root())
+        folder = comparison.worker_folder(self.scratch) / "texts"
+        shutil.rmtree(folder, ignore_errors=True)
+        folder.mkdir()
+        for number, text in enumerate(texts):
+            (folder / str(number)).write_bytes(text)
+        result = sandbox.run(self.program, root, "", ["/bin/sh", "-c", TRY_EACH, path],
+                             ["--ro-bind", str(folder), "/texts"], timeout=300)
+        return [f"text {number} stays" for number in result.stdout.decode().split()] + oneStep.differences(
+            sandbox.snapshot(root), {**without(phone, path), **MARKED})
+
+    def faults_of_damaged(self, phone, step):
+        text = phone[oneStep.RECORD].content
+        texts = plantedRecord.damaged(text, step)
+        faults = self.faults_of_texts(phone, oneStep.RECORD, texts)
+        for chosen in (texts[0], texts[len(texts) // 3], texts[-1]):
+            found = self.after_mode({**phone, oneStep.RECORD: file_of(chosen)})
+            faults += [f"the mode's run {fault}" for fault in oneStep.differences(found, self.run.after)]
+        return faults, len(texts)
+
+    def plant(self, name, entry, phone):
+        """Also what stays of it, beside a folder."""
+        text = phone[oneStep.RECORD].content
+        entries = {**without(phone, oneStep.RECORD), **({oneStep.RECORD: entry} if entry else {})}
+        if name == "a link to one":
+            entries[OTHER_NAME] = file_of(text)
+        root = sandbox.make_from(entries, self.root())
+        if name == "a pipe":
+            os.mkfifo(f"{root}{oneStep.RECORD}")
+        if name == "with two names":
+            os.link(f"{root}{oneStep.RECORD}", f"{root}{OTHER_NAME}")
+        kept = (OTHER_NAME, oneStep.RECORD) if name == "a folder" else (OTHER_NAME,)
+        return root, kept
+
+    def faults_of_foreign(self, name, entry, phone):
+        is_folder = name == "a folder"
+        root, kept = self.plant(name, entry, phone)
+        oneStep.settle(self.program, root)
+        faults = oneStep.differences(without(sandbox.snapshot(root), *kept), without(phone, oneStep.RECORD))
+        root, kept = self.plant(name, entry, phone)
+        sandbox.run(self.program, root, self.run.mode)
+        found = sandbox.snapshot(root)
+        after = self.after_one_by_one(phone) if is_folder else self.run.after
+        faults += oneStep.differences(without(found, *kept), after)
+        if is_folder and oneStep.RECORD not in found:
+            faults.append("the folder is gone")
+        return [f"a record, {name}: {fault}" for fault in faults]
+
+    def after_one_by_one(self, phone):
+        """Without a record each file is replaced by itself, and an original takes the place of its copy."""
+        originals = plantedRecord.originals_of(phone[oneStep.RECORD].content)
+        return {**self.run.after, **{copy: self.run.before[path] for copy, path in originals.items()}}
+
+    def faults_of_canary(self):
+        """A record of our own that renames over the canary does so: the same of somebody else does not."""
+        faults = []
+        text = plantedRecord.record_of(b"all", b"rename", CANARY.encode(), b"new")
+        for record, is_trusted in ((file_of(text), True), (file_of(text, owner=NOBODY), False),
+                                   (file_of(text, mode=0o620), False)):
+            if record.owner == NOBODY and OURS[0] != 0:
+                continue
+            found = self.settled({**self.run.before, CANARY: file_of(b"old"), oneStep.RECORD: record,
+                                  CANARY + sandbox.TEMPORARY_SUFFIX: file_of(b"new")})
+            if found[CANARY].content != (b"new" if is_trusted else b"old"):
+                faults.append(f"a planted record, {record.mode:04o} of {record.owner}: the canary is wrong")
+        return faults
+
+    def faults_of_vanished(self, phone):
+        """A temporary file that is gone leaves its file, and the original of a copy, as they were."""
+        temporaries = [path for path in phone if oneStep.is_temporary(path)]
+        # The certificates were copied before the record was made.
+        copied = {path: entry for path, entry in self.run.after.items()
+                  if path.startswith(CERTIFICATES) and path not in self.run.before}
+        found = self.settled(without(phone, *temporaries))
+        faults = oneStep.differences(found, {**self.run.before, **copied})
+        faults += oneStep.differences(self.after_mode(found), self.run.after)
+        originals = plantedRecord.originals_of(phone[oneStep.RECORD].content)
+        for temporary in temporaries:
+            path = temporary.removesuffix(sandbox.TEMPORARY_SUFFIX)
+            expected = with_old(self.run, path, originals.get(path))
+            found = self.settled(without(phone, temporary))
+            faults += [f"without {temporary}: {fault}" for fault in oneStep.differences(found, expected)]
+        return faults, len(temporaries) + 1
+
+    def faults_of_notes(self, step):
+        """Three flushes: the note, its folder, and a copy."""
+        phone = self.killed("fsync", 3)
+        if oneStep.NOTE not in phone:
+            return [f"mode {self.run.mode} leaves no note when it is killed"], 0
+        texts = plantedRecord.damaged(phone[oneStep.NOTE].content, step)
+        faults = self.faults_of_texts(phone, oneStep.NOTE, texts)
+        foreign = dataclasses.replace(phone[oneStep.NOTE], mode=0o620)
+        faults += oneStep.differences(self.settled({**phone, oneStep.NOTE: foreign}), without(phone, oneStep.NOTE))
+        faults += oneStep.differences(self.settled(phone), self.run.before)
+        return [f"the note: {fault}" for fault in faults], len(texts) + 2
+
+    def faults_of_hand_over_copy(self):
+        """An old copy goes when mode "1" makes none, and a new one takes its place when it makes one."""
+        faults = []
+        for has_hand_over in (False, True):
+            root = oneStep.make_marked_phone(self.phone, self.root())
+            factory = root / "phone/factory/user/user.ini"
+            if not has_hand_over:
+                factory.write_bytes(factory.read_bytes().replace(b"SyncCfgByVersion=1", b"SyncCfgByVersion=0"))
+            (root / oneStep.HAND_OVER_FILE[1:]).unlink(missing_ok=True)
+            (root / oneStep.MARKER[1:]).write_bytes(b"1\n")
+            (root / HAND_OVER_COPY[1:]).write_bytes(b"old")
+            sandbox.run(self.program, root, "1")
+            found = sandbox.snapshot(root)
+            made = [found[path].content for path in (HAND_OVER_COPY, oneStep.HAND_OVER_FILE) if path in found]
+            if len(made) != 2 * has_hand_over or len(set(made)) > 1 or oneStep.MARKER in found:
+                faults.append(f"mode 1 {'with' if has_hand_over else 'without'} a hand-over leaves {made}")
+        return faults
+
+
+def prove(program, phone, scratch):
+    step = EVERY_BYTE[phone]
+    records = Records(program, phone, "1", scratch)
+    found = records.killed("rename", 1)
+    faults, texts = records.faults_of_damaged(found, step)
+    foreign = foreign_records(found[oneStep.RECORD].content)
+    for name, entry in foreign.items():
+        faults += records.faults_of_foreign(name, entry, found)
+    faults += records.faults_of_canary() + records.faults_of_hand_over_copy()
+    vanished = 0
+    for mode in ("1", "2", "all"):
+        others = Records(program, phone, mode, scratch)
+        added, count = others.faults_of_vanished(others.killed("rename", 1))
+        faults += [f"mode {mode}, {fault}" for fault in added]
+        vanished += count
+    added, notes = others.faults_of_notes(step)
+    return faults + added, (f"{texts} damaged and {len(foreign)} foreign records, {vanished} without temporary files, "
+                            f"{notes} notes")
+
+
+def main():
+    arguments = proof.parse_arguments(__doc__)
+    proof.skip_without_sandbox()
+    os.umask(oneStep.UMASK)
+    with proof.scratch_folder() as scratch:
+        faults, figures = prove(arguments.program, arguments.phone, pathlib.Path(scratch))
+    return proof.end("record", faults, figures)
+
+
+if __name__ == "__main__":
+    sys.exit(main())
