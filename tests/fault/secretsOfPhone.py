@@ -7,10 +7,10 @@ import dataclasses
 import re
 
 import documentedPaths
-import exceptions
 import iniText
 import iniValue
 import sandbox
+import tablesOfPhone
 
 SECRET_KEY = re.compile(rb"(?!b[A-Z]).*(password|pwd|pin|psk|community)", re.IGNORECASE)
 XML_SECRET = re.compile(rb"(<UnlockPIN>)[^<]+(</UnlockPIN>)")
@@ -37,8 +37,8 @@ def next_text(secrets):
 
 def named_by_the_phone(phone):
     """The places that the entry list or an encrypt flag of the table names, as (file, section, key) of texts."""
-    places = set(exceptions.listed_values(phone))
-    for record in exceptions.table_records(phone):
+    places = set(tablesOfPhone.listed_values(phone))
+    for record in tablesOfPhone.table_records(phone):
         if "true" in (record.get("srcEncrypt"), record.get("dstEncrypt")):
             places.add(tuple(record.get(name) for name in ("srcFile", "srcSec", "srcKey")))
     return places

@@ -10,13 +10,13 @@ import sys
 
 import comparison
 import documentedPaths
-import exceptions
 import iniText
 import iniValue
 import proof
 import sandbox
 import secretsOfPhone
 import systemLog
+import tablesOfPhone
 import trace
 
 RECORDED = "trace=openat,open,write,fchmod,fchown,chmod,fchmodat,rename,renameat,execve"
@@ -68,10 +68,10 @@ def allowed_places(secret, mode, phone):
     """Its own place, and wherever the table or a copy of the whole file takes it from there."""
     places = {secret.place}
     if mode in ("all", "dev"):
-        for record in exceptions.table_records(phone):
+        for record in tablesOfPhone.table_records(phone):
             source = tuple(record.get(name) for name in ("srcFile", "srcSec", "srcKey"))
             if source in places:
-                places.add(tuple(record.get(f"dst{part}", record.get(f"src{part}")) for part in ("File", "Sec", "Key")))
+                places.add(tablesOfPhone.destination_of(record))
     for source, destination in direct_ip_copies(mode, phone):
         places |= {(destination, *place[1:]) for place in places if place[0:1] == (source,)}
     return places
