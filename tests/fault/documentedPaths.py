@@ -54,6 +54,16 @@ READS = {
     "fix-ups-only": FIX_UPS,
 }
 
+# What a file that cannot be read or saved takes with it besides the files that its absence changes: an unreadable user.ini
+# ends the table and the password pass where a missing one is made first, the groups are not saved without the contacts, without
+# the setting that allows them no XML data is translated, and without the key no password is enciphered.
+TAKES_WITH_IT = {
+    USER_INI: (SYSTEM_INI, *ACCOUNTS),
+    "/config/data/contact_list.xml": ("/config/data/contact_group_list.xml",),
+    VERSION_INI: NEW_XML_DATA,
+    CIPHER_KEY: (USER_INI, SYSTEM_INI, *ACCOUNTS),
+}
+
 # Listed, and its files given to the device's own copy, whose destinations are flushed.
 CERTIFICATE_MODES = ("all", "dev")
 

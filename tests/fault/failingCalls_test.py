@@ -8,22 +8,25 @@ not ours to prove.
 """
 
 import dataclasses
+import errno
 import itertools
 import os
 import pathlib
 import subprocess
 import sys
 
-import iniText
-import passJudgement
-import passReports
+import dependence
+import documentedPaths
+import fileByFile
+import keyByKey
+import oneStep
 import proof
 import recordedRun
 import sandbox
-import wholeSaves
+import systemLog
 
 LONGEST_RUN = 30  # seconds
-LONG = 1000        # calls
+LONG = 1000       # calls
 EVERY_ERRNO = "--every-errno"
 
 WRITING = ("ENOSPC", "EIO", "EROFS", "EACCES", "EMFILE", "EDQUOT", "ENOMEM", "EINTR")
@@ -32,8 +35,10 @@ ERRNOS = {
     "read": ("EIO", "ENOMEM", "EINTR"),
     "write": ("ENOSPC", "EIO", "EDQUOT", "ENOMEM", "EINTR"),
     "newfstatat": ("EIO", "EACCES", "ENOMEM"),
+    "faccessat2": ("EIO", "EACCES", "EROFS"),
     "readlink": ("EIO", "EACCES", "ENOMEM"),
     "getdents64": ("EIO", "ENOMEM"),
+    "flock": ("ENOLCK", "EINTR", "EIO"),
     "fchmod": ("ENOSPC", "EIO", "EROFS", "EDQUOT", "EACCES"),
     "fchown": ("ENOSPC", "EIO", "EROFS", "EDQUOT", "EACCES"),
     "fsync": ("ENOSPC", "EIO", "EROFS", "EDQUOT", "EINTR"),
@@ -49,30 +54,42 @@ ERRNOS = {
     "munmap": ("ENOMEM",),
     "brk": ("ENOMEM",),
 }
+FOR_WANT_OF_ROOM = ("ENOSPC", "EDQUOT")
 
 # They change no file, whatever becomes of them.
-WITHOUT_EFFECT = ("close", "utimensat", "socket", "connect", "munmap")
+WITHOUT_EFFECT = ("close", "utimensat", "socket", "connect", "munmap", "flock")
+OF_MEMORY = ("brk", "mmap")
 
 
 @dataclasses.dataclass(frozen=True)
 class Fault:
     mode: str
-    step: int  # its number among the steps of the undisturbed run
+    place: int  # its place among the calls of the undisturbed run
     errno: str
     goes_on: bool
     clean_up_fails: bool = False  # the removal of the temporary file as well
 
     def __str__(self):
-        step = WHOLE[self.mode].run.steps[self.step]
+        step = self.step
         when = f"{step.number}{'+' if self.goes_on else ''}"
-        where = recordedRun.path_of(step.call)
         clean_up = ", and unlink" if self.clean_up_fails else ""
-        return f"{self.mode}: {step.call.name} {when} {self.errno} ({where}){clean_up}"
+        return f"{self.mode}: {step.call.name} {when} {self.errno} ({recordedRun.path_of(step.call)}){clean_up}"
+
+    @property
+    def judge(self):
+        return JUDGES[self.mode]
+
+    @property
+    def run(self):
+        return JUDGES[self.mode].run
+
+    @property
+    def step(self):
+        return self.run.calls[self.place]
 
 
-WHOLE = {}  # by mode, before the workers start
+JUDGES = {}  # by mode, before the workers start
 PROGRAM = None
-PHONE = None
 SCRATCH = None
 
 
@@ -89,39 +106,35 @@ def errnos_of(call):
     return ERRNOS.get(call.name, ())
 
 
-def kind_of(call):
-    return "openat, new" if is_new_file(call) else call.name
+def is_endless(call, error, goes_on):
+    """The C library waits for the shell again and again when it is interrupted, and the program for the lock."""
+    return call.name in ("wait4", "flock") and error == "EINTR" and goes_on
 
 
-def is_endless(step, errno, goes_on):
-    """The C library itself waits for the shell again and again when it is interrupted."""
-    return step.call.name == "wait4" and errno == "EINTR" and goes_on
-
-
-def ways_of(mode, number):
+def ways_of(mode, place):
     """Once and from there on; one of them in turn where that would be a second time: "dev" is "all" less its last pass,
     and the example phone makes it long."""
-    if mode == "dev" and len(WHOLE[mode].run.steps) > LONG:
-        return (number % 2 == 0,)
+    if mode == "dev" and len(JUDGES[mode].run.calls) > LONG:
+        return (place % 2 == 0,)
     return (False, True)
 
 
 def faults_of(mode, next_errno):
-    for number, step in enumerate(WHOLE[mode].run.steps):
-        for goes_on in ways_of(mode, number):
-            for errno in next_errno(step.call, goes_on):
-                if not is_endless(step, errno, goes_on):
-                    yield Fault(mode, number, errno, goes_on)
+    for place, step in enumerate(JUDGES[mode].run.calls):
+        for goes_on in ways_of(mode, place):
+            for error in next_errno(step.call, goes_on):
+                if not is_endless(step.call, error, goes_on):
+                    yield Fault(mode, place, error, goes_on)
 
 
 def failing_clean_ups(mode):
     """Every save fails, and its temporary file stays. Not in the modes that remove files of their own."""
-    steps = WHOLE[mode].run.steps
-    if any(step.call.name == "unlink" for step in steps):
+    steps = JUDGES[mode].run.calls
+    if any(step.call.name == "unlink" and recordedRun.path_of(step.call) != oneStep.RECORD for step in steps):
         return
-    for number, step in enumerate(steps):
-        if step.call.name == "fsync" and step.save is not None:
-            yield Fault(mode, number, "EIO", goes_on=False, clean_up_fails=True)
+    for place, step in enumerate(steps):
+        if step.call.name == "fsync" and oneStep.is_temporary(recordedRun.path_of(step.call)):
+            yield Fault(mode, place, "EIO", goes_on=False, clean_up_fails=True)
 
 
 def in_rotation():
@@ -132,7 +145,7 @@ def in_rotation():
         errnos = errnos_of(call)
         if not errnos:
             return ()
-        turn = turns.setdefault((kind_of(call), goes_on), itertools.count())
+        turn = turns.setdefault((call.name, is_new_file(call), goes_on), itertools.count())
         return (errnos[next(turn) % len(errnos)],)
 
     return next_errno
@@ -145,193 +158,209 @@ def every_errno(call, goes_on):
 # What a fault may do
 
 
-def is_retried(step, fault):
-    call = step.call
+def is_retried(call, fault):
     is_interruption = fault.errno == "EINTR" and not fault.goes_on
-    return is_interruption and (call.name in ("read", "write") or b"O_NOCTTY" in call.arguments)
+    return is_interruption and (call.name in ("read", "write", "wait4") or b"O_NOCTTY" in call.arguments)
 
 
-def is_without_effect(step, fault):
+def is_to_flush(call):
+    """A folder that is opened to be flushed or locked, or a certificate that the copy command has made."""
+    if call.name != "openat" or b"O_CREAT" in call.arguments:
+        return False
+    is_certificate = recordedRun.path_of(call).startswith(documentedPaths.USER_CERTIFICATES)
+    return b"O_NONBLOCK" not in call.arguments or (is_certificate and b"O_NOFOLLOW" not in call.arguments)
+
+
+def is_without_effect(call, fault):
     """Reports, flushes of folders, and what the run can do without."""
-    call = step.call
-    if call.name in WITHOUT_EFFECT or is_retried(step, fault):
-        return True
-    if call.name == "write":
-        return call.descriptor in (1, 2)
-    if call.name == "fsync":
-        return step.save is None
     path = recordedRun.path_of(call)
-    if call.name == "openat" and b"O_DIRECTORY" in call.arguments and b"O_NONBLOCK" not in call.arguments:
-        return True  # to flush it
-    is_opened = call.descriptor >= 0 or call.name == "openat"
-    return is_opened and path.startswith(("/etc/", "pipe:", "/dev/", wholeSaves.CERTIFICATES))
+    if call.name in WITHOUT_EFFECT or is_retried(call, fault) or is_to_flush(call):
+        return True
+    if call.name == "fsync" and not oneStep.is_of_commit(path):
+        return True
+    if call.name == "unlink" and call.result < 0:
+        return True
+    return call.descriptor in (0, 1, 2) or path.startswith(("/etc/", "pipe:", "/dev/"))
 
 
-def steps_hit(fault):
-    steps = WHOLE[fault.mode].run.steps
-    first = steps[fault.step]
-    hit = steps[fault.step:] if fault.goes_on else [first]
-    return [step for step in hit if step.call.name == first.call.name and not is_without_effect(step, fault)]
+def hit_by(fault):
+    """The calls that fail and whose failure may be seen."""
+    steps = fault.run.calls[fault.place:] if fault.goes_on else [fault.step]
+    return [step.call for step in steps
+            if step.call.name == fault.step.call.name and not is_without_effect(step.call, fault)]
+
+
+def is_of_start(fault):
+    """The start looks for the record, the note and the marker, the marker last."""
+    last = max(place for place, step in enumerate(fault.run.calls)
+               if recordedRun.path_of(step.call) == oneStep.MARKER and step.call.name == "newfstatat")
+    return fault.place <= last
+
+
+def is_of_commit(call):
+    """The commit writes. What it reads of the note counts as reading."""
+    path = recordedRun.path_of(call)
+    if path == oneStep.NOTE:
+        return is_new_file(call) or call.name in ("write", "fsync", "unlink")
+    return call.name in ("rename", "unlink") or oneStep.is_of_commit(path)
 
 
 # What must have become of the phone
 
 
-def judge(fault, found, result):
-    """Every rule that the run broke."""
-    whole = WHOLE[fault.mode]
-    hit = steps_hit(fault)
+def judge(fault, found, settled, result, logged):
+    """Every rule that the run broke. `settled` is the phone once the next run has started."""
+    hit = hit_by(fault)
+    told = told_unsaved(logged)
     if not hit:
-        problems = judge_untouched(whole.run, fault, found, result)
-    elif all(step.save is not None for step in hit):
-        problems = judge_saves(whole, fault, hit, found, result)
-    elif fault.goes_on:
-        problems = judge_last_passes(whole, fault, hit[0].place, found, result)
-    else:
-        problems = passJudgement.after_one_pass(whole, hit[0].place, found, result.stderr)
-    return judge_temporary_files(fault, found) + [problem for problem in problems if problem]
+        return exactly(fault.run.after, settled) + outputs_differ(fault, result) + [f"told {path}" for path in told]
+    if is_of_start(fault) and not fault.goes_on:
+        return oneStep.faults_of(PROGRAM, fault.run, found, worker_folder() / "again")
+    if all(is_of_commit(call) for call in hit):
+        faults = judge_commit(fault, hit, settled, told)
+        return faults + outputs_differ(fault, result)
+    return judge_reading(fault, hit, settled) + passes_missing(fault, result)
+
+
+def exactly(expected, found):
+    return oneStep.differences({path: entry for path, entry in found.items() if not oneStep.is_temporary(path)}, expected)
+
+
+def outputs_differ(fault, result):
+    """Nothing of a commit is told to the outputs. One of them may be what fails."""
+    if fault.step.call.name == "write":
+        return []
+    faults = [] if result.stdout == fault.run.printed else [f"printed {result.stdout!r}"]
+    is_same = sorted(result.stderr.splitlines()) == sorted(fault.run.reports.splitlines())
+    return faults if is_same else faults + [f"reported {result.stderr!r}"]
+
+
+def told_unsaved(messages):
+    """{path: error} of the messages to the system log."""
+    parts = [message.partition(b": cannot save ")[2] for message in messages]
+    return dict(part.decode().rpartition(": ")[::2] for part in parts if part)
+
+
+def judge_commit(fault, hit, settled, told):
+    run = fault.run
+    if fault.goes_on or fault.clean_up_fails:
+        unsaved = {path for path in fileByFile.changed(run) if path in run.after and settled.get(path) == run.before.get(path)}
+        return fileByFile.faults_of(run, settled) + [f"{path} was not told" for path in sorted(unsaved - told.keys())]
+    expected, unsaved = expected_commit(fault, hit[0])
+    faults = exactly(expected, settled)
+    messages = {path: os.strerror(getattr(errno, fault.errno)) for path in unsaved}
+    return faults if told == messages else faults + [f"told {told} instead of {messages}"]
+
+
+def expected_commit(fault, call):
+    """The phone after one failed call of the commit, and the files that could not be saved."""
+    run, path = fault.run, recordedRun.path_of(call).removesuffix(sandbox.TEMPORARY_SUFFIX)
+    if path == oneStep.RECORD:
+        return (run.after if call.name == "unlink" else fileByFile.after_moves(run)), ()
+    if path == oneStep.NOTE:
+        # What a note names is taken back.
+        return (run.after, ()) if call.name != "unlink" else (without_new_certificates(run), (path,))
+    if fault.errno in FOR_WANT_OF_ROOM and call.name != "rename" and len(fileByFile.changed(run)) > 1:
+        return fileByFile.after_moves(run), ()
+    return fileByFile.without_changes(run, run.after, [path]), (path,)
+
+
+def without_new_certificates(run):
+    return {path: entry for path, entry in run.after.items()
+            if path in run.before or not path.startswith(documentedPaths.USER_CERTIFICATES)}
+
+
+def judge_reading(fault, hit, settled):
+    if fault.goes_on or hit[0].name in OF_MEMORY:
+        return fault.judge.faults_of(settled)
+    path = recordedRun.path_of(hit[0]).rstrip("/")
+    if hit[0].name == "clone3":
+        path = documentedPaths.USER_CERTIFICATES
+    dependent = dependence.dependent_on(PROGRAM, fault.run, path, worker_folder() / "again")
+    return fault.judge.faults_of(settled, dependent)
+
+
+def passes_missing(fault, result):
+    """Every XML translation has begun. A run that cannot see what an earlier one has left does nothing."""
+    if is_of_start(fault) or fault.step.call.name == "write" or fault.step.call.name in OF_MEMORY:
+        return []
+    begun = [line for line in fault.run.reports.splitlines() if line.startswith(b"chTraceStack: enter")
+             and line.endswith(b"V4XToV50")]
+    return [f"missing: {line!r}" for line in begun if line not in result.stderr.splitlines()]
 
 
 def judge_temporary_files(fault, found):
-    if not fault.clean_up_fails:
-        return passJudgement.temporary_files(found)
-    left = recordedRun.path_of(WHOLE[fault.mode].run.steps[fault.step].call)
-    temporary = [path for path in found if recordedRun.is_temporary(path)]
-    return [] if temporary == [left] else [f"temporary files are {temporary}"]
-
-
-def judge_untouched(run, fault, found, result):
-    yield from passJudgement.differences(run.after, found)
-    if run.steps[fault.step].call.name != "write":
-        yield "" if result.stdout == run.printed else f"printed {result.stdout!r}"
-        yield passReports.why_not_all(run, result.stderr)
-
-
-def judge_saves(whole, fault, hit, found, result):
-    run = whole.run
-    first = min(step.save for step in hit)
-    if fault.clean_up_fails:
-        yield from passJudgement.differences(without_file(run, first), found)
-    elif fault.goes_on:
-        yield from passJudgement.differences(wholeSaves.without_saves(run, lambda number: number >= first), found)
-    else:
-        yield from judge_one_save(whole, first, found)
-    if hit[0].call.name != "write" or not fault.goes_on:
-        yield passReports.why_not_all(run, result.stderr)
-
-
-def without_file(run, number):
-    """What stays in the way of a temporary file keeps every further save of that file from its work."""
-    path = run.saves[number].path
-    paths = (path, wholeSaves.SECOND_OF.get(path))
-    return wholeSaves.without_saves(run, lambda other: other >= number and run.saves[other].path in paths)
-
-
-def judge_one_save(whole, number, found):
-    """The file of that save lacks its keys at most; every other file is as after the undisturbed run."""
-    run = whole.run
-    save = run.saves[number]
-    followers = files_that_follow(run, save.path)
-    for path in passJudgement.paths_of(run, found):
-        if path == save.path:
-            yield why_not_one_save_less(run, number, found)
-        if recordedRun.is_temporary(path) or found.get(path) == run.after.get(path):
-            continue
-        if path != save.path and path not in followers:
-            yield f"{path} is not as after an undisturbed run: {passJudgement.shown(found.get(path))}"
-            continue
-        reason = whole.why_not(path, found.get(path))
-        yield f"{path} {reason}" if reason else ""
-
-
-def content_before(run, number):
-    path = run.saves[number].path
-    old = run.before.get(path)
-    contents = [old.content if old else b""] + [save.content for save in run.saves[:number] if save.path == path]
-    return contents[-1]
-
-
-def is_last_of_its_file(run, number):
-    """The password pass holds on to its changes, and may save them with its next entry."""
-    save = run.saves[number]
-    is_held = run.passes[save.place].name == "TransPasswordFile"
-    return not is_held and all(later.path != save.path for later in run.saves[number + 1:])
-
-
-def why_not_one_save_less(run, number, found):
-    path = run.saves[number].path
-    if path not in found or path not in run.after:
-        return ""
-    content = found[path].content
-    before = content_before(run, number)
-    if is_last_of_its_file(run, number) and content != before:
-        return f"{path} is not as before the save that failed: {content!r}"
-    if not wholeSaves.is_ini(path):
-        return ""
-    missing = iniText.changed_keys(content, run.after[path].content)
-    more = missing - iniText.changed_keys(before, run.saves[number].content)
-    return f"{path}: other saves are missing too: {sorted(more)}" if more else ""
-
-
-def files_that_follow(run, path):
-    """The files whose content comes from that file, or that are not saved when that one could not be."""
-    copies = wholeSaves.copied_to(run.mode, run.before)
-    return [target for target, sources in copies.items() if path in sources] + [wholeSaves.SECOND_OF.get(path)]
-
-
-def judge_last_passes(whole, fault, place, found, result):
-    yield from passJudgement.after_last_passes(whole, place, found)
-    if whole.run.steps[fault.step].call.name not in ("write", "brk", "mmap"):  # else there may be no way to report
-        yield passReports.why_not_begun(whole.run, place, result.stderr)
+    """None is left without a record that names it."""
+    left = [path for path in found if oneStep.is_temporary(path)]
+    expected = [recordedRun.path_of(fault.step.call)] if fault.clean_up_fails else []
+    return [] if left == expected or oneStep.RECORD in found else [f"temporary files are {left}"]
 
 
 # The runs
 
 
+def worker_folder():
+    folder = SCRATCH / str(os.getpid())
+    folder.mkdir(exist_ok=True)
+    return folder
+
+
 def injection(fault):
-    step = WHOLE[fault.mode].run.steps[fault.step]
-    name = step.call.name
+    name = fault.step.call.name
     # The kernel's own failure of brk is no errno but an end of the heap that is not the one asked for.
     failure = "retval=0" if name == "brk" else f"error={fault.errno}"
-    when = f"{step.number}{'+' if fault.goes_on else ''}"
+    when = f"{fault.step.number}{'+' if fault.goes_on else ''}"
     options = ["-e", f"trace={name},unlink", "-e", f"inject={name}:{failure}:when={when}"]
     if fault.clean_up_fails:
         options += ["-e", f"inject=unlink:error={fault.errno}:when=1+"]
     return ["strace", "-D", "-o", "/trace/record"] + options
 
 
+def settled_phone(found):
+    if oneStep.RECORD not in found and oneStep.NOTE not in found:
+        return found
+    root = sandbox.make_from(found, worker_folder() / "settled")
+    oneStep.settle(PROGRAM, root)
+    return sandbox.snapshot(root)
+
+
 def run_fault(fault):
-    folder = SCRATCH / str(os.getpid())
-    (folder / "trace").mkdir(exist_ok=True, parents=True)
-    root = sandbox.make_phone(PHONE, folder / "phone")
+    folder = worker_folder()
+    (folder / "trace").mkdir(exist_ok=True)
+    root = sandbox.make_from(fault.run.before, folder / "phone")
     record = folder / "trace" / "record"
     record.write_bytes(b"")
+    log = systemLog.SystemLog(folder)
     try:
         result = sandbox.run(PROGRAM, root, fault.mode, injection(fault),
-                             ["--bind", str(folder / "trace"), "/trace"], timeout=LONGEST_RUN)
+                             ["--bind", str(folder / "trace"), "/trace", *log.options], timeout=LONGEST_RUN)
     except subprocess.TimeoutExpired:
         return [f"{fault}: hangs"]
-    problems = judge(fault, sandbox.files_of(root), result)
+    finally:
+        logged = log.messages()
+        log.close()
+    found = sandbox.snapshot(root)
+    faults = judge_temporary_files(fault, found) + judge(fault, found, settled_phone(found), result, logged)
     if result.returncode != 0:
-        problems.append(f"exit status {result.returncode}")
+        faults.append(f"exit status {result.returncode}")
     if b"(INJECTED)" not in record.read_bytes():
-        problems.append("the call was not reached")
-    if fault.clean_up_fails and sandbox.run(PROGRAM, root, fault.mode).returncode == 0:
-        problems += [f"{problem} by the next run" for problem in passJudgement.temporary_files(sandbox.files_of(root))]
-    return [f"{fault}: {problem}" for problem in problems]
+        faults.append("the call was not reached")
+    return [f"{fault}: {one}" for one in faults]
 
 
 def main():
-    global PROGRAM, PHONE, SCRATCH
+    global PROGRAM, SCRATCH
     has_every_errno = EVERY_ERRNO in sys.argv
     sys.argv = [argument for argument in sys.argv if argument != EVERY_ERRNO]
     chosen = proof.parse_arguments(__doc__)
     proof.skip_without_sandbox()
-    PROGRAM, PHONE = chosen.program, chosen.phone
+    PROGRAM = chosen.program
     next_errno = every_errno if has_every_errno else in_rotation()
     with proof.scratch_folder() as scratch:
         SCRATCH = pathlib.Path(scratch)
-        WHOLE.update(wholeSaves.of_modes(PROGRAM, PHONE, chosen.mode, SCRATCH, after_failed_reads=True))
+        log = systemLog.SystemLog(SCRATCH)
+        JUDGES.update(keyByKey.of_modes(PROGRAM, chosen.phone, chosen.mode, SCRATCH, log.options))
+        log.close()
         faults = [fault for mode in chosen.mode for fault in (*faults_of(mode, next_errno), *failing_clean_ups(mode))]
         problems = list(itertools.chain(*proof.in_parallel(run_fault, faults)))
     return proof.end("failing calls", problems, f"{len(faults)} errors in {len(chosen.mode)} modes")

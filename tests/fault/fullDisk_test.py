@@ -1,10 +1,12 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""Short writes and full disks: what does not fit is not saved, and nothing that was there goes.
+"""Short writes, full disks and files that cannot be replaced: each file is as before or as after the run, whole, and a moved
+account is in one of its two places.
 
 Short writes come from a limit on the size of files, at each length that a save may be cut at. Full disks are file
-systems in memory with room for the phone and a little more.
+systems in memory with room for the phone and a little more, in bytes or in files. A file that cannot be replaced is one that
+something else is mounted on.
 """
 
 import dataclasses
@@ -15,24 +17,24 @@ import shutil
 import subprocess
 import sys
 
-import passJudgement
-import passReports
+import fileByFile
+import oneStep
 import proof
 import recordedRun
 import sandbox
-import wholeSaves
 
 LONGEST_RUN = 30  # seconds
 PAGE = 4096
-MOST_FREE = 64 * 1024
+MOST_FREE = 32  # pages, or files
 COULD_NOT_FILL = 99
 BALLAST = "/tmp/ballast"
+OWN_MOUNTS = ["unshare", "--mount", "--propagation", "private"]
 
-# On the example phone: these and those around the size of each save.
-LENGTHS_APART = 64
+# These and those around the size of each file.
+LENGTHS_APART = {"small": 4, "example": 64}
 
 # The phone is copied to the disks under test, and what became of it is copied back. Both are no part of the run.
-SHELL = f"""
+SMALL_DISK = f"""
 cp -a /image/config/. /config/ && cp -a /image/tmp/. /tmp/ || exit {COULD_NOT_FILL}
 "$@"
 status=$?
@@ -40,19 +42,35 @@ cp -a /config/. /result/config/ && cp -a /tmp/. /result/tmp/ || exit {COULD_NOT_
 exit $status
 """
 
+# $1 is the phone, $2 a folder for the disk, $3 how many files fit on it; the rest runs the program on the phone.
+FEW_FILES = f"""
+phone=$1; disk=$2; mount -t tmpfs -o "nr_inodes=$3" none "$disk" && cp -a "$phone/." "$disk/" || exit {COULD_NOT_FILL}
+mount --bind "$disk" "$phone" || exit {COULD_NOT_FILL}
+shift 3; "$@"
+status=$?
+umount "$phone" && rm -rf "$phone"/* && cp -a "$disk/." "$phone/" || exit {COULD_NOT_FILL}
+exit $status
+"""
+
 
 @dataclasses.dataclass(frozen=True)
 class Limit:
     mode: str
-    kind: str  # "length" or "free"
-    size: int
+    kind: str
+    size: object
 
     def __str__(self):
-        limit = "files of at most" if self.kind == "length" else "a disk with room for"
-        return f"{self.mode}: {limit} {self.size} bytes"
+        return f"{self.mode}: {KINDS[self.kind].told} {self.size}"
 
 
-WHOLE = {}  # by mode, before the workers start
+@dataclasses.dataclass(frozen=True)
+class Kind:
+    told: str
+    run: object    # gives the result and the phone afterwards
+    faults: object  # of that phone
+
+
+RUNS = {}  # by mode, before the workers start
 PROGRAM = None
 PHONE = None
 SCRATCH = None
@@ -61,109 +79,44 @@ SCRATCH = None
 # Which limits there are
 
 
-def largest_save(run):
-    return max((len(save.content) for save in run.saves), default=0)
-
-
 def lengths_of(run):
-    largest = largest_save(run)
-    if PHONE == "small":
-        return range(largest + 2)
-    edges = {len(save.content) + more for save in run.saves for more in (-1, 0, 1)}
-    return sorted(edges | set(range(0, largest + 2, LENGTHS_APART)))
+    sizes = {len(run.after[path].content) for path in fileByFile.changed(run) if path in run.after} | {0}
+    edges = {max(0, size + more) for size in sizes for more in (-1, 0, 1)}
+    return sorted(edges | set(range(0, max(sizes) + 2, LENGTHS_APART[PHONE])))
 
 
-def limits_of(mode):
-    for length in lengths_of(WHOLE[mode].run):
-        yield Limit(mode, "length", length)
-    for free in range(0, MOST_FREE + 1, PAGE):
-        yield Limit(mode, "free", free)
+def limits_of(mode, kinds):
+    run = RUNS[mode]
+    sizes = {"length": lengths_of(run), "free": range(MOST_FREE + 1), "files": range(MOST_FREE + 1),
+             "mounted": [path for path in fileByFile.changed(run) if path in run.before and path in run.after]}
+    return [Limit(mode, kind, size) for kind in kinds for size in sizes[kind]]
+
+
+def kinds_here():
+    """Only root mounts a disk with few files."""
+    tried = subprocess.run([*OWN_MOUNTS, "true"], capture_output=True, check=False) if shutil.which("unshare") else None
+    if os.geteuid() == 0 and tried is not None and tried.returncode == 0:
+        return tuple(KINDS)
+    print("not proven: a disk on which no more files fit, which only root can mount")
+    return tuple(kind for kind in KINDS if kind != "files")
 
 
 # What must have become of the phone
 
 
-def judge(limit, found, result):
-    whole = WHOLE[limit.mode]
-    problems = passJudgement.temporary_files(found)
-    if limit.kind == "length":
-        problems += judge_length(whole, limit.size, found)
-    else:
-        problems += judge_free(whole, limit.size, found)
-    reason = passReports.why_not_all(whole.run, result.stderr)
-    return problems + ([reason] if reason else [])
+def faults_of_length(run, length, found):
+    """What does not fit stays as it was. No certificate stays short."""
+    short = [path for path in fileByFile.changed(run) if path in run.after and len(run.after[path].content) > length]
+    possible = [fileByFile.without_changes(run, phone, short) for phone in (run.after, fileByFile.after_moves(run))]
+    return min((oneStep.differences(found, phone) for phone in possible), key=len)
 
 
-def judge_length(whole, length, found):
-    run = whole.run
-    if length == 0 or length >= largest_save(run):
-        nothing_saved = wholeSaves.without_saves(run, lambda number: length == 0)
-        return passJudgement.differences(with_cut_certificates(run, nothing_saved, length), found)
-    expected = with_cut_certificates(run, single_saves(run, length), length)
-    problems = passJudgement.differences(expected, {path: found[path] for path in found if path in expected})
-    return problems + not_whole(whole, found, expected)
+def faults_of_room(run, room, found):
+    return fileByFile.faults_of(run, found) if room < MOST_FREE else oneStep.differences(found, run.after)
 
 
-def single_saves(run, length):
-    """The files that are saved once and not made of others: it is their size alone that decides."""
-    expected = {}
-    by_path = {}
-    for save in run.saves:
-        by_path.setdefault(save.path, []).append(save)
-    fits = {path: len(saves[0].content) <= length for path, saves in by_path.items()}
-    for path, saves in by_path.items():
-        if len(saves) > 1 or wholeSaves.is_ini(path):
-            continue
-        needed = [path] + [first for first, second in wholeSaves.SECOND_OF.items() if second == path]
-        phone = run.after if all(fits[name] for name in needed) else run.before
-        if path in phone:
-            expected[path] = phone[path]
-    return expected
-
-
-def with_cut_certificates(run, expected, length):
-    """The device's own copy leaves what it could write."""
-    copied = [path for path in run.after if path.startswith(wholeSaves.CERTIFICATES) and path not in run.before]
-    cut = {path: dataclasses.replace(run.after[path], content=run.after[path].content[:length]) for path in copied}
-    return {**expected, **cut}
-
-
-def not_whole(whole, found, but_for):
-    run = whole.run
-    problems = []
-    for path in passJudgement.paths_of(run, found):
-        if path in but_for or recordedRun.is_temporary(path) or found.get(path) == run.after.get(path):
-            continue
-        reason = whole.why_not(path, found.get(path))
-        problems += [f"{path} {reason}"] if reason else []
-    return problems
-
-
-def pages(content):
-    return -(-len(content) // PAGE)
-
-
-def most_pages_needed(run):
-    """How many pages beside those of the phone are enough for the undisturbed run at its fullest."""
-    held = {path: pages(entry.content) for path, entry in run.before.items()}
-    before = most = sum(held.values())
-    for save in run.saves:
-        most = max(most, sum(held.values()) + pages(save.content))
-        held[save.path] = pages(save.content)
-    certificates = [entry for path, entry in run.after.items() if path.startswith(wholeSaves.CERTIFICATES)]
-    return most - before + sum(pages(entry.content) for entry in certificates)
-
-
-def judge_free(whole, free, found):
-    run = whole.run
-    certificates = [path for path in found if path.startswith(wholeSaves.CERTIFICATES)]
-    if free >= most_pages_needed(run) * PAGE:
-        return passJudgement.differences(run.after, found)
-    if free == 0:
-        expected = with_cut_certificates(run, wholeSaves.without_saves(run, lambda number: True), length=0)
-        return passJudgement.differences(expected, found)
-    cut = {path for path in certificates if not found[path].content or found[path] == run.after.get(path)}
-    return not_whole(whole, found, but_for=cut)
+def faults_of_mounted(run, path, found):
+    return oneStep.differences(found, fileByFile.without_changes(run, run.after, [path]))
 
 
 # The runs
@@ -174,7 +127,7 @@ def size_of(root):
 
 
 def disk(root, tree, free):
-    return ["--size", str(size_of(root / tree) + free), "--tmpfs", f"/{tree}"]
+    return ["--size", str(size_of(root / tree) + free * PAGE), "--tmpfs", f"/{tree}"]
 
 
 def run_on_small_disk(folder, root, limit):
@@ -187,34 +140,63 @@ def run_on_small_disk(folder, root, limit):
     (root / BALLAST[1:]).write_bytes(bytes(PAGE))
     options = (disk(root, "config", limit.size) + disk(root, "tmp", limit.size)
                + ["--ro-bind", str(root), "/image", "--bind", str(result_folder), "/result"])
-    result = sandbox.run(PROGRAM, root, limit.mode, ["sh", "-c", SHELL, "sh"], options, timeout=LONGEST_RUN)
-    found = sandbox.files_of(result_folder)
+    result = sandbox.run(PROGRAM, root, limit.mode, ["sh", "-c", SMALL_DISK, "sh"], options, timeout=LONGEST_RUN)
+    found = sandbox.snapshot(result_folder)
     del found[BALLAST]
     return result, found
 
 
-def run_with_short_writes(root, limit):
+def run_with_few_files(folder, root, limit):
+    (folder / "disk").mkdir(exist_ok=True)
+    files = 2 + sum(1 for _ in root.rglob("*")) + limit.size  # the root folder counts as two
+    command = [*OWN_MOUNTS, "sh", "-c", FEW_FILES, "sh", str(root), str(folder / "disk"), str(files),
+               *sandbox.command(PROGRAM, root, [limit.mode])]
+    result = subprocess.run(command, env={"PATH": os.environ["PATH"]}, stdin=subprocess.DEVNULL, capture_output=True,
+                            timeout=LONGEST_RUN, check=False)
+    return result, sandbox.snapshot(root)
+
+
+def run_with_short_writes(folder, root, limit):
     # Not as process 1, which the signal of a short write would not end.
     shell = f'prlimit --fsize={limit.size} "$@"; exit $?'
     result = sandbox.run(PROGRAM, root, limit.mode, ["sh", "-c", shell, "sh"], timeout=LONGEST_RUN)
-    return result, sandbox.files_of(root)
+    return result, sandbox.snapshot(root)
+
+
+def run_with_mounted(folder, root, limit):
+    options = ["--bind", f"{root}{limit.size}", limit.size]
+    result = sandbox.run(PROGRAM, root, limit.mode, options=options, timeout=LONGEST_RUN)
+    return result, sandbox.snapshot(root)
+
+
+KINDS = {
+    "length": Kind("files of at most (bytes)", run_with_short_writes, faults_of_length),
+    "free": Kind("a disk with room for (pages)", run_on_small_disk, faults_of_room),
+    "files": Kind("a disk with room for (files)", run_with_few_files, faults_of_room),
+    "mounted": Kind("something is mounted on", run_with_mounted, faults_of_mounted),
+}
 
 
 def run_limit(limit):
     folder = SCRATCH / str(os.getpid())
     folder.mkdir(exist_ok=True)
-    root = sandbox.make_phone(PHONE, folder / "phone")
+    run, kind = RUNS[limit.mode], KINDS[limit.kind]
+    root = sandbox.make_from(run.before, folder / "phone")
     try:
-        if limit.kind == "length":
-            result, found = run_with_short_writes(root, limit)
-        else:
-            result, found = run_on_small_disk(folder, root, limit)
+        result, found = kind.run(folder, root, limit)
     except subprocess.TimeoutExpired:
         return [f"{limit}: hangs"]
-    problems = judge(limit, found, result)
+    faults = kind.faults(run, limit.size, found)
     if result.returncode != 0:
-        problems.append(f"exit status {result.returncode}: {result.stderr[-200:]!r}")
-    return [f"{limit}: {problem}" for problem in problems]
+        faults.append(f"exit status {result.returncode}: {result.stderr[-200:]!r}")
+    if foreign_lines_out(result.stderr) != foreign_lines_out(run.reports):
+        faults.append(f"reported {result.stderr!r}")
+    return [f"{limit}: {fault}" for fault in faults]
+
+
+def foreign_lines_out(reports):
+    """What the device's own copy command says is its own."""
+    return sorted(line for line in reports.splitlines() if not line.startswith((b"cp: ", b"sh: ")))
 
 
 def main():
@@ -222,12 +204,14 @@ def main():
     chosen = proof.parse_arguments(__doc__)
     proof.skip_without_sandbox()
     PROGRAM, PHONE = chosen.program, chosen.phone
+    kinds = kinds_here()
     with proof.scratch_folder() as scratch:
         SCRATCH = pathlib.Path(scratch)
-        WHOLE.update(wholeSaves.of_modes(PROGRAM, PHONE, chosen.mode, SCRATCH))
-        limits = [limit for mode in chosen.mode for limit in limits_of(mode)]
-        problems = list(itertools.chain(*proof.in_parallel(run_limit, limits)))
-    return proof.end("full disk", problems, f"{len(limits)} limits in {len(chosen.mode)} modes")
+        for mode in chosen.mode:
+            RUNS[mode] = recordedRun.take_down(PROGRAM, PHONE, mode, SCRATCH)
+        limits = [limit for mode in chosen.mode for limit in limits_of(mode, kinds)]
+        faults = list(itertools.chain(*proof.in_parallel(run_limit, limits)))
+    return proof.end("full disk", faults, f"{len(limits)} limits in {len(chosen.mode)} modes")
 
 
 if __name__ == "__main__":

@@ -1,7 +1,8 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""Every allocation of the program fails, once and from there on: the phone keeps its files, and the run goes on.
+"""Every allocation of the program fails, once and from there on: the run goes on without the pass that met it, and it is
+committed whole or not at all.
 
 A small library, loaded in front of the C library, lets them fail. It leaves the program's children alone.
 """
@@ -13,15 +14,18 @@ import pathlib
 import subprocess
 import sys
 
-import passJudgement
+import documentedPaths
+import keyByKey
+import oneStep
+import phoneValues
 import proof
 import sandbox
-import wholeSaves
 
 LONGEST_RUN = 30  # seconds
 LONG = 1000       # allocations
 LIBRARY_SOURCE = pathlib.Path(__file__).resolve().parent / "failAllocation.cpp"
 SANITIZER = b"__asan_init"
+LONG_CONTACT = "small, a long contact"
 
 
 @dataclasses.dataclass(frozen=True)
@@ -34,7 +38,7 @@ class Fault:
         return f"{self.mode}: allocation {self.number}{' and all behind it' if self.goes_on else ''}"
 
 
-WHOLE = {}  # by mode, before the workers start
+JUDGES = {}  # by mode, before the workers start
 PROGRAM = None
 PHONE = None
 SCRATCH = None
@@ -48,8 +52,9 @@ def phone_of(name):
     contacts = root / "config/data/contactData.xml"
     long_name = b'<contact sLocalRename="' + 1200 * b"Bjarte, " + b'"/>'
     contacts.write_bytes(contacts.read_bytes().replace(b"</group>", long_name + b"</group>", 1))
-    sandbox.PHONES["small, a long contact"] = root
-    return "small, a long contact"
+    sandbox.PHONES[LONG_CONTACT] = root
+    phoneValues.VALUES[LONG_CONTACT] = phoneValues.VALUES[name]
+    return LONG_CONTACT
 
 
 def build_library():
@@ -73,7 +78,7 @@ def run_with_library(root, folder, mode, number, goes_on=False):
 
 
 def allocations_of(mode):
-    root = sandbox.make_phone(PHONE, SCRATCH / "phone")
+    root = sandbox.make_from(JUDGES[mode].run.before, SCRATCH / "phone")
     _, count = run_with_library(root, SCRATCH, mode, number=0)
     return count
 
@@ -93,26 +98,59 @@ def faults_of(mode):
             yield Fault(mode, number, goes_on)
 
 
-def judge(fault, found, result):
-    whole = WHOLE[fault.mode]
-    if fault.goes_on:
-        # Reports need memory too, so only the files can tell.
-        places = range(len(whole.run.passes))
-        problems = min((passJudgement.after_last_passes(whole, place, found) for place in places), key=len)
-    else:
-        problems = passJudgement.after_some_pass(whole, found, result.stderr)
-    return passJudgement.temporary_files(found) + problems
+def judge(fault, found, folder):
+    """The commit is whole or nothing; a pass that ended early has left each of its files as before, or key by key as
+    passes leave it."""
+    judge_of_mode = JUDGES[fault.mode]
+    run = judge_of_mode.run
+    if oneStep.RECORD in found or oneStep.NOTE in found:
+        oneStep.settle(PROGRAM, sandbox.make_from(found, folder / "settled"))
+        found = sandbox.snapshot(folder / "settled")
+    if is_uncommitted(run, found) or found == run.after:
+        return []
+    faults = judge_of_mode.faults_of(found)
+    disturbed = disturbed_parts(run, found)
+    if not fault.goes_on and len(disturbed) > 1:
+        faults.append(f"more than one pass was disturbed: {disturbed}")
+    return faults
+
+
+def is_uncommitted(run, found):
+    """All as before, but for the certificates, which the device's own copy command makes."""
+    return without_certificates(found) == without_certificates(run.before) and all(
+        found[path] == run.after.get(path) for path in found if path not in run.before)
+
+
+def without_certificates(phone):
+    return {path: entry for path, entry in phone.items() if not path.startswith(documentedPaths.USER_CERTIFICATES)}
+
+
+def disturbed_parts(run, found):
+    """The parts of the mode whose files are not as after the run: one for each XML translation, unless none of them ran
+    since the setting that allows them could not be read, one for the certificates, and one for all other files."""
+    parts = set()
+    for path in (path for path in found.keys() | run.after.keys() if found.get(path) != run.after.get(path)):
+        translated = [old for old, new in documentedPaths.XML_DATA.items() if path in new]
+        is_certificate = path.startswith(documentedPaths.USER_CERTIFICATES)
+        parts.add(translated[0] if translated else "certificates" if is_certificate else "settings")
+    changed = {old for old, new in documentedPaths.XML_DATA.items()
+               if any(run.before.get(path) != run.after.get(path) for path in new)}
+    return ["XML data"] if parts == changed else sorted(parts)
 
 
 def run_fault(fault):
     folder = SCRATCH / str(os.getpid())
     folder.mkdir(exist_ok=True)
-    root = sandbox.make_phone(PHONE, folder / "phone")
+    root = sandbox.make_from(JUDGES[fault.mode].run.before, folder / "phone")
     try:
         result, count = run_with_library(root, folder, fault.mode, fault.number, fault.goes_on)
     except subprocess.TimeoutExpired:
         return [f"{fault}: hangs"]
-    problems = judge(fault, sandbox.files_of(root), result)
+    found = sandbox.snapshot(root)
+    problems = judge(fault, found, folder)
+    left = [path for path in found if oneStep.is_temporary(path)]
+    if left and oneStep.RECORD not in found:
+        problems.append(f"temporary files are {left}")
     if result.returncode != 0:
         problems.append(f"exit status {result.returncode}: {result.stderr[-200:]!r}")
     elif count < fault.number:
@@ -131,7 +169,7 @@ def main():
         SCRATCH = pathlib.Path(scratch)
         PHONE = phone_of(chosen.phone)
         build_library()
-        WHOLE.update(wholeSaves.of_modes(PROGRAM, PHONE, chosen.mode, SCRATCH))
+        JUDGES.update(keyByKey.of_modes(PROGRAM, PHONE, chosen.mode, SCRATCH))
         faults = [fault for mode in chosen.mode for fault in faults_of(mode)]
         problems = list(itertools.chain(*proof.in_parallel(run_fault, faults)))
     return proof.end("memory", problems, f"{len(faults)} failed allocations in {len(chosen.mode)} modes")

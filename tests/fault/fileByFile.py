@@ -1,0 +1,61 @@
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
+"""What becomes of a phone when changes of a commit fail: each file alone is as before the run or as after it.
+
+A failed change fails alone. Without room for all changes at once they are made one after the other, and then a moved
+account is its original under another name.
+"""
+
+import documentedPaths
+import oneStep
+
+
+def is_file(entry):
+    return entry is not None and entry.kind != "folder"
+
+
+def paths_of(run, found):
+    """The files. Temporary ones count for nothing: a save removes what an earlier one has left."""
+    return sorted(path for path in run.before.keys() | run.after.keys() | found.keys() if not oneStep.is_temporary(path)
+                  and is_file(found.get(path, run.before.get(path, run.after.get(path)))))
+
+
+def changed(run):
+    return [path for path in paths_of(run, run.after) if run.before.get(path) != run.after.get(path)]
+
+
+def moves(run):
+    """(file, the copy of it that the run makes before it removes it), at most one."""
+    removed = [path for path in reversed(documentedPaths.ACCOUNTS + (documentedPaths.DIRECT_IP_FILE,))
+               if path in run.before and path not in run.after]
+    return [(path, documentedPaths.COPIES_TO[run.mode]) for path in removed[:1]]
+
+
+def after_moves(run):
+    """As after the run, with each moved file as its original was."""
+    return {**run.after, **{copy: run.before[path] for path, copy in moves(run)}}
+
+
+def held_back(run, paths):
+    """What stays when these could not be saved: it is removed only after its copy."""
+    return [path for path, copy in moves(run) if copy in paths]
+
+
+def without_changes(run, expected, paths):
+    """As expected, but these files are as before, and so is what they hold back."""
+    result = dict(expected)
+    for path in [*paths, *held_back(run, paths)]:
+        result.pop(path, None)
+        if path in run.before:
+            result[path] = run.before[path]
+    return result
+
+
+def faults_of(run, found):
+    """What is neither as before nor as after, and what is lost."""
+    possible = (run.before, run.after, after_moves(run))
+    faults = [f"{path} {oneStep.told_difference(found.get(path), run.after.get(path))}" for path in paths_of(run, found)
+              if found.get(path) not in [phone.get(path) for phone in possible]]
+    return faults + [f"{path} is gone, and {copy} is {oneStep.told(found.get(copy))}" for path, copy in moves(run)
+                     if path not in found and found.get(copy) not in (run.after[copy], run.before[path])]

@@ -1,0 +1,102 @@
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
+"""What a file may hold when a pass could not read: whole lines as ever, and each key one of the values that a pass that
+did run, or did not, leaves there.
+
+A pass that cannot read a file takes a default. These few are known by name, and no other value may appear.
+"""
+
+import functools
+
+import documentedPaths
+import fileByFile
+import iniText
+import oneStep
+import recordedRun
+import tablesOfPhone
+
+# What a mode does besides its own passes is what these modes do.
+PARTS = {"all": ("dev", "pwd"), "dev": (), "pwd": (), "1": (), "2": (), "fix-ups-only": ()}
+FACTORY_MARK = b"?"
+
+
+def is_ini(path):
+    return path.endswith((".ini", ".cfg"))
+
+
+def defaults(mode, before):
+    """(file, (section, key), value) that a pass writes when it could not read."""
+    for path in documentedPaths.ACCOUNTS:
+        yield path, (b"account", b"SCALineKeyNumber"), b"-1"
+    account = before.get(documentedPaths.ACCOUNTS[0])
+    timers = iniText.values_of(account.content).get((b"account", b"CancelTimer"), []) if account else []
+    for value in (*timers, b"180"):
+        yield documentedPaths.USER_INI, (b"Feature", b"RingbackTimeout"), value
+    if mode in ("all", "dev"):
+        for record in tablesOfPhone.table_records(before):
+            file, section, key = tablesOfPhone.destination_of(record)
+            yield file, (section.encode(), key.encode()), b""
+
+
+class KeyByKey:
+    """Judges the phones that a mode leaves; `parts` are undisturbed runs of the modes that it is made of."""
+
+    def __init__(self, run, parts=()):
+        self.run = run
+        self.phones = [run.before, run.after] + [part.after for part in parts]
+        self.sources = {}
+        if run.mode in documentedPaths.COPIES_TO:
+            copied = {"1": documentedPaths.ACCOUNTS,
+                      "2": (documentedPaths.DIRECT_IP_FILE, documentedPaths.FACTORY_ACCOUNT)}[run.mode]
+            self.sources[documentedPaths.COPIES_TO[run.mode]] = copied
+
+    def contents(self, path):
+        """Those of the file, and of what may be copied there."""
+        return [phone[place].content for place in (path, *self.sources.get(path, ()))
+                for phone in self.phones if place in phone]
+
+    @functools.cache
+    def values(self, path):
+        values = {}
+        for file, name, value in defaults(self.run.mode, self.run.before):
+            if file in (path, *self.sources.get(path, ())):
+                values.setdefault(name, set()).add(value)
+        for content in self.contents(path):
+            for name, some in iniText.values_of(content).items():
+                values.setdefault(name, set()).update(some)
+                if path in self.sources:
+                    values[name].update(value.removeprefix(FACTORY_MARK) for value in some)
+        return values
+
+    def why_not(self, path, entry):
+        """Why the file cannot end so; empty when it can."""
+        run = self.run
+        if entry in (run.before.get(path), run.after.get(path), fileByFile.after_moves(run).get(path)):
+            return ""
+        like = run.before.get(path, run.after.get(path))
+        if entry is None or like is None or not is_ini(path):
+            return oneStep.told_difference(entry, like)
+        if (entry.kind, entry.mode, entry.owner) != (like.kind, like.mode, like.owner):
+            return oneStep.told_difference(entry, like)
+        reasons = [iniText.why_not_edited(content, entry.content, self.values(path)) for content in self.contents(path)]
+        return "" if "" in reasons else f"{reasons[0]}: {entry.content!r}"
+
+    def faults_of(self, found, dependent=None):
+        """Files that do not depend on what failed are as after the run; without `dependent` any may."""
+        faults = []
+        for path in fileByFile.paths_of(self.run, found):
+            if dependent is None or path in dependent:
+                reason = self.why_not(path, found.get(path))
+            else:
+                reason = "" if found.get(path) == self.run.after.get(path) else oneStep.told_difference(
+                    found.get(path), self.run.after.get(path))
+            faults += [f"{path} {reason}"] if reason else []
+        return faults
+
+
+def of_modes(program, phone, modes, scratch, options=()):
+    """{mode: its judge}, from undisturbed runs."""
+    needed = {part for mode in modes for part in PARTS[mode]} | set(modes)
+    runs = {mode: recordedRun.take_down(program, phone, mode, scratch, options) for mode in needed}
+    return {mode: KeyByKey(runs[mode], [runs[part] for part in PARTS[mode]]) for mode in modes}
