@@ -12,6 +12,7 @@ import json
 import pathlib
 import sys
 
+import oneStep
 import proof
 import recordedRun
 import sandbox
@@ -37,7 +38,7 @@ def calls_of_run(program, root, mode, scratch):
 
 
 def costs_of(calls):
-    written = [call for call in calls if call.name == "write" and recordedRun.is_temporary(call.file)]
+    written = [call for call in calls if call.name == "write" and oneStep.is_of_commit(call.file)]
     return {
         "calls": sum(call.name not in OF_THE_ALLOCATOR for call in calls),
         "opened files": sum(call.name == "openat" for call in calls),
