@@ -16,6 +16,10 @@ SYSTEM_INI = "/config/system/system.ini"
 VERSION_INI = "/config/version.ini"
 DIRECT_IP_FILE = "/config/user/voip/directip.cfg"
 HAND_OVER = "/tmp/VersionInfo.cfg"
+MARKER = "/config/kestrune-pending"
+RECORD = "/config/kestrune-commit"
+NOTE = "/config/kestrune-certificates"
+HAND_OVER_COPY = "/config/kestrune-handover"
 FACTORY_USER_INI = "/phone/factory/user/user.ini"
 FACTORY_ACCOUNT = "/phone/factory/user/voip/sipAccount16.cfg"
 TABLE = "/phone/resource/kestrune.xml"
@@ -49,8 +53,8 @@ READS = {
     "all": (*FIX_UPS, *DATA_PASSES, *PASSWORD_PASS),
     "dev": (*FIX_UPS, *DATA_PASSES),
     "pwd": (*FIX_UPS, *PASSWORD_PASS),
-    "1": (*FIX_UPS, FACTORY_USER_INI, SYSTEM_INI, HAND_OVER, DIRECT_IP_FILE),
-    "2": (*FIX_UPS, HAND_OVER, SYSTEM_INI, *KEY_LAYOUTS, DIRECT_IP_FILE, FACTORY_ACCOUNT),
+    "1": (*FIX_UPS, FACTORY_USER_INI, SYSTEM_INI, HAND_OVER, HAND_OVER_COPY, DIRECT_IP_FILE),
+    "2": (*FIX_UPS, HAND_OVER, HAND_OVER_COPY, SYSTEM_INI, *KEY_LAYOUTS, DIRECT_IP_FILE, FACTORY_ACCOUNT),
     "fix-ups-only": FIX_UPS,
 }
 
@@ -71,17 +75,20 @@ REPLACES = {
     "all": (USER_INI, SYSTEM_INI, *ACCOUNTS, *NEW_XML_DATA),
     "dev": (USER_INI, SYSTEM_INI, *ACCOUNTS, *NEW_XML_DATA),
     "pwd": (USER_INI, SYSTEM_INI, *ACCOUNTS),
-    "1": (USER_INI, *ACCOUNTS, HAND_OVER, DIRECT_IP_FILE),
-    "2": (USER_INI, SYSTEM_INI, *ACCOUNTS, *KEY_LAYOUTS),
+    "1": (USER_INI, *ACCOUNTS, HAND_OVER, HAND_OVER_COPY, DIRECT_IP_FILE),
+    "2": (USER_INI, SYSTEM_INI, *ACCOUNTS, *KEY_LAYOUTS, HAND_OVER),
     "fix-ups-only": FIX_UPS,
 }
 COPIES_TO = {"1": DIRECT_IP_FILE, "2": ACCOUNT_16}
-REMOVES = {"1": ACCOUNTS, "2": (DIRECT_IP_FILE,)}
+REMOVES = {"1": (*ACCOUNTS, HAND_OVER_COPY), "2": (DIRECT_IP_FILE, HAND_OVER_COPY)}
+
+# What belongs to the commit itself. The note is there only while certificates are copied.
+WRITTEN_IN_PLACE = {mode: (RECORD, NOTE) if mode in CERTIFICATE_MODES else (RECORD,) for mode in READS}
 
 
 def folders_flushed(mode):
-    """Those in which something is replaced or removed, and that of the certificates."""
-    paths = REPLACES[mode] + REMOVES.get(mode, ())
+    """Those in which something is replaced or removed, that of the record, and that of the certificates."""
+    paths = (*REPLACES[mode], *REMOVES.get(mode, ()), RECORD)
     return {path.rpartition("/")[0] for path in paths} | {USER_CERTIFICATES.rstrip("/")}
 
 

@@ -1,9 +1,10 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""A record of every mode: files are written under temporary names alone, nothing is handed to a child, and no path is
-opened that the documentation does not name."""
+"""A trace of every mode: only temporary files, the commit record and the note of the copies are written, each is flushed
+once, nothing is handed to a child, and no path is opened that the documentation does not name."""
 
+import collections
 import dataclasses
 import re
 import sys
@@ -15,7 +16,7 @@ import sandbox
 import systemLog
 import trace
 
-RECORDED = "trace=%file,%process,%network,openat2,memfd_create,ftruncate,fallocate,dup,dup2,dup3,fcntl,pipe,pipe2"
+RECORDED = "trace=fsync,fdatasync,sync,syncfs,%file,%process,%network,openat2,memfd_create,ftruncate,fallocate,dup,dup2,dup3,fcntl,pipe,pipe2"
 
 OPENING = ("open", "openat")
 
@@ -23,7 +24,7 @@ OPENING = ("open", "openat")
 NEVER = ("creat", "openat2", "truncate", "ftruncate", "fallocate", "mknod", "mknodat", "mkdir", "mkdirat", "rmdir",
          "link", "linkat", "symlink", "symlinkat", "chmod", "fchmodat", "chown", "lchown", "fchownat", "setxattr",
          "lsetxattr", "renameat2", "utime", "utimes", "futimesat", "memfd_create", "dup", "dup2", "dup3", "pipe",
-         "pipe2", "mount")
+         "pipe2", "mount", "fdatasync", "sync", "syncfs")
 
 # The loader's and the C library's own files.
 LIBRARY_FILES = re.compile(r"/etc/ld\.so\.(cache|preload)|/(usr/)?lib(32|64|x32)?/.*|/etc/localtime"
@@ -59,12 +60,15 @@ def destination_of(path):
     return path.removesuffix(sandbox.TEMPORARY_SUFFIX)
 
 
-def why_not_temporary(call, mode):
+def is_written(path, mode):
+    if path.endswith(sandbox.TEMPORARY_SUFFIX):
+        return destination_of(path) in (*documentedPaths.REPLACES[mode], documentedPaths.MARKER)
+    return path in documentedPaths.WRITTEN_IN_PLACE[mode]
+
+
+def why_not_written_so(call, mode):
     """Why a file may not be opened for writing so; empty when it may."""
-    path = path_of(call)
-    if not path.endswith(sandbox.TEMPORARY_SUFFIX):
-        return "a file is opened for writing under its own name"
-    if destination_of(path) not in documentedPaths.REPLACES[mode]:
+    if not is_written(path_of(call), mode):
         return "this mode has nothing to write there"
     for flag in (b"O_WRONLY", b"O_CREAT", b"O_EXCL", b"O_NOFOLLOW", b"O_CLOEXEC"):
         if flag not in call.arguments:
@@ -76,7 +80,8 @@ def why_not_temporary(call, mode):
 
 def is_documented(path, mode):
     """Whether the mode may open that path for reading."""
-    if path in documentedPaths.READS[mode] or LIBRARY_FILES.fullmatch(path):
+    of_commit = (documentedPaths.MARKER, *documentedPaths.WRITTEN_IN_PLACE[mode])
+    if path in (*documentedPaths.READS[mode], *of_commit) or LIBRARY_FILES.fullmatch(path):
         return True
     if path.rstrip("/") in documentedPaths.folders_flushed(mode):
         return True
@@ -88,7 +93,7 @@ def why_not_opened_so(call, mode):
     if b"O_CLOEXEC" not in call.arguments:
         return "a child would inherit it"
     if is_for_writing(call):
-        return why_not_temporary(call, mode)
+        return why_not_written_so(call, mode)
     return "" if is_documented(path_of(call), mode) else "no documented path"
 
 
@@ -96,14 +101,15 @@ def why_not_renamed_so(call, mode):
     source, destination = (text.decode(errors="surrogateescape") for text in call.texts)
     if source != documentedPaths.temporary_name(destination):
         return "not from the temporary name of the same file"
-    return "" if destination in documentedPaths.REPLACES[mode] else "this mode has nothing to write there"
+    return "" if is_written(source, mode) else "this mode has nothing to write there"
 
 
 def why_not_removed(call, mode):
+    """A removed file's leftover temporary file goes with it."""
     path = path_of(call)
-    if destination_of(path) in documentedPaths.REPLACES[mode] and path.endswith(sandbox.TEMPORARY_SUFFIX):
-        return ""
-    return "" if path in documentedPaths.REMOVES.get(mode, ()) else "this mode has nothing to remove there"
+    removes = (*documentedPaths.REMOVES.get(mode, ()), *documentedPaths.WRITTEN_IN_PLACE[mode], documentedPaths.MARKER)
+    is_ours = is_written(path, mode) or destination_of(path) in removes
+    return "" if is_ours else "this mode has nothing to remove there"
 
 
 def why_wrong(call, mode):
@@ -133,8 +139,47 @@ def why_child_is_wrong(call):
     return ""
 
 
-def record(program, phone, mode, folder):
+def folder_of(path):
+    return path.rpartition("/")[0]
+
+
+def flushes_expected(recorded):
+    """What is to be flushed, and how often: each new content, the record and the note once; each folder once before the
+    record counts, and once after the last change in it."""
+    written = [path_of(call) for call in saves_of(recorded)]
+    own = [path for path in written if not path.endswith(sandbox.TEMPORARY_SUFFIX)]
+    changes = [call.texts[-1].decode() for call in recorded.own
+               if call.name in ("rename", "unlink") and call.result == 0]
+    ordinary = {folder_of(path) for path in changes if path not in (documentedPaths.MARKER, documentedPaths.RECORD)}
+    expected = collections.Counter(written)
+    expected.update({folder_of(path) for path in changes if documentedPaths.temporary_name(path) in written}
+                    if own else ())
+    expected.update(ordinary)
+    expected.update(folder_of(path) for path in own)
+    expected.update(folder_of(path) for path in changes if path in (documentedPaths.MARKER, documentedPaths.RECORD))
+    copies = {path_of(call) for call in recorded.children if call.name in OPENING and is_for_writing(call)
+              and path_of(call).startswith(documentedPaths.USER_CERTIFICATES)}
+    expected.update(copies)
+    expected.update({folder_of(path) for path in copies})
+    return expected
+
+
+def check_flushes(recorded):
+    found = collections.Counter(call.file for call in recorded.own if call.name == "fsync")
+    expected = flushes_expected(recorded)
+    return [f"{path} is flushed {found[path]} times instead of {expected[path]}"
+            for path in sorted(found.keys() | expected.keys()) if found[path] != expected[path]]
+
+
+def make_phone(phone, mode, later, folder):
+    """With the upgrade's marker when modes are to come `later`, which may be none."""
     root = sandbox.make_phone(phone, folder / "phone")
+    if later is not None:
+        (root / documentedPaths.MARKER[1:]).write_text(f"{mode}\n{later}")
+    return root
+
+
+def record(program, root, mode, folder):
     log = systemLog.SystemLog(folder)
     traced = folder / "trace"
     traced.mkdir(exist_ok=True)
@@ -203,29 +248,31 @@ def check_children(program, phone, mode, folder):
 
 
 def check(job):
-    program, scratch, phone, mode = job
+    program, scratch, phone, mode, later = job
     folder = comparison.worker_folder(scratch)
-    result, recorded = record(program, phone, mode, folder)
+    result, recorded = record(program, make_phone(phone, mode, later, folder), mode, folder)
     faults = [] if result.returncode == 0 else [f"exit status {result.returncode}"]
-    faults += check_record(mode, recorded)
+    faults += check_record(mode, recorded) + check_flushes(recorded)
     saves = len(saves_of(recorded))
     if saves == 0:
         faults.append("no file was written: nothing is proven")
     from_children, children = check_children(program, phone, mode, folder)
     opens = sum(call.name in OPENING for call in recorded.own)
-    return [f"mode {mode}: {fault}" for fault in faults + from_children], saves, opens, children
+    where = f"mode {mode}" + ("" if later is None else f", marker with {later.split()}")
+    return [f"{where}: {fault}" for fault in faults + from_children], saves, opens, children
 
 
 def main():
     chosen = proof.parse_arguments(__doc__)
     proof.skip_without_sandbox()
     with proof.scratch_folder() as scratch:
-        jobs = [(chosen.program, scratch, chosen.phone, mode) for mode in chosen.mode]
+        jobs = [(chosen.program, scratch, chosen.phone, mode, later)
+                for mode in chosen.mode for later in (None, "", "later\n")]
         results = list(proof.in_parallel(check, jobs, at_once=1))
     faults = [fault for result in results for fault in result[0]]
     saves, opens, children = (sum(result[number] for result in results) for number in (1, 2, 3))
     return proof.end("oneWayToWrite", faults, f"{opens} opened files, {saves} of them for writing, {children} copies "
-                     f"in {len(chosen.mode)} modes")
+                     f"in {len(jobs)} runs of {len(chosen.mode)} modes")
 
 
 if __name__ == "__main__":
