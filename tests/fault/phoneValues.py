@@ -37,6 +37,8 @@ def put(phone, root):
 def with_value(text, section, key, value):
     """The text of an INI file with the key set where it is, or else added at the head of its section."""
     lines = text.splitlines(keepends=True)
+    end = b"\r\n" if lines[0].endswith(b"\r\n") else b"\n"
+    new_line = key + b"=" + value + end
     is_in_section = False
     head = None
     for number, line in enumerate(lines):
@@ -44,9 +46,9 @@ def with_value(text, section, key, value):
             is_in_section = line.startswith(b"[" + section + b"]")
             head = number if is_in_section else head
         elif is_in_section and line.split(b"=")[0].strip() == key:
-            lines[number] = key + b"=" + value + b"\n"
+            lines[number] = new_line
             return b"".join(lines)
     if head is None:
-        return text + b"\n[" + section + b"]\n" + key + b"=" + value + b"\n"
-    lines.insert(head + 1, key + b"=" + value + b"\n")
+        return text + end + b"[" + section + b"]" + end + new_line
+    lines.insert(head + 1, new_line)
     return b"".join(lines)
