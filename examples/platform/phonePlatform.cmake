@@ -12,6 +12,7 @@ add_library(
     ${CMAKE_CURRENT_LIST_DIR}/src/passwordCipher.cpp
     ${CMAKE_CURRENT_LIST_DIR}/src/process.cpp
     ${CMAKE_CURRENT_LIST_DIR}/src/reports.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/src/runs.cpp
     ${CMAKE_CURRENT_LIST_DIR}/src/trackedNew.cpp
     ${CMAKE_CURRENT_LIST_DIR}/src/xml.cpp)
 # Two headers of its own come before those of the project, which serve for all the rest.

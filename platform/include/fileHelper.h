@@ -17,9 +17,11 @@ namespace ETL_SubClass
 
 /// Copies a whole file over the destination, in one step as `ReplaceFile` does. The destination comes first.
 ///
-/// A destination that was missing gets the source's permission bits; an existing one keeps its own.
+/// A destination that was missing gets the source's permission bits; an existing one keeps its own. A destination that is
+/// a link to its own source gets a file of its own in the link's place, so that removing the source loses nothing.
 ///
-/// @return non-zero when the destination holds the source's bytes; on 0 the destination is as it was
+/// @return non-zero when the destination holds the source's bytes, or will hold them after the commit of a run; on 0 the
+///         destination is as it was
 int etlCopyFile(const char* destinationPath, const char* sourcePath);
 
 } // namespace ETL_SubClass

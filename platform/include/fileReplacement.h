@@ -8,22 +8,26 @@
 
 /// The one way in which this program writes files: a reader, a crash or a power cut finds the old file whole or the new
 /// one.
+///
+/// Between `BeginRun` and `CommitRun` (runCommit.h) a change is staged: later reads of this process see it, under every
+/// name that leads to the file, and the device gets it in the commit, together with all others. Outside of a run it is
+/// made at once.
 
 /// Permission bits of a new file: 0644 less the process's umask.
 constexpr mode_t kModeLessUmask = static_cast<mode_t>(-1);
 
 /// Replaces the file's content as one step.
 ///
-///     /config/user/user.ini                old bytes               old bytes           NEW bytes
-///     /config/user/user.ini.kestrune-new   NEW bytes, not synced   NEW bytes, synced   -
-///                                          1-2                     3-4                 5
+///     /config/user/user.ini                old bytes                old bytes            NEW bytes
+///     /config/user/user.ini.kestrune-new   NEW bytes, not flushed   NEW bytes, flushed   -
+///                                          1-2                      3-4                  5
 ///
 /// 1. Makes "<path>.kestrune-new" afresh in the same folder (a stale one is removed; no link is followed), readable by
 ///    its owner alone.
 /// 2. Writes the bytes.
 /// 3. Gives it owner, group and permission bits.
 /// 4. Flushes it to the device.
-/// 5. Renames it over the destination, and remembers the folder for `FlushChangedFolders`.
+/// 5. Renames it over the destination, and flushes the folder.
 ///
 /// | destination                               | what happens                                                 |
 /// | ----------------------------------------- | ------------------------------------------------------------ |
@@ -33,26 +37,17 @@ constexpr mode_t kModeLessUmask = static_cast<mode_t>(-1);
 /// | link                                      | stays a link; the file that it names is replaced (or made)   |
 /// | another user's link in a sticky folder    | the link itself is replaced; where it leads is not touched   |
 /// | folder, pipe, socket, device, link loop   | failure                                                      |
-/// | its folder is missing, full or read-only  | failure; folders are never made                              |
+/// | its folder is missing or read-only        | failure; folders are never made                              |
+/// | no space                                  | failure; in a run, of the commit                             |
 ///
 /// @param path         zero-terminated, not null
 /// @param bytes        the whole new content; not kept
 /// @param newFileMode  permission bits of a file that was missing; `kModeLessUmask` for 0644 less the umask
-/// @return true when the destination holds the bytes. On failure the destination is as it was and no temporary file is
-///         left.
+/// @return true when the destination holds the bytes, or will hold them after the commit. On failure the destination is
+///         as it was and no temporary file is left.
 bool ReplaceFile(const char* path, std::string_view bytes, mode_t newFileMode = kModeLessUmask);
 
-/// Removes a file (standard `remove`), after its folder and all of `FlushChangedFolders` are flushed: when the original goes,
-/// a copy in the same folder is on the device, whichever run made it.
-/// The folder that lost it is remembered for the next `FlushChangedFolders`.
+/// Removes a file (standard `remove`: a link itself, or an empty folder), and flushes its folder.
 ///
-/// @return true when it is gone
+/// @return true when it is gone, or will be gone after the commit
 bool RemoveFile(const char* path);
-
-/// Flushes every folder in which a file was renamed or removed since the last call, each once. To be called before a
-/// shell command and at the end of the run. A folder that cannot be flushed is left to the system.
-void FlushChangedFolders();
-
-/// Flushes a file that someone else wrote (the shell's copy command) and its folder. Nothing happens when it is not
-/// there or not a regular file.
-void FlushForeignFile(const char* path);

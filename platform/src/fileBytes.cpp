@@ -6,56 +6,22 @@
 #include <cerrno>
 #include <climits>
 #include <cstdint>
-#include <fcntl.h>
 #include <unistd.h>
+
+#include "descriptor.h"
+#include "stagedFiles.h"
+#include "temporaryFile.h"
 
 namespace
 {
 
 constexpr int kMostLinks = 40; // as many as the kernel follows
-constexpr int kMostInterruptions =
-    8; // no signal of ours interrupts a call, so a call that fails this often fails for good
-
-bool IsInterrupted(int& interruptions)
-{
-    return errno == EINTR && ++interruptions <= kMostInterruptions;
-}
-
-int OpenForReading(const char* path)
-{
-    int interruptions = 0;
-    int number = -1;
-    do
-        number = open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_NOFOLLOW | O_CLOEXEC);
-    while (number == -1 && IsInterrupted(interruptions));
-    return number;
-}
-
-/// Reads until the size is reached or the file ends before it.
-///
-/// @return how many bytes were read; -1 on failure
-ssize_t ReadInto(int descriptor, char* bytes, std::size_t size)
-{
-    int interruptions = 0;
-    std::size_t done = 0;
-    while (done < size) {
-        const ssize_t count = read(descriptor, bytes + done, size - done);
-        if (count < 0 && IsInterrupted(interruptions))
-            continue;
-        if (count < 0)
-            return -1;
-        if (count == 0)
-            break;
-        done += static_cast<std::size_t>(count);
-    }
-    return static_cast<ssize_t>(done);
-}
+constexpr std::size_t kRoomForChanges = 512;
 
 /// Reads the file into a text that has room for a changed value, so that a change need not move the text elsewhere: that
 /// took as long as reading did.
 bool ReadAll(int descriptor, std::size_t size, std::string& bytes)
 {
-    constexpr std::size_t kRoomForChanges = 512;
     ssize_t count = 0;
     const auto fill = [&](char* buffer, std::size_t /*room*/) {
         count = ReadInto(descriptor, buffer, size);
@@ -98,35 +64,34 @@ bool ReadLinkTarget(const std::string& path, std::string& target)
     return true;
 }
 
-/// Opens the file that the path names, through its links. On failure -1 and the reason.
-int OpenThroughLinks(const char* path, ReadResult& reason)
+/// The attributes that the commit will give a staged file, as far as they are known before it.
+struct stat StatusOf(const StagedFile& staged)
 {
-    int number = OpenForReading(path);
-    if (number == -1 && errno == ELOOP) {
-        // The last name is a link. They are rare here, so only now is it looked at.
-        std::string target = path;
-        struct stat status = {};
-        const LinkResult result = ResolveLinks(target, status);
-        if (result != LinkResult::Resolved) {
-            reason = result == LinkResult::Unresolvable ? ReadResult::Unreadable : ReadResult::Missing;
-            return -1;
-        }
-        number = OpenForReading(target.c_str());
-    }
-    if (number == -1)
-        reason = IsMissing(errno) ? ReadResult::Missing : ReadResult::Unreadable;
-    return number;
+    struct stat status = {};
+    if (!staged.isMadeAfresh && lstat(staged.path.c_str(), &status) == 0)
+        return status;
+    status = {};
+    status.st_mode = S_IFREG | ModeOfNewFile(staged.newFileMode);
+    status.st_uid = geteuid();
+    status.st_gid = getegid();
+    return status;
 }
 
-} // namespace
-
-ReadResult ReadFile(const char* path, std::string& bytes, struct stat* status)
+ReadResult ReadStaged(const StagedFile& staged, std::string& bytes, struct stat* status)
 {
-    ReadResult reason = ReadResult::Done;
-    const Descriptor file(OpenThroughLinks(path, reason));
-    if (!file.IsOpen())
-        return reason;
+    if (staged.state == StagedState::Removed)
+        return ReadResult::Missing;
+    std::string content;
+    content.reserve(staged.bytes.size() + kRoomForChanges);
+    content = staged.bytes;
+    bytes = std::move(content);
+    if (status != nullptr)
+        *status = StatusOf(staged);
+    return ReadResult::Done;
+}
 
+ReadResult ReadDescriptor(const Descriptor& file, std::string& bytes, struct stat* status)
+{
     struct stat found = {};
     if (fstat(file.Number(), &found) != 0 || !S_ISREG(found.st_mode))
         return ReadResult::Unreadable;
@@ -142,9 +107,49 @@ ReadResult ReadFile(const char* path, std::string& bytes, struct stat* status)
     return ReadResult::Done;
 }
 
+/// What was staged under this name, past what was only touched; null when the device has the file.
+const StagedFile* FindChanged(const std::string& path)
+{
+    const StagedFile* staged = FindStaged(path);
+    return staged == nullptr || staged->state == StagedState::Touched ? nullptr : staged;
+}
+
+enum class LastLink { Follow, Refuse };
+
+ReadResult Read(const std::string& path, LastLink lastLink, std::string& bytes, struct stat* status)
+{
+    if (const StagedFile* staged = FindChanged(path))
+        return ReadStaged(*staged, bytes, status);
+    const Descriptor file(OpenForReading(path.c_str()));
+    if (file.IsOpen())
+        return ReadDescriptor(file, bytes, status);
+    if (errno != ELOOP || lastLink == LastLink::Refuse)
+        return IsMissing(errno) ? ReadResult::Missing : ReadResult::Unreadable;
+
+    // The last name is a link. They are rare here, so only now is it looked at.
+    std::string target = path;
+    struct stat ignored = {};
+    const LinkResult result = ResolveLinks(target, ignored);
+    if (result == LinkResult::Resolved)
+        return Read(target, LastLink::Refuse, bytes, status);
+    return result == LinkResult::Unresolvable ? ReadResult::Unreadable : ReadResult::Missing;
+}
+
+} // namespace
+
+ReadResult ReadFile(const char* path, std::string& bytes, struct stat* status)
+{
+    return Read(path, LastLink::Follow, bytes, status);
+}
+
 LinkResult ResolveLinks(std::string& path, struct stat& status)
 {
     for (int followed = 0; followed <= kMostLinks; ++followed) {
+        if (const StagedFile* staged = FindChanged(path)) {
+            status = {};
+            status.st_mode = S_IFREG;
+            return staged->state == StagedState::Removed ? LinkResult::Missing : LinkResult::Resolved;
+        }
         if (lstat(path.c_str(), &status) != 0)
             return IsMissing(errno) ? LinkResult::Missing : LinkResult::Unresolvable;
         if (!S_ISLNK(status.st_mode))
@@ -158,32 +163,4 @@ LinkResult ResolveLinks(std::string& path, struct stat& status)
         path = target.front() == '/' ? target : FolderOf(path) + "/" + target;
     }
     return LinkResult::Unresolvable;
-}
-
-std::string FolderOf(const std::string& path)
-{
-    const std::size_t slash = path.rfind('/');
-    if (slash == std::string::npos)
-        return ".";
-    return slash == 0 ? "/" : path.substr(0, slash);
-}
-
-bool WriteAll(int descriptor, std::string_view bytes)
-{
-    int interruptions = 0;
-    while (!bytes.empty()) {
-        const ssize_t count = write(descriptor, bytes.data(), bytes.size());
-        if (count < 0 && IsInterrupted(interruptions))
-            continue;
-        if (count <= 0)
-            return false;
-        bytes.remove_prefix(static_cast<std::size_t>(count));
-    }
-    return true;
-}
-
-Descriptor::~Descriptor()
-{
-    if (IsOpen())
-        (void)close(number_);
 }

@@ -7,9 +7,9 @@
 #include <string_view>
 #include <sys/stat.h>
 
-/// Reading files and following links, with the rules that every service of the platform shares: only regular files are
-/// read, opening one never blocks, no descriptor reaches a child, and no link of another user is followed in a sticky
-/// folder.
+/// Reading files and following links, with the rules that every service of the platform shares: what a run has changed
+/// is seen by it, only regular files are read, opening one never blocks, no descriptor reaches a child, and no link of
+/// another user is followed in a sticky folder.
 
 enum class ReadResult {
     Done,
@@ -20,7 +20,8 @@ enum class ReadResult {
 /// Reads a whole regular file.
 ///
 /// @param bytes   gets the content; as it was unless the result is `Done`
-/// @param status  gets what `fstat` says of the file when it was read; may be null
+/// @param status  gets what `fstat` says of the file when it was read, or what the commit will make of a staged one's
+///                kind, owner and mode; may be null
 ReadResult ReadFile(const char* path, std::string& bytes, struct stat* status = nullptr);
 
 enum class LinkResult {
@@ -33,29 +34,6 @@ enum class LinkResult {
 /// Follows the link, or chain of links, that the path's last name may be.
 ///
 /// @param path    on `Resolved` and `Missing` the path that is no link; on `Foreign` that of the link not followed
-/// @param status  on `Resolved` what `lstat` says of that path; otherwise of no meaning
+/// @param status  on `Resolved` what `lstat` says of that path (of a staged file only its kind is right); otherwise of
+///                no meaning
 LinkResult ResolveLinks(std::string& path, struct stat& status);
-
-/// @return the folder that holds the path's last name: "." for a bare name
-std::string FolderOf(const std::string& path);
-
-/// Writes all bytes, however many calls it takes.
-///
-/// @return false when a write failed
-bool WriteAll(int descriptor, std::string_view bytes);
-
-/// Owns a descriptor and closes it.
-class Descriptor
-{
-public:
-    explicit Descriptor(int number) : number_(number) {}
-    ~Descriptor();
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    bool IsOpen() const { return number_ >= 0; }
-    int Number() const { return number_; }
-
-private:
-    int number_;
-};

@@ -6,8 +6,8 @@
 #include <string>
 #include <sys/stat.h>
 
+#include "copyFile.h"
 #include "fileBytes.h"
-#include "fileReplacement.h"
 
 namespace ETL_MiscHelper
 {
@@ -30,12 +30,7 @@ int etlCopyFile(const char* destinationPath, const char* sourcePath)
 {
     if (destinationPath == nullptr || sourcePath == nullptr)
         return 0;
-    constexpr mode_t kPermissionBits = 07777;
-    std::string bytes;
-    struct stat status = {};
-    if (ReadFile(sourcePath, bytes, &status) != ReadResult::Done)
-        return 0;
-    return ReplaceFile(destinationPath, bytes, status.st_mode & kPermissionBits);
+    return CopyFile(destinationPath, sourcePath);
 }
 
 } // namespace ETL_SubClass

@@ -3,68 +3,22 @@
 
 #include "fileReplacement.h"
 
-#include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
-#include <set>
 #include <string>
 #include <sys/stat.h>
-#include <unistd.h>
 
+#include "contentSum.h"
+#include "copyFile.h"
+#include "descriptor.h"
 #include "fileBytes.h"
+#include "replaceAtOnce.h"
+#include "stagedFiles.h"
 
 namespace
 {
 
 constexpr mode_t kPermissionBits = 07777;
-constexpr mode_t kNewFileMode = 0644;
-
-/// Folders whose entries changed and that are not flushed yet: static, because renames of many passes share one flush.
-std::set<std::string> changedFolders;
-
-/// The new file until it takes the destination's place: removed when it goes out of scope before that.
-class TemporaryFile
-{
-public:
-    explicit TemporaryFile(const std::string& destination)
-        : path_(destination + ".kestrune-new"), file_(Make(path_.c_str())), exists_(file_.IsOpen())
-    {
-    }
-
-    ~TemporaryFile()
-    {
-        if (exists_)
-            (void)unlink(path_.c_str()); // a leftover is removed by the next save of this file
-    }
-
-    TemporaryFile(const TemporaryFile&) = delete;
-    TemporaryFile& operator=(const TemporaryFile&) = delete;
-
-    bool IsOpen() const { return file_.IsOpen(); }
-    int Number() const { return file_.Number(); }
-
-    bool RenameTo(const std::string& destination)
-    {
-        if (rename(path_.c_str(), destination.c_str()) != 0)
-            return false;
-        exists_ = false;
-        return true;
-    }
-
-private:
-    static int Make(const char* path)
-    {
-        constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
-        const int number = open(path, kFlags, S_IRUSR | S_IWUSR);
-        if (number != -1 || errno != EEXIST || unlink(path) != 0)
-            return number;
-        return open(path, kFlags, S_IRUSR | S_IWUSR);
-    }
-
-    std::string path_;
-    Descriptor file_;
-    bool exists_;
-};
 
 /// What stands at the destination before it is replaced.
 struct Destination {
@@ -88,41 +42,27 @@ bool FindDestination(const char* path, Destination& destination)
     return !destination.exists || S_ISREG(destination.status.st_mode);
 }
 
-bool HoldsBytes(const Destination& destination, std::string_view bytes)
+/// @param copiedFrom  the source of a copy; otherwise null
+bool Replace(const Destination& destination, std::string_view bytes, mode_t newFileMode, const char* copiedFrom)
 {
-    if (!destination.exists || static_cast<std::uint64_t>(destination.status.st_size) != bytes.size())
-        return false;
-    std::string present;
-    return ReadFile(destination.path.c_str(), present) == ReadResult::Done && present == bytes;
+    if (IsStaging())
+        return StageSave({destination.path, bytes, newFileMode, !destination.exists, copiedFrom});
+    if (HoldsBytes(destination.path.c_str(), bytes)) {
+        Touch(destination.path);
+        return true;
+    }
+    const struct stat* replaced = destination.exists ? &destination.status : nullptr;
+    return ReplaceAtOnce(destination.path, bytes, {replaced, newFileMode}) == 0;
 }
 
-mode_t LessUmask(mode_t mode)
+/// Whether the destination is a link, or a chain of links, that ends at the source.
+bool IsLinkToSource(const char* destinationPath, const Destination& destination, const char* sourcePath)
 {
-    const mode_t mask = umask(0);
-    (void)umask(mask);
-    return mode & ~mask;
-}
-
-/// Owner and group first: a change of owner clears permission bits.
-bool GiveOwnerAndMode(int file, const Destination& destination, mode_t newFileMode)
-{
-    if (!destination.exists)
-        return fchmod(file, newFileMode == kModeLessUmask ? LessUmask(kNewFileMode) : newFileMode) == 0;
-
-    struct stat made = {};
-    if (fstat(file, &made) != 0)
+    if (!destination.exists || destination.path == destinationPath)
         return false;
-    const bool isOwned = made.st_uid == destination.status.st_uid && made.st_gid == destination.status.st_gid;
-    if (!isOwned && fchown(file, destination.status.st_uid, destination.status.st_gid) != 0)
-        return false;
-    return fchmod(file, destination.status.st_mode & kPermissionBits) == 0;
-}
-
-void FlushFolder(const std::string& path)
-{
-    const Descriptor folder(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (folder.IsOpen())
-        (void)fsync(folder.Number());
+    std::string source = sourcePath;
+    struct stat ignored = {};
+    return ResolveLinks(source, ignored) == LinkResult::Resolved && IsSameName(destination.path, source);
 }
 
 } // namespace
@@ -130,50 +70,27 @@ void FlushFolder(const std::string& path)
 bool ReplaceFile(const char* path, std::string_view bytes, mode_t newFileMode)
 {
     Destination destination;
-    if (!FindDestination(path, destination))
-        return false;
+    return FindDestination(path, destination) && Replace(destination, bytes, newFileMode, /*copiedFrom=*/nullptr);
+}
 
-    if (HoldsBytes(destination, bytes)) {
-        // Only the time is behind: nothing is lost when it stays so.
-        (void)utimensat(AT_FDCWD, destination.path.c_str(), /*times=*/nullptr, AT_SYMLINK_NOFOLLOW);
-        return true;
-    }
-
-    TemporaryFile file(destination.path);
-    if (!file.IsOpen() || !WriteAll(file.Number(), bytes))
+bool CopyFile(const char* destinationPath, const char* sourcePath)
+{
+    std::string bytes;
+    struct stat status = {};
+    Destination destination;
+    if (ReadFile(sourcePath, bytes, &status) != ReadResult::Done || !FindDestination(destinationPath, destination))
         return false;
-    if (!GiveOwnerAndMode(file.Number(), destination, newFileMode) || fsync(file.Number()) != 0)
-        return false;
-
-    // Remembered before the rename: running out of memory here must not leave a rename that nobody flushes.
-    changedFolders.insert(FolderOf(destination.path));
-    return file.RenameTo(destination.path);
+    if (IsLinkToSource(destinationPath, destination, sourcePath))
+        destination = {destinationPath, /*exists=*/false, {}};
+    return Replace(destination, bytes, status.st_mode & kPermissionBits, sourcePath);
 }
 
 bool RemoveFile(const char* path)
 {
-    // Also when this run renamed nothing there: the copy may be that of a run which was killed before it flushed.
-    changedFolders.insert(FolderOf(path));
-    FlushChangedFolders();
-    changedFolders.insert(FolderOf(path));
-    return std::remove(path) == 0;
-}
-
-void FlushChangedFolders()
-{
-    for (const std::string& folder : changedFolders)
-        FlushFolder(folder);
-    changedFolders.clear();
-}
-
-void FlushForeignFile(const char* path)
-{
-    {
-        const Descriptor file(open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-        struct stat status = {};
-        if (!file.IsOpen() || fstat(file.Number(), &status) != 0 || !S_ISREG(status.st_mode))
-            return;
-        (void)fsync(file.Number());
-    }
-    FlushFolder(FolderOf(path));
+    if (IsStaging())
+        return StageRemoval(path);
+    if (std::remove(path) != 0)
+        return false;
+    FlushFolder(FolderOf(path).c_str());
+    return true;
 }

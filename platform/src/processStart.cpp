@@ -8,6 +8,9 @@
 #include <fcntl.h>
 #include <initializer_list>
 #include <unistd.h>
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
 
 void PrepareProcess()
 {
@@ -20,4 +23,9 @@ void PrepareProcess()
     }
     (void)std::signal(SIGPIPE, SIG_IGN);
     (void)std::signal(SIGXFSZ, SIG_IGN);
+#ifdef __GLIBC__
+    // A threshold that moves would leave large files in the heap after they were released: twice the memory.
+    constexpr int kMmapThreshold = 128 * 1024; // bytes
+    (void)mallopt(M_MMAP_THRESHOLD, kMmapThreshold);
+#endif
 }

@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <unistd.h>
 
-#include "fileBytes.h"
+#include "descriptor.h"
 
 std::string FormatReport(const char* format, std::va_list arguments)
 {

@@ -18,7 +18,7 @@
 class ReplacementFixture : public testing::Test
 {
 protected:
-    ReplacementFixture() : mask_(umask(022)) { FlushChangedFolders(); }
+    ReplacementFixture() : mask_(umask(022)) {}
 
     ~ReplacementFixture() override { (void)umask(mask_); }
 

@@ -13,7 +13,7 @@
 #include <sys/stat.h>
 #include <vector>
 
-#include "fileBytes.h"
+#include "descriptor.h"
 #include "imageCopy.h"
 #include "previewError.h"
 

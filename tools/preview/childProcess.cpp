@@ -14,7 +14,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "fileBytes.h"
+#include "descriptor.h"
 #include "previewError.h"
 #include "scratch.h"
 

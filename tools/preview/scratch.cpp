@@ -14,7 +14,7 @@
 #include <thread>
 #include <unistd.h>
 
-#include "fileBytes.h"
+#include "descriptor.h"
 #include "previewError.h"
 
 namespace

@@ -9,7 +9,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-#include "fileBytes.h"
+#include "descriptor.h"
 
 PhoneFolder::PhoneFolder(const std::string& path) : number_(open(path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC)) {}
 

@@ -13,6 +13,8 @@ constexpr char kSystemIni[] = "/config/system/system.ini";
 
 /// Through this file mode "1" hands settings over to mode "2".
 constexpr char kHandOverFile[] = "/tmp/VersionInfo.cfg";
+/// The same, while an upgrade is pending: "/tmp" is empty after a power cut.
+constexpr char kHandOverCopy[] = "/config/kestrune-handover";
 
 /// The account files are numbered from 0 to this.
 constexpr int kLastAccount = 16;

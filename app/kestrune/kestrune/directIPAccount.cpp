@@ -46,8 +46,8 @@ void ExtractDirectIPAccount()
         if (etlGetRegistryInt(path.c_str(), "account", "directip", 0) != 1)
             continue;
         if (!isCopied) {
-            (void)ETL_SubClass::etlCopyFile(kDirectIPFile,
-                                            path.c_str()); // the device takes the account away regardless
+            // The device takes the account away regardless.
+            (void)ETL_SubClass::etlCopyFile(kDirectIPFile, path.c_str());
             isCopied = true;
         }
         (void)RemoveFile(path.c_str()); // an account that stays is taken by the next run

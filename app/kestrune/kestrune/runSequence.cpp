@@ -14,10 +14,11 @@
 #include "directIPAccount.h"
 #include "doorPhoneV4XToV50.h"
 #include "dssKeyV4XToV50.h"
-#include "fileReplacement.h"
+#include "handOverCopy.h"
 #include "migrateVersionSettings.h"
 #include "profile.h"
 #include "remoteBookV4XToV50.h"
+#include "runCommit.h"
 #include "saveVersionInfo.h"
 #include "startUpFixUps.h"
 #include "syncFactoryCerts.h"
@@ -40,7 +41,7 @@ public:
         try {
             (void)pass(); // each pass reports its own failure
         } catch (...) {
-            // What the pass has saved stays saved; the passes after it do not depend on it.
+            // What the pass has saved counts; the passes after it do not depend on it.
         }
         if (passEnd_ != nullptr)
             passEnd_(name);
@@ -110,10 +111,23 @@ bool IsEnableFromOld()
 int RunSequence(int argumentCount, const char* const* arguments, PassEnd passEnd)
 {
     const PassRunner run(passEnd);
-    if (argumentCount <= 1)
+    if (argumentCount <= 1) {
         run("usage", [arguments] { ReportUsage(arguments[0]); });
-    else
-        run("mode", [arguments, &run] { RunMode(arguments[1], run); });
-    FlushChangedFolders();
+        return 0;
+    }
+    const char* mode = arguments[1];
+    if (passEnd != nullptr) {
+        run("mode", [mode, &run] { RunMode(mode, run); });
+        return 0;
+    }
+    const RunStart start = BeginRun(mode);
+    if (start == RunStart::NothingToDo)
+        return 0;
+    if (start == RunStart::OfUpgrade)
+        run("hand-over copy", [mode] { BringBackHandOver(mode); });
+    run("mode", [mode, &run] { RunMode(mode, run); });
+    if (start == RunStart::OfUpgrade)
+        run("hand-over copy", [mode] { KeepHandOver(mode); });
+    CommitRun();
     return 0;
 }

@@ -24,9 +24,10 @@ using PassEnd = void (*)(const char* pass);
 /// | any other | start-up fix-ups                                                                                  |
 /// | none      | the usage line goes to the application log; no pass runs                                          |
 ///
-/// A pass that fails, or meets an exception, ends by itself; the next one runs. At the end everything that was renamed
-/// is on the device for good.
+/// A pass that fails, or meets an exception, ends by itself; the next one runs. All that they change reaches the device as
+/// one step (runCommit.h), which may also find that this mode has nothing to do.
 ///
-/// @param passEnd  called after each pass, for programs that watch a run; null in the program itself. Must not throw.
+/// @param passEnd  called after each pass, for programs that watch a run; null in the program itself. Must not throw. With
+///                 it each change is made at once, so that the files show it, and no other run is looked for.
 /// @return 0 in every case: the program's exit status
 int RunSequence(int argumentCount, const char* const* arguments, PassEnd passEnd = nullptr);

@@ -10,7 +10,7 @@
 
 #include "appLog.h"
 #include "fileHelper.h"
-#include "fileReplacement.h"
+#include "foreignFiles.h"
 
 namespace
 {
@@ -18,17 +18,26 @@ namespace
 constexpr char kFactoryFolder[] = "/phone/factory/certs/phoneca/";
 constexpr char kUserFolder[] = "/config/certs/phoneca/";
 
-void CopyCertificate(const std::string& name, const std::string& destination)
+ForeignCopy CopyOf(const std::string& name)
+{
+    return {kUserFolder + name, kFactoryFolder + name};
+}
+
+bool IsMissing(const ForeignCopy& copy)
+{
+    return ETL_MiscHelper::pathFileExist(copy.path.c_str()) == 0;
+}
+
+void CopyCertificate(const ForeignCopy& copy)
 {
     // The names go to the shell as they stand: the factory chooses them.
-    const std::string command = std::string("cp ") + kFactoryFolder + name + " " + kUserFolder + name;
+    const std::string command = "cp " + copy.sourcePath + " " + copy.path;
     app_log(kAppLogModule, kAppLogInformation, "Sync cert %s\n", command.c_str());
 
-    FlushChangedFolders();
     (void)std::fflush(stdout); // what was printed before stands before what the command prints
     const int ignoredStatus = std::system(command.c_str()); // the next run copies what is missing then
     (void)ignoredStatus;
-    FlushForeignFile(destination.c_str());
+    EndForeignCopy(copy);
 }
 
 } // namespace
@@ -37,10 +46,18 @@ void SyncFactoryCerts()
 {
     std::vector<std::string> names;
     ListDirectoryEntries(kFactoryFolder, names);
+    std::vector<ForeignCopy> missing;
     for (const std::string& name : names) {
-        const std::string destination = kUserFolder + name;
-        if (ETL_MiscHelper::pathFileExist(destination.c_str()) == 0)
-            CopyCertificate(name, destination);
+        if (IsMissing(CopyOf(name)))
+            missing.push_back(CopyOf(name));
+    }
+    if (missing.empty())
+        return;
+
+    NoteForeignCopies(missing);
+    for (const ForeignCopy& copy : missing) {
+        if (IsMissing(copy)) // what the shell makes of an odd name may be this one
+            CopyCertificate(copy);
     }
 }
 

@@ -9,7 +9,8 @@
 /// Certificate sync: gives the user every factory certificate that the user folder lacks.
 ///
 /// Reads:     /phone/factory/certs/phoneca/
-/// Writes:    /config/certs/phoneca/ (adds files with the shell's copy command; never replaces or removes one)
+/// Writes:    /config/certs/phoneca/ (adds files with the shell's copy command; never replaces one, and removes none but
+///            a copy that came out short)
 /// Result:    none
 /// Failures:  no factory folder: nothing happens; a copy that fails goes unnoticed, and the next run tries it again
 /// Twice:     a second run copies nothing

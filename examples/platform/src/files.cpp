@@ -6,11 +6,11 @@
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
-#include <set>
 #include <unistd.h>
 
 #include "fileHelper.h"
 #include "fileReplacement.h"
+#include "foreignFiles.h"
 
 namespace
 {
@@ -36,19 +36,20 @@ private:
     int number_;
 };
 
-/// The folders whose names changed since they were last flushed.
-std::set<std::string>& ChangedFolders()
-{
-    static std::set<std::string> folders;
-    return folders;
-}
-
 std::string FolderOf(const std::string& path)
 {
     const std::size_t slash = path.rfind('/');
     if (slash == path.npos)
         return ".";
     return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+/// Flushes the folder of that name. One that cannot be flushed is left to the system.
+void FlushFolder(const std::string& path)
+{
+    const OpenFile folder(FolderOf(path), O_RDONLY | O_DIRECTORY);
+    if (folder.Number() != -1)
+        (void)fsync(folder.Number());
 }
 
 /// What a path leads to.
@@ -168,41 +169,39 @@ bool ReplaceFile(const char* path, std::string_view bytes, mode_t newFileMode)
         (void)unlink(newPath.c_str());
         return false;
     }
-    ChangedFolders().insert(FolderOf(place.path));
+    FlushFolder(place.path);
     return true;
 }
 
 bool RemoveFile(const char* path)
 {
-    ChangedFolders().insert(FolderOf(path)); // a copy in the same folder may be that of an earlier run
-    FlushChangedFolders();
     if (std::remove(path) != 0)
         return false;
-    ChangedFolders().insert(FolderOf(path));
+    FlushFolder(path);
     return true;
 }
 
-void FlushChangedFolders()
+void NoteForeignCopies(const std::vector<ForeignCopy>& /*copies*/)
 {
-    for (const std::string& path : ChangedFolders()) {
-        const OpenFile folder(path, O_RDONLY | O_DIRECTORY);
-        if (folder.Number() != -1)
-            (void)fsync(folder.Number()); // one that cannot be flushed is left to the system
-    }
-    ChangedFolders().clear();
+    // A copy that a power cut left unfinished stays so: nothing is noted here.
 }
 
-void FlushForeignFile(const char* path)
+void EndForeignCopy(const ForeignCopy& copy)
 {
-    const Place place = Find(path);
-    if (place.error != 0 || !S_ISREG(place.status.st_mode))
+    struct stat made = {};
+    struct stat source = {};
+    if (lstat(copy.path.c_str(), &made) != 0 || !S_ISREG(made.st_mode) || stat(copy.sourcePath.c_str(), &source) != 0)
         return;
-    const OpenFile file(place.path, O_RDONLY);
-    const OpenFile folder(FolderOf(place.path), O_RDONLY | O_DIRECTORY);
-    if (file.Number() != -1)
-        (void)fsync(file.Number());
-    if (folder.Number() != -1)
-        (void)fsync(folder.Number());
+    if (made.st_size != source.st_size) {
+        (void)unlink(copy.path.c_str());
+        return;
+    }
+    {
+        const OpenFile file(copy.path, O_RDONLY);
+        if (file.Number() != -1)
+            (void)fsync(file.Number());
+    }
+    FlushFolder(copy.path);
 }
 
 int ETL_MiscHelper::pathFileExist(const char* path)
@@ -218,6 +217,11 @@ int ETL_SubClass::etlCopyFile(const char* destinationPath, const char* sourcePat
     std::string bytes;
     struct stat status = {};
     if (!ReadFile(sourcePath, bytes, &status))
+        return 0;
+    // A link to the source would be gone with it.
+    const Place destination = Find(destinationPath);
+    const bool isLink = destination.error == 0 && destination.path != destinationPath;
+    if (isLink && destination.path == Find(sourcePath).path && unlink(destinationPath) != 0)
         return 0;
     return ReplaceFile(destinationPath, bytes, status.st_mode & 07777) ? 1 : 0;
 }

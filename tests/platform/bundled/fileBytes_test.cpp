@@ -15,6 +15,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include "descriptor.h"
 #include "scratchFolder.h"
 
 using namespace std::string_literals;

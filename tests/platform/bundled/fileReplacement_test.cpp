@@ -21,7 +21,6 @@
 namespace fs = std::filesystem;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using testing::UnorderedElementsAre;
 
 namespace
 {
@@ -142,7 +141,7 @@ TEST_F(BundledReplacement, TheNewBytesAreOnTheDeviceBeforeTheRename)
     EXPECT_TRUE(Replace("file", "new"));
     callLog = nullptr;
     EXPECT_THAT(log_.calls, ElementsAre("write file.kestrune-new", "fchmod file.kestrune-new",
-                                        "fsync file.kestrune-new", "rename file"));
+                                        "fsync file.kestrune-new", "rename file", "fsync " + FolderName()));
     EXPECT_FALSE(log_.isAnyInheritable) << "every descriptor is close-on-exec";
     EXPECT_FALSE(log_.isAnyReadableByOthers) << "until its content is complete";
 }
@@ -189,7 +188,6 @@ TEST_F(BundledReplacement, AFileOfUnknownOwnerTakesNoPlace)
     callLog = &log_;
     EXPECT_FALSE(Replace("file", "new"));
     EXPECT_FALSE(Replace("file", "dlo")) << "of the old file's size, which cannot be read to compare it";
-    FlushForeignFile(folder_.Path("file").c_str());
     callLog = nullptr;
     EXPECT_THAT(log_.calls, ElementsAre("write file.kestrune-new", "write file.kestrune-new"));
     EXPECT_EQ(Get("file"), "old");
@@ -220,81 +218,25 @@ TEST_F(BundledReplacement, ARunCutAfterAnyCallLeavesTheOldFileWholeOrTheNewOneWh
     }
 }
 
-TEST_F(BundledReplacement, AChangedFolderIsFlushedOnceAndOnlyWhenAskedFor)
+TEST_F(BundledReplacement, TheFolderThatHoldsTheFileIsFlushed)
 {
-    Put("deep/unchanged", "same");
+    Put("deep/other", "");
     Link("link", "deep/by link");
     callLog = &log_;
-    EXPECT_TRUE(Replace("a", "1"));
-    EXPECT_TRUE(Replace("b", "2"));
-    EXPECT_TRUE(Replace("a", "3"));
-    EXPECT_TRUE(Replace("deep/unchanged", "same"));
-    log_.calls.clear();
-    FlushChangedFolders();
-    EXPECT_THAT(log_.calls, ElementsAre("fsync " + FolderName())) << "not the folder where nothing was renamed";
-
-    EXPECT_TRUE(Replace("link", "4"));
-    log_.calls.clear();
-    FlushChangedFolders();
-    EXPECT_THAT(log_.calls, ElementsAre("fsync deep")) << "where the file is, not where the link is";
-
-    log_.calls.clear();
-    FlushChangedFolders();
-    EXPECT_THAT(log_.calls, IsEmpty());
+    EXPECT_TRUE(Replace("link", "1"));
+    EXPECT_EQ(log_.calls.back(), "fsync deep") << "where the file is, not where the link is";
     EXPECT_FALSE(log_.isAnyInheritable);
 }
 
-TEST_F(BundledReplacement, AFolderThatIsGoneIsNoReasonToStop)
-{
-    Put("deep/other", "");
-    EXPECT_TRUE(Replace("deep/file", "1"));
-    EXPECT_TRUE(Replace("file", "1"));
-    fs::remove_all(folder_.Path("deep"));
-    callLog = &log_;
-    FlushChangedFolders();
-    EXPECT_THAT(log_.calls, ElementsAre("fsync " + FolderName()));
-}
-
-TEST_F(BundledReplacement, AFileIsRemovedWhenItsCopyIsOnTheDevice)
-{
-    Put("original", "x");
-    Put("deep/other", "");
-    EXPECT_TRUE(Replace("deep/copy", "x"));
-    callLog = &log_;
-    EXPECT_TRUE(RemoveFile(folder_.Path("original").c_str()));
-    // Its own folder too: a copy there may be that of a run which was killed before it flushed.
-    EXPECT_THAT(log_.calls, UnorderedElementsAre("fsync " + FolderName(), "fsync deep", "remove original"));
-    EXPECT_EQ(log_.calls.back(), "remove original");
-    log_.calls.clear();
-    FlushChangedFolders();
-    EXPECT_THAT(log_.calls, ElementsAre("fsync " + FolderName())) << "the folder that lost it";
-    callLog = nullptr;
-    EXPECT_THAT(Names(), ElementsAre("deep"));
-}
-
-TEST_F(BundledReplacement, AForeignFileIsFlushedWithItsFolder)
-{
-    Put("deep/copied.pem", "x");
-    callLog = &log_;
-    FlushForeignFile(folder_.Path("deep/copied.pem").c_str());
-    EXPECT_THAT(log_.calls, ElementsAre("fsync copied.pem", "fsync deep"));
-    EXPECT_FALSE(log_.isAnyInheritable);
-}
-
-TEST_F(BundledReplacement, WhatIsNoForeignFileIsNotFlushedOrWaitedFor)
+TEST_F(BundledReplacement, ARemovalIsFlushed)
 {
     Put("file", "x");
-    ASSERT_EQ(mkfifo(folder_.Path("pipe").c_str(), 0600), 0);
-    Link("loop", "loop");
-    Link("to pipe", "pipe");
     callLog = &log_;
-    for (const char* name : {"", "missing", "missing/file", "file/below", "pipe", "to pipe", "loop"}) {
-        FlushForeignFile(folder_.Path(name).c_str());
-        EXPECT_THAT(log_.calls, IsEmpty()) << name;
-    }
-    FlushForeignFile("");
-    FlushForeignFile("/dev/null");
-    EXPECT_THAT(log_.calls, IsEmpty());
+    EXPECT_TRUE(RemoveFile(folder_.Path("file").c_str()));
+    EXPECT_THAT(log_.calls, ElementsAre("remove file", "fsync " + FolderName()));
+    log_.calls.clear();
+    EXPECT_FALSE(RemoveFile(folder_.Path("file").c_str()));
+    EXPECT_THAT(log_.calls, ElementsAre("remove file"));
 }
 
 TEST_F(BundledReplacement, EqualBytesMakeNoCallThatChangesTheFile)

@@ -1,0 +1,158 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
+#include "carryOut.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "descriptor.h"
+#include "privateFile.h"
+#include "runCommit.h"
+#include "systemLog.h"
+#include "temporaryFile.h"
+
+namespace
+{
+
+constexpr int kWarning = 4; // as syslog(3) counts severity
+
+/// In a folder that everyone may write to, somebody else may have put a file in the place of ours.
+bool IsTrusted(const std::string& path)
+{
+    struct stat file = {};
+    struct stat folder = {};
+    if (lstat(path.c_str(), &file) != 0 || stat(FolderOf(path).c_str(), &folder) != 0)
+        return false;
+    return (folder.st_mode & S_IWOTH) == 0 || file.st_uid == geteuid() || file.st_uid == 0;
+}
+
+/// @return 0; otherwise the error number
+int Rename(const RecordedChange& change, CarryingOut turn)
+{
+    const std::string temporary = TemporaryPath(change.path);
+    if (turn == CarryingOut::Again) {
+        if (HoldsContent(change.path.c_str(), change.content)) {
+            (void)unlink(temporary.c_str());
+            return 0;
+        }
+        if (!HoldsContent(temporary.c_str(), change.content) || !IsTrusted(temporary))
+            return 0;
+    }
+    if (std::rename(temporary.c_str(), change.path.c_str()) == 0)
+        return 0;
+    const int error = errno;
+    if (change.kind != ChangeKind::Marker) // which the next run tries again
+        (void)unlink(temporary.c_str());
+    return error;
+}
+
+bool IsCopyThere(const CommitRecord& record, const std::string& path)
+{
+    return std::any_of(record.changes.begin(), record.changes.end(), [&path](const RecordedChange& change) {
+        return change.kind == ChangeKind::Rename && change.path == path && HoldsContent(path.c_str(), change.content);
+    });
+}
+
+bool IsStillAsRecorded(const RecordedChange& change)
+{
+    if (change.kind == ChangeKind::Remove)
+        return HoldsContent(change.path.c_str(), change.content);
+    struct stat status = {};
+    return lstat(change.path.c_str(), &status) == 0 && !S_ISREG(status.st_mode);
+}
+
+/// @return 0; otherwise the error number
+int Remove(const CommitRecord& record, const RecordedChange& change, CarryingOut turn)
+{
+    if (!change.waitsForCopy.empty() && !IsCopyThere(record, change.waitsForCopy))
+        return 0;
+    (void)unlink(TemporaryPath(change.path).c_str());
+    if (turn == CarryingOut::Again && !IsStillAsRecorded(change))
+        return 0;
+    return std::remove(change.path.c_str()) == 0 ? 0 : errno;
+}
+
+void TellIfFailed(const RecordedChange& change, int error)
+{
+    if (error != 0)
+        TellFailure(change.path, error);
+}
+
+void MakeChanges(const CommitRecord& record, CarryingOut turn)
+{
+    FolderFlush flush;
+    for (const RecordedChange& change : record.changes) {
+        if (change.kind != ChangeKind::Rename)
+            continue;
+        TellIfFailed(change, Rename(change, turn));
+        flush.Add(change.path);
+    }
+    for (const RecordedChange& change : record.changes) {
+        if (change.kind != ChangeKind::Remove && change.kind != ChangeKind::RemoveOther)
+            continue;
+        TellIfFailed(change, Remove(record, change, turn));
+        flush.Add(change.path);
+    }
+}
+
+bool ChangeMarker(const CommitRecord& record, CarryingOut turn)
+{
+    if (record.changes.empty() || record.changes.back().kind != ChangeKind::Marker)
+        return true;
+    const int error = Rename(record.changes.back(), turn);
+    TellIfFailed(record.changes.back(), error);
+    FlushFolder(kNoteFolder);
+    return error == 0;
+}
+
+/// A run that was killed may have left its record unflushed; without it, a cut from now on would leave half a run.
+void FlushRecord()
+{
+    {
+        const Descriptor file(OpenForReading(kCommitRecord));
+        if (file.IsOpen())
+            (void)fsync(file.Number());
+    }
+    FlushFolder(kNoteFolder);
+}
+
+} // namespace
+
+FolderFlush::~FolderFlush()
+{
+    for (const std::string& folder : folders_)
+        FlushFolder(folder.c_str());
+}
+
+void FolderFlush::Add(const std::string& path)
+{
+    std::string folder = FolderOf(path);
+    if (std::find(folders_.begin(), folders_.end(), folder) == folders_.end())
+        folders_.push_back(std::move(folder));
+}
+
+bool CarryOut(const CommitRecord& record, CarryingOut turn)
+{
+    if (turn == CarryingOut::Again)
+        FlushRecord();
+    MakeChanges(record, turn);
+    if (!ChangeMarker(record, turn))
+        return false;
+    RemovePrivateFile(kCommitRecord);
+    return true;
+}
+
+void TellFailure(const std::string& path, int error)
+{
+    try {
+        WriteToSystemLog(kWarning, "cannot save " + path + ": " + std::strerror(error));
+    } catch (...) {
+        // No memory to tell it: the commit goes on.
+    }
+}

@@ -1,0 +1,43 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <list>
+#include <string>
+
+#include "commitRecord.h"
+
+/// Collects folders, and flushes each once when it goes out of scope.
+class FolderFlush
+{
+public:
+    FolderFlush() = default;
+    ~FolderFlush();
+    FolderFlush(const FolderFlush&) = delete;
+    FolderFlush& operator=(const FolderFlush&) = delete;
+
+    /// Adds the folder that holds the path's last name.
+    void Add(const std::string& path);
+
+private:
+    std::list<std::string> folders_;
+};
+
+enum class CarryingOut {
+    First, ///< by the run that has made the record
+    Again, ///< by a later one, which finds some of the changes made already
+};
+
+/// Makes the changes of a record that is on the device: renames, then removals, then the marker's change; then removes the
+/// record. Each change that fails, fails alone, and is told to the system log.
+///
+/// Carried out again, a change whose destination has the content is done already, and one whose file is not the recorded
+/// one is passed over. Some flash file systems rename in two writes, and a cut between them leaves one file under both
+/// names: renaming it once more would do nothing, so the temporary name is removed.
+///
+/// @return false when the marker's change could not be made, and the record stays
+bool CarryOut(const CommitRecord& record, CarryingOut turn);
+
+/// Tells the system log, and nobody else, that a change could not be committed.
+void TellFailure(const std::string& path, int error);

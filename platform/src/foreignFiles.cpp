@@ -1,0 +1,137 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
+#include "foreignFiles.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "commitRecord.h"
+#include "descriptor.h"
+#include "fileReplacement.h"
+#include "foreignCopies.h"
+#include "privateFile.h"
+#include "stagedFiles.h"
+
+namespace
+{
+
+constexpr char kNote[] = "/config/kestrune-certificates";
+constexpr std::string_view kNoteName = "kestrune-certificates 1";
+
+/// Static, because the pass makes the copies and the commit flushes them.
+std::vector<std::string> endedCopies;
+bool hasNote = false;
+
+bool IsRegular(const std::string& path, struct stat& status)
+{
+    return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
+}
+
+/// Whether the command can make the file, and what stands there afterwards is its work.
+bool IsToBeMade(const ForeignCopy& copy)
+{
+    struct stat status = {};
+    if (!IsRegular(copy.sourcePath, status) || stat(FolderOf(copy.path).c_str(), &status) != 0)
+        return false;
+    return lstat(copy.path.c_str(), &status) != 0 && errno == ENOENT;
+}
+
+/// A link that stood there before the copy is no copy.
+bool IsCutShort(const ForeignCopy& copy)
+{
+    struct stat made = {};
+    struct stat source = {};
+    return lstat(copy.path.c_str(), &made) == 0 && S_ISREG(made.st_mode) && IsRegular(copy.sourcePath, source) &&
+           made.st_size != source.st_size;
+}
+
+void FlushFile(const char* path)
+{
+    const Descriptor file(open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    struct stat status = {};
+    if (file.IsOpen() && fstat(file.Number(), &status) == 0 && S_ISREG(status.st_mode))
+        (void)fsync(file.Number());
+}
+
+void FlushFoldersOf(const std::vector<std::string>& paths)
+{
+    std::vector<std::string> flushed;
+    for (const std::string& path : paths) {
+        std::string folder = FolderOf(path);
+        if (std::find(flushed.begin(), flushed.end(), folder) != flushed.end())
+            continue;
+        FlushFolder(folder.c_str());
+        flushed.push_back(std::move(folder));
+    }
+}
+
+void RemoveCopies(const std::vector<std::string_view>& fields)
+{
+    std::vector<std::string> removed;
+    for (std::size_t number = 1; number < fields.size(); ++number) {
+        const std::string path(fields[number]);
+        struct stat status = {};
+        if (lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && unlink(path.c_str()) == 0)
+            removed.push_back(path);
+    }
+    FlushFoldersOf(removed);
+}
+
+} // namespace
+
+void NoteForeignCopies(const std::vector<ForeignCopy>& copies)
+{
+    if (!IsStaging())
+        return;
+    std::vector<std::string_view> fields = {kNoteName};
+    for (const ForeignCopy& copy : copies) {
+        if (IsToBeMade(copy))
+            fields.push_back(copy.path);
+    }
+    // Without the note the copies are made all the same: only a cut right then would leave one of them unfinished.
+    hasNote = fields.size() > 1 && WritePrivateFile(kNote, WithChecksum(fields)) == 0;
+}
+
+void EndForeignCopy(const ForeignCopy& copy)
+{
+    if (IsCutShort(copy)) {
+        (void)unlink(copy.path.c_str());
+        return;
+    }
+    endedCopies.push_back(copy.path);
+    if (IsStaging())
+        return;
+    FlushForeignCopies();
+    endedCopies.clear();
+}
+
+void FlushForeignCopies()
+{
+    for (const std::string& copy : endedCopies)
+        FlushFile(copy.c_str());
+    FlushFoldersOf(endedCopies);
+}
+
+void ForgetForeignCopies()
+{
+    endedCopies.clear();
+    if (hasNote)
+        (void)RemoveFile(kNote);
+    hasNote = false;
+}
+
+void TakeBackForeignCopies()
+{
+    std::string text;
+    std::vector<std::string_view> fields;
+    const PrivateFileState state = ReadPrivateFile(kNote, text);
+    if (state == PrivateFileState::Missing || state == PrivateFileState::Unreadable)
+        return;
+    if (state == PrivateFileState::Whole && CheckAndSplit(text, fields) && fields[0] == kNoteName)
+        RemoveCopies(fields);
+    RemovePrivateFile(kNote); // one that is not whole was cut before the first copy
+}

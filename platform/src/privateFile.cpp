@@ -1,0 +1,72 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
+#include "privateFile.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "descriptor.h"
+
+namespace
+{
+
+constexpr off_t kMostBytes = 4 << 20;
+
+bool IsTrusted(const struct stat& status)
+{
+    return S_ISREG(status.st_mode) && status.st_uid == geteuid() && status.st_nlink == 1 &&
+           (status.st_mode & (S_IWGRP | S_IWOTH)) == 0 && status.st_size <= kMostBytes;
+}
+
+bool ReadTrusted(const char* path, std::string& text)
+{
+    const Descriptor file(OpenForReading(path));
+    struct stat status = {};
+    if (!file.IsOpen() || fstat(file.Number(), &status) != 0 || !IsTrusted(status))
+        return false;
+    text.resize(static_cast<std::size_t>(status.st_size));
+    const ssize_t count = ReadInto(file.Number(), text.data(), text.size());
+    return count == static_cast<ssize_t>(text.size());
+}
+
+int WriteAndFlush(const char* path, const std::string& text)
+{
+    errno = 0;
+    const Descriptor file(open(path, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR));
+    if (!file.IsOpen())
+        return errno;
+    if (WriteAll(file.Number(), text) && fsync(file.Number()) == 0)
+        return 0;
+    const int error = errno != 0 ? errno : ENOSPC; // a write that took nothing and said nothing
+    (void)unlink(path);                            // what stays is not whole, or names what is not there
+    return error;
+}
+
+} // namespace
+
+PrivateFileState ReadPrivateFile(const char* path, std::string& text)
+{
+    struct stat status = {};
+    if (lstat(path, &status) != 0)
+        return errno == ENOENT || errno == ENOTDIR ? PrivateFileState::Missing : PrivateFileState::Unreadable;
+    if (!IsTrusted(status))
+        return PrivateFileState::Untrusted;
+    return ReadTrusted(path, text) ? PrivateFileState::Whole : PrivateFileState::Unreadable;
+}
+
+int WritePrivateFile(const char* path, const std::string& text)
+{
+    const int error = WriteAndFlush(path, text);
+    if (error == 0)
+        FlushFolder(kNoteFolder);
+    return error;
+}
+
+void RemovePrivateFile(const char* path)
+{
+    if (unlink(path) == 0)
+        FlushFolder(kNoteFolder);
+}

@@ -1,0 +1,29 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <string>
+
+/// A run's notes to the next one, beside each other in "/config". They tell it which files to rename and to remove, so one
+/// that somebody else may have written counts as none.
+
+constexpr char kNoteFolder[] = "/config";
+
+enum class PrivateFileState {
+    Missing,
+    Whole,
+    Untrusted,  ///< no regular file of the running user with one link, writable by others, or larger than 4 MiB
+    Unreadable, ///< may be ours, but cannot be read now
+};
+
+/// @param text  gets the content of a whole file
+PrivateFileState ReadPrivateFile(const char* path, std::string& text);
+
+/// Makes the file exclusively, readable by its owner alone, and flushes it and its folder.
+///
+/// @return 0; otherwise the error number of the call that failed, and the file is not there
+int WritePrivateFile(const char* path, const std::string& text);
+
+/// Removes whatever has the name, unless it is a folder, and flushes its folder.
+void RemovePrivateFile(const char* path);

@@ -1,0 +1,27 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
+#include "replaceAtOnce.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include "descriptor.h"
+
+int ReplaceAtOnce(const std::string& path, std::string_view bytes, const FileAttributes& attributes)
+{
+    TemporaryFile file(path);
+    const std::string folder = FolderOf(path); // before the rename: nobody may be left to flush it
+    if (const int error = file.Write(bytes, attributes))
+        return error;
+    if (const int error = file.RenameTo(path.c_str()))
+        return error;
+    FlushFolder(folder.c_str());
+    return 0;
+}
+
+void Touch(const std::string& path)
+{
+    (void)utimensat(AT_FDCWD, path.c_str(), /*times=*/nullptr, AT_SYMLINK_NOFOLLOW);
+    (void)unlink(TemporaryPath(path).c_str());
+}

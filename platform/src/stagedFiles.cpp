@@ -1,0 +1,228 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
+#include "stagedFiles.h"
+
+#include <climits>
+#include <dirent.h>
+#include <fcntl.h>
+#include <memory>
+#include <unistd.h>
+
+#include "contentSum.h"
+#include "descriptor.h"
+
+namespace
+{
+
+struct KnownFolder {
+    std::string path;
+    dev_t device;
+    ino_t number;
+};
+
+/// Static, because saves and reads of all passes meet here.
+bool isStaging = false;
+std::list<StagedFile> stagedFiles;
+std::list<KnownFolder> knownFolders; // looked up once each: a run reads the same folders again and again
+
+std::string_view FolderText(std::string_view path)
+{
+    const std::size_t slash = path.rfind('/');
+    if (slash == std::string_view::npos)
+        return ".";
+    return path.substr(0, slash == 0 ? 1 : slash);
+}
+
+const KnownFolder* FindFolder(std::string_view path)
+{
+    if (!isStaging)
+        knownFolders.clear(); // nobody forgets them after a run
+    for (const KnownFolder& folder : knownFolders) {
+        if (folder.path == path)
+            return &folder;
+    }
+    std::string text(path);
+    struct stat status = {};
+    if (stat(text.c_str(), &status) != 0)
+        return nullptr;
+    knownFolders.push_back({std::move(text), status.st_dev, status.st_ino});
+    return &knownFolders.back();
+}
+
+bool operator==(const FileName& one, const FileName& other)
+{
+    return one.device == other.device && one.folder == other.folder && one.name == other.name;
+}
+
+StagedFile* FindStaged(const FileName& name)
+{
+    for (StagedFile& staged : stagedFiles) {
+        if (staged.Name() == name)
+            return &staged;
+    }
+    return nullptr;
+}
+
+/// The run that finishes this one may be started in another folder.
+std::string AbsolutePath(const std::string& path)
+{
+    char current[PATH_MAX];
+    if (path.front() == '/' || getcwd(current, sizeof current) == nullptr)
+        return path;
+    return std::string(current) + "/" + path;
+}
+
+StagedFile* AddStaged(const std::string& path, const FileName& name)
+{
+    StagedFile staged;
+    staged.path = AbsolutePath(path);
+    staged.device = name.device;
+    staged.folder = name.folder;
+    stagedFiles.push_back(std::move(staged));
+    return &stagedFiles.back();
+}
+
+/// Whether names of the file's folder may be made and removed, as far as can be seen.
+bool MayChangeFolderOf(const std::string& path)
+{
+    return faccessat(AT_FDCWD, FolderOf(path).c_str(), W_OK | X_OK, AT_EACCESS) == 0;
+}
+
+/// The copy that this run has made of the file, if it still has it.
+StagedFile* FindCopyOf(const FileName& source)
+{
+    for (StagedFile& staged : stagedFiles) {
+        FileName origin;
+        if (staged.state == StagedState::Saved && !staged.copiedFrom.empty() &&
+            FindFileName(staged.copiedFrom, origin) && origin == source)
+            return &staged;
+    }
+    return nullptr;
+}
+
+bool IsEmptyFolder(const char* path)
+{
+    const std::unique_ptr<DIR, int (*)(DIR*)> folder(opendir(path), &closedir);
+    if (folder == nullptr)
+        return false;
+    while (const dirent* entry = readdir(folder.get())) {
+        const std::string_view name = entry->d_name;
+        if (name != "." && name != "..")
+            return false;
+    }
+    return true;
+}
+
+/// What `remove` would remove from the device: a file of any kind or an empty folder.
+bool IsRemovable(const std::string& path)
+{
+    struct stat status = {};
+    if (lstat(path.c_str(), &status) != 0 || !MayChangeFolderOf(path))
+        return false;
+    return !S_ISDIR(status.st_mode) || IsEmptyFolder(path.c_str());
+}
+
+} // namespace
+
+FileName StagedFile::Name() const
+{
+    return {device, folder, std::string_view(path).substr(path.rfind('/') + 1)};
+}
+
+void BeginStaging()
+{
+    isStaging = true;
+}
+
+void EndStaging()
+{
+    isStaging = false;
+    stagedFiles.clear();
+    knownFolders.clear();
+}
+
+bool IsStaging()
+{
+    return isStaging;
+}
+
+std::list<StagedFile>& StagedFiles()
+{
+    return stagedFiles;
+}
+
+bool FindFileName(const std::string& path, FileName& name)
+{
+    const KnownFolder* folder = FindFolder(FolderText(path));
+    if (folder == nullptr)
+        return false;
+    name = {folder->device, folder->number, std::string_view(path).substr(path.rfind('/') + 1)};
+    return true;
+}
+
+bool IsSameName(const std::string& one, const std::string& other)
+{
+    FileName first;
+    FileName second;
+    return FindFileName(one, first) && FindFileName(other, second) && first == second;
+}
+
+StagedFile* FindStaged(const std::string& path)
+{
+    FileName name;
+    if (stagedFiles.empty() || !FindFileName(path, name))
+        return nullptr;
+    return FindStaged(name);
+}
+
+bool StageSave(const SaveRequest& request)
+{
+    FileName name;
+    if (!FindFileName(request.path, name) || name.name.empty())
+        return false;
+    StagedFile* staged = FindStaged(name);
+    const bool isOnDevice = staged == nullptr || staged->state == StagedState::Touched;
+    if (isOnDevice && HoldsBytes(request.path.c_str(), request.bytes)) {
+        if (staged == nullptr)
+            (void)AddStaged(request.path, name);
+        return true;
+    }
+    if (isOnDevice && !MayChangeFolderOf(request.path))
+        return false;
+
+    std::string copiedFrom = request.copiedFrom == nullptr ? "" : request.copiedFrom;
+    if (staged == nullptr)
+        staged = AddStaged(request.path, name);
+    staged->bytes.assign(request.bytes);
+    if (staged->state == StagedState::Removed || request.isMadeAfresh)
+        staged->isMadeAfresh = true;
+    if (staged->state != StagedState::Saved)
+        staged->newFileMode = request.newFileMode;
+    if (!copiedFrom.empty())
+        staged->copiedFrom = std::move(copiedFrom);
+    staged->copy = nullptr;
+    staged->state = StagedState::Saved;
+    return true;
+}
+
+bool StageRemoval(const std::string& path)
+{
+    FileName name;
+    if (!FindFileName(path, name) || name.name.empty())
+        return false;
+    StagedFile* staged = FindStaged(name);
+    if (staged != nullptr && staged->state == StagedState::Removed)
+        return false;
+    const bool isOnDevice = staged == nullptr || staged->state == StagedState::Touched;
+    if (isOnDevice && !IsRemovable(path))
+        return false;
+
+    if (staged == nullptr)
+        staged = AddStaged(path, name);
+    staged->copy = FindCopyOf(name);
+    std::string().swap(staged->bytes);
+    staged->copiedFrom.clear();
+    staged->state = StagedState::Removed;
+    return true;
+}
