@@ -9,6 +9,7 @@ import dataclasses
 import os
 import pathlib
 
+import comparison
 import phoneValues
 import sandbox
 import trace
@@ -131,22 +132,11 @@ def without_tmp(phone):
 
 
 def told(entry):
-    if entry is None:
-        return "missing"
-    return f"{entry.kind} {entry.mode:04o} of {entry.owner}, {len(entry.content)} bytes {entry.content[:60]!r}"
-
-
-def told_difference(found, expected):
-    if found is None or expected is None or found.content == expected.content:
-        return f"is {told(found)} instead of {told(expected)}"
-    begin = len(os.path.commonprefix([found.content, expected.content]))
-    part = slice(max(0, begin - 30), begin + 30)
-    return f"has {found.content[part]!r} at byte {begin} instead of {expected.content[part]!r}"
+    return comparison.shown(entry)
 
 
 def differences(found, expected):
-    return [f"{path} {told_difference(found.get(path), expected.get(path))}"
-            for path in sorted(found.keys() | expected.keys()) if found.get(path) != expected.get(path)]
+    return comparison.differences(expected, found)
 
 
 def needs_next_run(found):
