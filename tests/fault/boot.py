@@ -30,8 +30,9 @@ strAdminPassword=quay-31
 """
 NEW_ACCOUNT = "[account]\nEnable=1\ndirectip=1\nLabel=New direct\nSCALineKeyNumber=7\n"
 
-# Stands where the program is installed. Which call to cut at, or where to record, comes by the environment.
-PROGRAM = """#!/bin/sh
+# Stands where the program is installed. Which call to cut at, or where to record, comes by the environment. Its shell is
+# only there in the sandbox, where "-1" is everybody but process 1.
+PROGRAM = """#!/boot/tools/sh
 if [ "$RECORD" ]; then
     exec /usr/bin/strace -D -f -o "/trace/$1" $RECORD /kestrune "$@"
 fi

@@ -21,7 +21,7 @@ import sandbox
 
 SEED = 7
 MOST_BOOTS = 5
-DOUBLE_CUTS = {"small": 12, "example": 60}  # for each sequence
+REPEATED_CUTS = {"small": 12, "example": 60}  # for each sequence
 
 # The name, the upgrade's marker, and the commands of the boot; None is what the documentation gives.
 SEQUENCES = (
@@ -59,11 +59,14 @@ class Sequence:
     def record_boot(self, root):
         self.cuts += [cut for cut in self.boot.cuts(root, self.scratch / "trace") if cut not in self.cuts]
 
-    def jobs(self, double_cuts):
-        """Each cut alone, and so many pairs of one cut and one in the boots that follow it."""
+    def jobs(self, repeated_cuts):
+        """Each cut alone, and so many of which two more follow in the next starts, in the same mode."""
         chance = random.Random(SEED)
-        pairs = [(chance.choice(self.cuts), chance.choice(self.cuts)) for _ in range(double_cuts)]
-        return [(cut,) for cut in self.cuts] + pairs
+        repeated = []
+        for _ in range(repeated_cuts):
+            first = chance.choice(self.cuts)
+            repeated.append((first, *chance.choices([cut for cut in self.cuts if cut[0] == first[0]], k=2)))
+        return [(cut,) for cut in self.cuts] + repeated
 
     def finish(self, root, run_boot):
         """Starts the phone with an empty "/tmp" until the sequence has ended; gives the phone."""
@@ -84,11 +87,13 @@ class Sequence:
         return oneStep.MARKER not in found
 
     def faults(self, cuts):
+        """What is wrong in the end, and how often the power went: a repeated cut may come too late."""
         root = sandbox.make_from(self.begin, comparison.worker_folder(self.scratch) / "phone")
-        for number, cut in enumerate(cuts):
-            if not self.boots_into(cut, root) and number == 0:
-                return ["the power did not go"]
-        return oneStep.differences(self.end_from(oneStep.without_tmp(sandbox.snapshot(root)), root), self.end)
+        count = sum(self.boots_into(cut, root) for cut in cuts)
+        if count == 0:
+            return ["the power did not go"], 0
+        found = self.end_from(oneStep.without_tmp(sandbox.snapshot(root)), root)
+        return oneStep.differences(found, self.end), count
 
     def boots_into(self, cut, root):
         """Starts the phone until the power goes there; false when the sequence has ended without that."""
@@ -118,16 +123,17 @@ def faults_of_end(sequence):
 
 def prove(program, phone, number, shell, scratch):
     sequence = Sequence(program, phone, SEQUENCES[number], shell, scratch)
-    jobs = sequence.jobs(DOUBLE_CUTS[phone])[::EVERY.get((phone, shell), 1)]
+    jobs = sequence.jobs(REPEATED_CUTS[phone])[::EVERY.get((phone, shell), 1)]
     faults = faults_of_end(sequence)
-    wrong = 0
-    for cuts, found in zip(jobs, proof.in_parallel(sequence.faults, jobs)):
-        where = " and ".join(f"{mode} before {call} {count}" for mode, call, count in cuts)
+    wrong = count = 0
+    for cuts, (found, went) in zip(jobs, proof.in_parallel(sequence.faults, jobs)):
+        where = " and ".join(f"{mode} before {call} {nth}" for mode, call, nth in cuts)
         faults += [f"{sequence.name}, {shell}, cut in {where}: {fault}" for fault in found]
         wrong += bool(found)
-    cuts = len(jobs)
-    print(f"{sequence.name:<26}{shell:<9}{cuts:>6} cuts{cuts - wrong:>6} phones end as undisturbed", flush=True)
-    return faults, cuts
+        count += went
+    print(f"{sequence.name:<26}{shell:<9}{len(jobs):>6} phones{count:>6} cuts{len(jobs) - wrong:>6} end as undisturbed",
+          flush=True)
+    return faults, count
 
 
 def faults_of_time_limit(program, phone, shell, scratch):

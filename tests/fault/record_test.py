@@ -230,8 +230,11 @@ def main():
     arguments = proof.parse_arguments(__doc__)
     proof.skip_without_sandbox()
     os.umask(oneStep.UMASK)
-    with proof.scratch_folder() as scratch:
-        faults, figures = prove(arguments.program, arguments.phone, pathlib.Path(scratch))
+    try:
+        with proof.scratch_folder() as scratch:
+            faults, figures = prove(arguments.program, arguments.phone, pathlib.Path(scratch))
+    except oneStep.BadRecord as reason:
+        faults, figures = [str(reason)], "no undisturbed run"
     return proof.end("record", faults, figures)
 
 
