@@ -21,7 +21,11 @@ extern const bool kCanWrite;
 /// @return the whole text; an empty one from a library that saves to files alone, and has saved to this one
 std::string SetInMemory(const char* path, const char* section, const char* key, const char* value);
 
-/// Loads the file, sets a key, saves the file, and flushes it to the device.
+/// Loads the file, sets a key, saves the file, and flushes it to the device: at once, or with all others in `CommitRun`.
 void SetInFile(const char* path, const char* section, const char* key, const char* value);
+
+/// Takes all that is set from here to `CommitRun` together. Nothing happens for a library that has no such thing.
+void BeginRun();
+void CommitRun();
 
 } // namespace iniLibrary

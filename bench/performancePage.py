@@ -12,14 +12,14 @@ import runCosts
 
 NAMES = ("kestrune", "minIni", "SimpleIni", "GKeyFile", "inih", "QSettings")
 PLOTTED = {"get/64KiB/LF": "get one key\\n64 KiB", "set/64KiB/LF": "set one key\\nto memory, 64 KiB",
-           "records/first/tmpfs": "500 records\\ntmpfs", "records/first/disk": "500 records\\non disk"}
+           "records/apart/tmpfs": "500 records\\ntmpfs", "records/apart/disk": "500 records\\non disk"}
 # Groups of rows: heading, pattern of their names, what they are compared with.
 SECTIONS = (
     ("Load a file and get one key", r"get/(.*)", "the bare open, read and close of the file"),
     ("Load a file, set one key, save to memory", r"set/(.*)", "the bare read and copy of the file"),
     ("One record", r"record/(.*)", "the recorded system calls"),
-    ("500 records over 20 files of 8 KiB", r"records/((?:first|second)/.*)", "the recorded system calls"),
-    ("The second time beside the first", r"records/(again/.*)", "our own first run"),
+    ("500 records over 20 files of 8 KiB", r"records/((?:first|second|apart)/.*)", "the recorded system calls"),
+    ("One run beside records that are saved at once", r"records/((?:together|again)/.*)", "our own 500 saves, each flushed"),
     ("Conversion of 1,000 contacts", r"xml/(.*)", "the bare XML library's load, build and save of the same documents"),
     ("Whole run on the example phone, beside its system calls", r"run/(\w+)", "the recorded system calls"),
     ("Whole run on the example phone, beside an empty program", r"run/(\w+)/start", "an empty static C++ program"),

@@ -12,10 +12,10 @@ import collections
 import dataclasses
 import re
 
-REPEATED = {"access", "close", "connect", "copy_file_range", "dup2", "fchmod", "fchown", "fcntl", "fdatasync", "fsync",
-            "ftruncate", "getdents64", "geteuid", "ioctl", "lseek", "mkdir", "newfstatat", "openat", "pread64", "read",
-            "readlink", "rename", "socket", "umask", "unlink", "utimensat", "write"}
-WITH_DATA = {"getdents64", "pread64", "read", "readlink", "write"}
+REPEATED = {"access", "close", "connect", "copy_file_range", "dup2", "faccessat2", "fchmod", "fchown", "fcntl", "fdatasync",
+            "flock", "fsync", "ftruncate", "getcwd", "getdents64", "getegid", "geteuid", "ioctl", "lseek", "mkdir", "newfstatat",
+            "openat", "pread64", "read", "readlink", "rename", "socket", "umask", "unlink", "utimensat", "write"}
+WITH_DATA = {"getcwd", "getdents64", "pread64", "read", "readlink", "write"}
 # Start-up, memory, signals and the end of a process; a child is repeated as the shell command that it is.
 LEFT_OUT = {"arch_prctl", "brk", "clone3", "execve", "exit_group", "futex", "getrandom", "madvise", "mmap", "mprotect", "mremap",
             "munmap", "prlimit64", "rseq", "rt_sigaction", "rt_sigprocmask", "rt_sigreturn", "set_robust_list",
@@ -90,7 +90,7 @@ def argument_text(call, position, text):
         return f'SocketAddress("{path}").data()'
     if text == "NULL":
         return "nullptr"
-    is_data = text.startswith('"') and call.name in WITH_DATA and position == 1
+    is_data = text.startswith('"') and call.name in WITH_DATA and position == (0 if call.name == "getcwd" else 1)
     if is_data or text[0] in "{[" or text.startswith("0x"):
         return "buffer"
     return text.removesuffix("...")

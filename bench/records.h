@@ -24,7 +24,7 @@ enum class Pass {
 /// Does the records, one after the other, each from nothing. records.cpp does it with the INI library that it is linked to; the
 /// floor's own implementation repeats the system calls that were recorded when kestrune did it.
 ///
-/// @param name  of the benchmark
+/// @param name  of the benchmark; that of one run takes all records together
 void DoRecords(const std::string& name, Pass pass, const std::vector<Record>& records);
 
 /// Whether this program can do records at all.

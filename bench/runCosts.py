@@ -17,6 +17,15 @@ MODES = ("all", "dev", "pwd", "1", "2")
 COLUMNS = ("calls", "opened files", "flushes", "renames", "bytes written", "instructions", "heap blocks", "peak memory, KiB")
 
 
+def stored_calls():
+    """The calls that the tests hold each mode to."""
+    return json.loads((ROOT / "tests" / "cost" / "callCosts.json").read_text())
+
+
+def flushes_of(mode):
+    return stored_calls()[f'mode "{mode}", first run']["flushes"]
+
+
 def under_valgrind(program, mode, options, pattern):
     """The figure that valgrind tells about a first run."""
     with tempfile.TemporaryDirectory() as folder:
@@ -27,7 +36,7 @@ def under_valgrind(program, mode, options, pattern):
 
 def of_modes(program, peak_memory_of):
     """A row for each mode; the calls are those that the tests hold it to."""
-    stored = json.loads((ROOT / "tests" / "cost" / "callCosts.json").read_text())
+    stored = stored_calls()
     rows = {}
     for mode in MODES:
         rows[mode] = dict(stored[f'mode "{mode}", first run'])

@@ -3,6 +3,7 @@
 
 #include "iniFile.h"
 #include "iniLibrary.h"
+#include "runCommit.h"
 #include "scratchFolder.h"
 
 namespace
@@ -38,4 +39,14 @@ void iniLibrary::SetInFile(const char* path, const char* section, const char* ke
     iniFile file;
     Require(file.LoadFromFile(path) != 0 && file.SetTextValue(section, key, value) != 0, "set");
     Require(file.SaveToFile(/*path=*/nullptr) != 0, "save");
+}
+
+void iniLibrary::BeginRun()
+{
+    Require(::BeginRun("records") == RunStart::Alone, "begin a run");
+}
+
+void iniLibrary::CommitRun()
+{
+    ::CommitRun();
 }
