@@ -11,13 +11,6 @@ import dataclasses
 import comparison
 import documentedPaths
 
-# What a file that does not load takes with it besides the files that its absence changes: an unreadable user.ini ends
-# the table and the password pass where a missing one is made first, and the groups are not saved without the contacts.
-TAKES_WITH_IT = {
-    documentedPaths.USER_INI: (documentedPaths.SYSTEM_INI, *documentedPaths.ACCOUNTS),
-    "/config/data/contact_list.xml": ("/config/data/contact_group_list.xml",),
-}
-
 
 @dataclasses.dataclass(frozen=True)
 class Outcome:
@@ -39,7 +32,7 @@ def part(phone, path):
 
 def independent(job, with_file, missing):
     """What does not depend on the file: the same with it and without."""
-    taken = TAKES_WITH_IT.get(job.path, ())
+    taken = [taken for path, names in documentedPaths.TAKES_WITH_IT.items() if is_below(path, job.path) for taken in names]
     return {name: entry for name, entry in with_file.items() if missing.get(name) == entry and name not in taken}
 
 
@@ -88,19 +81,14 @@ def compare_untouched(job, path, with_file, missing, before, after):
             + comparison.differences(before.canary, after.canary))
 
 
-def compare_unsaved(job, temporary, ordinary, missing, before, after):
-    """The save failed each time: the file is as it was, unless the mode removes it."""
-    faults = compare_untouched(job, temporary, ordinary, missing, before, after)
-    return faults + (compare_part(job.path, before, after) if job.path in ordinary else [])
-
-
 def compare_unreadable(job, with_file, missing, before, after):
     """What cannot be read stays, or goes where the file would go. Nothing new appears for it."""
     is_removed = job.path not in with_file and not part(after.phone, job.path)
     faults = compare_others(job, with_file, missing, after) + comparison.differences(before.canary, after.canary)
     faults += [] if is_removed else compare_part(job.path, before, after)
     known = set(with_file) | set(missing)
-    return faults + [f"{name} appeared" for name in without(after.phone, job.path) if name not in known]
+    return faults + [f"{name} appeared" for name, entry in without(after.phone, job.path).items()
+                     if name not in known and entry != before.phone.get(name)]
 
 
 def compare_without_permission(job, with_file, missing, before, after):
@@ -128,5 +116,7 @@ def compare(job, kind, references, before, after):
         return compare_without_permission(job, with_file, missing, before, after)
     else:
         return compare_unreadable(job, with_file, missing, before, after)
+    if (job.mode, job.path) == ("2", documentedPaths.HAND_OVER_COPY):
+        expected.phone.pop(job.path, None)  # it is removed whatever it is
     return (comparison.differences(expected.phone, after.phone)
             + comparison.differences(expected.canary, after.canary))

@@ -1,0 +1,123 @@
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
+"""One file under two names: a run sees its own change under each of them before anything is on the device.
+
+The translation table gets rows that write under one name and read under the other. The phone has to end as with the file's
+own name in all rows; another hard link is another file.
+"""
+
+import os
+import shutil
+
+import comparison
+import documentedPaths
+import sandbox
+
+MODES = ("all", "dev")
+FILE = documentedPaths.USER_INI
+OTHER = documentedPaths.SYSTEM_INI
+ROW = ('<item srcFile="{0}" srcSec="Web" srcKey="strHost" dstFile="{0}" dstSec="Alias" dstKey="First"/>'
+       '<item srcFile="{1}" srcSec="Alias" srcKey="First" dstFile="{2}" dstSec="Alias" dstKey="Second"/>'
+       '<item srcFile="{2}" srcSec="Alias" srcKey="Second" dstFile="{1}" dstSec="Alias" dstKey="Third"/>'
+       '<item srcFile="{0}" srcSec="Alias" srcKey="Third" dstFile="{2}" dstSec="Alias" dstKey="Fourth"/>')
+
+
+# With all that the fix-ups would add.
+ACCOUNT = b"[account]\ndirectip=1\nSCALineKeyNumber=7\n"
+
+
+def link(root):
+    os.symlink(FILE, root / "config/alias.ini")
+    return "/config/alias.ini", ()
+
+
+def relative_link(root):
+    os.symlink("user/user.ini", root / "config/alias.ini")
+    return "/config/alias.ini", ()
+
+
+def link_of_link(root):
+    os.symlink(FILE, root / "config/first.ini")
+    os.symlink("first.ini", root / "config/alias.ini")
+    return "/config/alias.ini", ()
+
+
+def linked_folder(root):
+    os.symlink("user", root / "config/alias")
+    return "/config/alias/user.ini", ()
+
+
+def dotted_path(root):
+    return "/config/system/../user//user.ini", ()
+
+
+def folder_mounted_twice(root):
+    (root / "config/alias").mkdir()
+    return "/config/alias/user.ini", ("--bind", f"{root}/config/user", "/config/alias")
+
+
+def hard_link(root):
+    os.link(root / FILE[1:], root / "config/alias.ini")
+    return "/config/alias.ini", ()
+
+
+def copy(root):
+    shutil.copy2(root / FILE[1:], root / "config/alias.ini")
+    return "/config/alias.ini", ()
+
+
+def no_alias(root):
+    return FILE, ()
+
+
+# Each with what the phone has to end as.
+ALIASES = {link: no_alias, relative_link: no_alias, link_of_link: no_alias, linked_folder: no_alias,
+           dotted_path: no_alias, folder_mounted_twice: no_alias, hard_link: copy}
+
+
+def final(program, phone, mode, alias, first_name, root):
+    """How the phone ends. The rows write first under the file's own name, or under the alias."""
+    sandbox.make_phone(phone, root)
+    name, options = alias(root)
+    names = (FILE, name) if first_name == "own" else (name, FILE)
+    table = root / documentedPaths.TABLE[1:]
+    text = table.read_text()
+    end = text.rindex("</")
+    table.write_text(text[:end] + ROW.format(*names, OTHER) + text[end:])
+    result = sandbox.run(program, root, mode, options=options)
+    return result.returncode, {path: entry for path, entry in sandbox.files_of(root).items()
+                               if path != documentedPaths.TABLE}
+
+
+def without_links(phone):
+    return {path: entry for path, entry in phone.items() if entry.kind != "link"}
+
+
+def check(program, phone, mode, folder):
+    results = []
+    for alias, like in ALIASES.items():
+        for first_name in ("own", "alias"):
+            _, expected = final(program, phone, mode, like, first_name, folder / "phone")
+            status, found = final(program, phone, mode, alias, first_name, folder / "phone")
+            faults = comparison.differences(without_links(expected), without_links(found))
+            faults += [f"exit status {status}"] if status != 0 else []
+            faults += [] if b"Fourth=" in found[OTHER].content else ["the rows did nothing: nothing is proven"]
+            results.append((f"{alias.__name__}, {first_name} name first", faults))
+    return results
+
+
+def check_link_to_source(program, phone, mode, folder):
+    """A copy's destination is a link to what is copied and then removed: it becomes a file of its own."""
+    source, destination = {"1": (documentedPaths.ACCOUNTS[4], documentedPaths.DIRECT_IP_FILE),
+                           "2": (documentedPaths.DIRECT_IP_FILE, documentedPaths.ACCOUNT_16)}[mode]
+    ends = []
+    for is_link in (False, True):
+        root = sandbox.make_phone(phone, folder / "phone")
+        (root / destination[1:]).unlink(missing_ok=True)
+        (root / source[1:]).write_bytes(ACCOUNT)
+        if is_link:
+            os.symlink(source, root / destination[1:])
+        sandbox.run(program, root, mode)
+        ends.append(sandbox.files_of(root))
+    return [("copy to a link to its own source", comparison.differences(*ends))]
