@@ -20,8 +20,6 @@
 namespace
 {
 
-constexpr int kWarning = 4; // as syslog(3) counts severity
-
 /// In a folder that everyone may write to, somebody else may have put a file in the place of ours.
 bool IsTrusted(const std::string& path)
 {
@@ -151,7 +149,7 @@ bool CarryOut(const CommitRecord& record, CarryingOut turn)
 void TellFailure(const std::string& path, int error)
 {
     try {
-        WriteToSystemLog(kWarning, "cannot save " + path + ": " + std::strerror(error));
+        WriteToSystemLog(kSystemLogWarning, "cannot save " + path + ": " + std::strerror(error));
     } catch (...) {
         // No memory to tell it: the commit goes on.
     }

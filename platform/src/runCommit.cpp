@@ -3,268 +3,21 @@
 
 #include "runCommit.h"
 
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
-#include <list>
-#include <string>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include "carryOut.h"
 #include "commitRecord.h"
-#include "contentSum.h"
-#include "descriptor.h"
+#include "commitStaged.h"
 #include "foreignCopies.h"
 #include "privateFile.h"
-#include "replaceAtOnce.h"
 #include "runLock.h"
 #include "stagedFiles.h"
 #include "systemLog.h"
-#include "temporaryFile.h"
 #include "upgradeMarker.h"
 
 namespace
 {
 
-constexpr int kWarning = 4; // as syslog(3) counts severity
-
 /// The run that has begun. Static, because the driver begins it and commits it in two calls.
-struct Run {
-    std::string mode;
-    bool isOfUpgrade = false;
-    std::string laterWords; ///< what the marker is to list afterwards
-};
-Run run;
-
-/// The file that a staged one takes the place of.
-///
-/// @return 0; otherwise the error number
-int FindReplaced(const StagedFile& staged, struct stat& status, FileAttributes& attributes)
-{
-    attributes = {nullptr, staged.newFileMode};
-    if (staged.isMadeAfresh)
-        return 0;
-    if (lstat(staged.path.c_str(), &status) != 0)
-        return errno == ENOENT ? 0 : errno;
-    attributes.replaced = &status;
-    return S_ISREG(status.st_mode) ? 0 : EEXIST;
-}
-
-int WriteTemporary(TemporaryFile& file, const StagedFile& staged)
-{
-    struct stat status = {};
-    FileAttributes attributes = {};
-    if (const int error = FindReplaced(staged, status, attributes))
-        return error;
-    return file.Write(staged.bytes, attributes);
-}
-
-int ReplaceNow(const StagedFile& staged)
-{
-    struct stat status = {};
-    FileAttributes attributes = {};
-    if (const int error = FindReplaced(staged, status, attributes))
-        return error;
-    return ReplaceAtOnce(staged.path, staged.bytes, attributes);
-}
-
-int RemoveNow(const StagedFile& staged)
-{
-    (void)unlink(TemporaryPath(staged.path).c_str());
-    if (std::remove(staged.path.c_str()) != 0)
-        return errno;
-    FlushFolder(FolderOf(staged.path).c_str());
-    return 0;
-}
-
-/// Marks what ends as it began, and counts the changes that are left.
-int CountChanges()
-{
-    int count = 0;
-    for (StagedFile& staged : StagedFiles()) {
-        struct stat status = {};
-        if (staged.state == StagedState::Saved && HoldsBytes(staged.path.c_str(), staged.bytes))
-            staged.state = StagedState::Touched;
-        if (staged.state == StagedState::Removed && lstat(staged.path.c_str(), &status) != 0 && errno == ENOENT)
-            staged.state = StagedState::Touched;
-        count += staged.state != StagedState::Touched;
-    }
-    return count;
-}
-
-void Fail(StagedFile& staged, int error)
-{
-    staged.state = StagedState::Failed;
-    TellFailure(staged.path, error);
-}
-
-bool IsHeldBack(const StagedFile& removed)
-{
-    return removed.copy != nullptr && removed.copy->state == StagedState::Failed;
-}
-
-bool IsForWantOfRoom(int error)
-{
-    return error == ENOSPC || error == EDQUOT;
-}
-
-/// The new content of every changed file, flushed under its temporary name. A file that fails, fails alone.
-///
-/// @return false when there is no room for all of them, or the marker's is not to be had
-bool WriteTemporaries(std::list<TemporaryFile>& temporaries)
-{
-    for (StagedFile& staged : StagedFiles()) {
-        if (staged.state != StagedState::Saved)
-            continue;
-        const int error = WriteTemporary(temporaries.emplace_back(staged.path), staged);
-        if (IsForWantOfRoom(error))
-            return false;
-        if (error == 0)
-            continue;
-        temporaries.pop_back();
-        Fail(staged, error);
-    }
-    if (!run.isOfUpgrade)
-        return true;
-    struct stat status = {};
-    return lstat(kUpgradeMarker, &status) == 0 &&
-           temporaries.emplace_back(kUpgradeMarker).Write(run.laterWords, {&status, 0}) == 0;
-}
-
-RecordedChange RemovalOf(const StagedFile& removed)
-{
-    RecordedChange change = {ChangeKind::Remove, removed.path, {}, ""};
-    struct stat status = {};
-    if (lstat(removed.path.c_str(), &status) == 0 && !S_ISREG(status.st_mode))
-        change.kind = ChangeKind::RemoveOther;
-    else
-        (void)SumOfFile(removed.path.c_str(), change.content); // one that cannot be read is removed now or not at all
-    if (removed.copy != nullptr && removed.copy->state == StagedState::Saved)
-        change.waitsForCopy = removed.copy->path;
-    return change;
-}
-
-CommitRecord MakeRecord()
-{
-    CommitRecord record;
-    record.mode = run.mode;
-    for (const StagedFile& staged : StagedFiles()) {
-        if (staged.state == StagedState::Saved)
-            record.changes.push_back({ChangeKind::Rename, staged.path, SumOf(staged.bytes), ""});
-        else if (staged.state == StagedState::Removed && !IsHeldBack(staged))
-            record.changes.push_back(RemovalOf(staged));
-    }
-    if (run.isOfUpgrade)
-        record.changes.push_back({ChangeKind::Marker, kUpgradeMarker, SumOf(run.laterWords), ""});
-    return record;
-}
-
-/// The file that this run has moved to the staged one's path, as a copy and a removal; null when it is none that a rename
-/// can move.
-StagedFile* FindMoved(const StagedFile& copy)
-{
-    for (StagedFile& staged : StagedFiles()) {
-        struct stat status = {};
-        if (staged.state == StagedState::Removed && staged.copy == &copy)
-            return lstat(staged.path.c_str(), &status) == 0 && S_ISREG(status.st_mode) ? &staged : nullptr;
-    }
-    return nullptr;
-}
-
-/// A rename needs no room: a moved account is never lost for want of it.
-bool Move(StagedFile& moved, const StagedFile& copy)
-{
-    if (std::rename(moved.path.c_str(), copy.path.c_str()) != 0)
-        return false;
-    FlushFolder(FolderOf(copy.path).c_str());
-    FlushFolder(FolderOf(moved.path).c_str());
-    moved.state = StagedState::Touched;
-    return true;
-}
-
-/// Takes this mode off the marker.
-///
-/// @return 0; otherwise the error number
-int ShortenMarker()
-{
-    struct stat status = {};
-    if (lstat(kUpgradeMarker, &status) != 0)
-        return errno;
-    return ReplaceAtOnce(kUpgradeMarker, run.laterWords, {&status, 0});
-}
-
-/// Each file whole, in the order of the first saves. The marker comes first: at most once rather than twice.
-void CommitOneByOne()
-{
-    if (const int error = run.isOfUpgrade ? ShortenMarker() : 0) {
-        TellFailure(kUpgradeMarker, error);
-        return;
-    }
-    for (StagedFile& staged : StagedFiles()) {
-        if (staged.state != StagedState::Saved)
-            continue;
-        StagedFile* moved = FindMoved(staged);
-        if (moved != nullptr && Move(*moved, staged))
-            continue;
-        if (const int error = ReplaceNow(staged))
-            Fail(staged, error);
-    }
-    for (StagedFile& staged : StagedFiles()) {
-        if (staged.state != StagedState::Removed || IsHeldBack(staged))
-            continue;
-        if (const int error = RemoveNow(staged))
-            Fail(staged, error);
-    }
-}
-
-void FlushFoldersOfTemporaries()
-{
-    FolderFlush flush;
-    for (const StagedFile& staged : StagedFiles()) {
-        if (staged.state == StagedState::Saved)
-            flush.Add(staged.path);
-    }
-    if (run.isOfUpgrade)
-        flush.Add(kUpgradeMarker);
-}
-
-/// All changes as one: from the moment when the record is on the device they count, and the next run finishes them.
-///
-/// @return false when nothing has changed, since there is no room for that
-bool CommitTogether()
-{
-    std::list<TemporaryFile> temporaries;
-    if (!WriteTemporaries(temporaries))
-        return false;
-    FlushFoldersOfTemporaries();
-    const CommitRecord record = MakeRecord();
-    const std::string text = TextOf(record);
-    if (WritePrivateFile(kCommitRecord, text) != 0)
-        return false;
-    for (TemporaryFile& temporary : temporaries)
-        temporary.Keep();
-    (void)CarryOut(record, CarryingOut::First);
-    return true;
-}
-
-void CommitOne()
-{
-    for (StagedFile& staged : StagedFiles()) {
-        if (staged.state == StagedState::Touched)
-            continue;
-        if (const int error = staged.state == StagedState::Saved ? ReplaceNow(staged) : RemoveNow(staged))
-            Fail(staged, error);
-    }
-}
-
-void TouchTheOthers()
-{
-    for (const StagedFile& staged : StagedFiles()) {
-        if (staged.state == StagedState::Touched)
-            Touch(staged.path);
-    }
-}
+RunToCommit run;
 
 void RemoveEmptyMarker()
 {
@@ -276,12 +29,7 @@ void Commit()
 {
     FlushForeignCopies();
     ForgetForeignCopies();
-    const int changes = CountChanges();
-    if (changes == 1 && !run.isOfUpgrade)
-        CommitOne();
-    else if ((changes > 0 || run.isOfUpgrade) && !CommitTogether())
-        CommitOneByOne();
-    TouchTheOthers();
+    CommitStaged(run);
     if (run.isOfUpgrade)
         RemoveEmptyMarker();
 }
@@ -324,7 +72,7 @@ RunStart Begin(const char* mode)
 {
     const bool sawMarker = IsMarkerThere(); // before waiting for a run that may take it away
     if (!LockRuns()) {
-        WriteToSystemLog(kWarning, "another run has not ended: nothing is done");
+        WriteToSystemLog(kSystemLogWarning, "another run has not ended: nothing is done");
         return RunStart::NothingToDo;
     }
     CommitRecord record;

@@ -5,6 +5,8 @@
 
 #include <string>
 
+constexpr int kSystemLogWarning = 4; ///< as syslog(3) counts severity
+
 /// Writes to the system log, and nowhere else. A log that nobody reads is waited for only once in a run.
 ///
 /// @param level  severity, as syslog(3) counts it

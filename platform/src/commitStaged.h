@@ -1,0 +1,18 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <string>
+
+/// The run that is to be committed.
+struct RunToCommit {
+    std::string mode;         ///< its word
+    bool isOfUpgrade = false; ///< whether the marker lists it
+    std::string laterWords;   ///< what the marker is to list afterwards
+};
+
+/// Brings what was staged to the device: all changes as one, with a record that the next run finishes; a single one without
+/// it; one after the other, each whole, when there is no room for all at once. Files that end as they began get another
+/// modification time only. What fails, fails alone, and is told to the system log.
+void CommitStaged(const RunToCommit& run);
