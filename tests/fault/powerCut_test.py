@@ -19,11 +19,12 @@ import diskModel
 import oneStep
 import proof
 import sandbox
+import trace
 
 SEED = 4
-MOST_RUNS = {"small": 120, "example": 600}  # phones that run on, of each mode
-KILLS = {"small": 8, "example": 20}  # of each mode, with one more run after each
-MOST_SECOND_RUNS = {"small": 10, "example": 30}  # phones that run on, after each kill
+MOST_RUNS = {"small": 120, "example": 400}  # phones that run on, of each mode
+KILLS = {"small": 8, "example": 12}  # of each mode, with one more run after each
+MOST_SECOND_RUNS = {"small": 10, "example": 20}  # phones that run on, after each kill
 SEQUENCE = "sequence"
 
 
@@ -57,11 +58,13 @@ def run_again(program, run, disk, scratch):
     """The mode once more after a kill. Its changes are those of the killed run, unless that one had ended."""
     folders = {path: entry for path, entry in run.before.items() if entry.kind == "folder"}
     root = sandbox.make_from({**folders, **diskModel.files_of(disk.latest())}, scratch / "phone")
-    again = oneStep.record_on(program, root, run.mode, scratch, diskModel.OPTIONS)
+    before = sandbox.snapshot(root)
+    _, calls = trace.record(program, root, run.mode, scratch / "trace", diskModel.OPTIONS)
+    again = dataclasses.replace(run, before=before, after=sandbox.snapshot(root), calls=calls)
     has_ended = not oneStep.needs_next_run(again.before) and is_same(again.before, run.after)
     if has_ended and not is_same(run.before, run.after):
-        return dataclasses.replace(again, sequence=run.sequence, end=run.end)
-    return dataclasses.replace(run, calls=again.calls)
+        return again
+    return dataclasses.replace(run, calls=calls)
 
 
 def is_same(phone, other):
@@ -73,18 +76,21 @@ def cuts_of(program, phone, run, scratch):
     disk = make_disk(run.before)
     cuts = crashStates.Cuts(run, MOST_RUNS[phone])
     cuts.play(disk, run.calls, "power cut")
-    cuts.check_end(disk, "power cut after the end")
-    check_record(run, disk)
+    if not cuts.faults:
+        check_record(run, disk)
+        cuts.check_end(disk, "power cut after the end")
     yield run, cuts
     for point in kill_points(run, KILLS[phone]):
-        if cuts.faults:
-            return
         disk = make_disk(run.before)
         for call in run.calls[:point]:
             disk.play(call)
+        # What has no record, or had one, is found done and not flushed again.
+        is_finished = oneStep.RECORD in diskModel.files_of(disk.latest())
         again = run_again(program, run, disk, scratch)
         cuts = crashStates.Cuts(again, MOST_SECOND_RUNS[phone])
         cuts.play(disk, again.calls, f"killed after call {point}, run once more, power cut")
+        if is_finished and not cuts.faults:
+            cuts.check_end(disk, f"killed after call {point}, run once more, power cut after the end")
         yield again, cuts
 
 
@@ -116,6 +122,8 @@ def prove(program, phone, mode, scratch):
     faults = []
     states = runs = 0
     for run in runs_of(program, phone, mode, scratch):
+        name = run.mode + " with the marker" * bool(run.sequence)
+        states_before, runs_before = states, runs
         for judged, cuts in cuts_of(program, phone, run, scratch):
             found = list(cuts.faults)
             phones = [] if found else cuts.sampled
@@ -123,9 +131,12 @@ def prove(program, phone, mode, scratch):
             next_run = NextRun(program, judged, scratch, runs_again=judged.before is run.before)
             for more in proof.in_parallel(next_run.faults, phones, at_once=4):
                 found += more
-            faults += [f"mode {run.mode}{' with the marker' if run.sequence else ''}, {fault}" for fault in found]
+            faults += [f"mode {name}, {fault}" for fault in found]
             states += len(cuts.known)
             runs += len(phones)
+            if found:
+                break
+        print(f"{name:<24}{states - states_before:>7} states{runs - runs_before:>5} run on", flush=True)
     return faults, states, runs
 
 
