@@ -2,95 +2,100 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""Proves the proofs: a program with one protection taken out must fail the proof that is there for it.
+"""Proves the proofs: a program with one step of the commit taken out must fail the proof that is there for it.
 
-Each mutant is the saving code with one piece of text replaced, compiled from a copy and linked in front of the libraries of
-the build under test. The program itself has no switch for it.
+Each mutant is one source file with one piece of text replaced, compiled from a copy and linked with the libraries of the
+build under test. The program itself has no switch for it.
 """
 
 import argparse
-import dataclasses
+import concurrent.futures
 import pathlib
-import shlex
+import shutil
 import subprocess
 import sys
 import tempfile
 
+import mutants
+import proof
+
 HERE = pathlib.Path(__file__).resolve().parent
 ROOT = HERE.parent.parent
+FAULTS = "FAULTS"  # in the last line of a proof that found some; one that broke off proves nothing
+MOST_SHOWN = 200
+COMPILE = ["c++", "-std=c++17", "-O0", "-D_FILE_OFFSET_BITS=64", "-D_TIME_BITS=64"] + [
+    f"-I{ROOT / folder}" for folder in ("platform/include", "platform/src", "app/kestrune/kestrune")]
 
 
-@dataclasses.dataclass(frozen=True)
-class Mutant:
-    """One protection taken out of `source`, and the proof that must notice."""
-
-    name: str
-    source: str
-    old: str
-    new: str
-    proof: tuple
-
-
-MUTANTS = (
-    Mutant("no fsync of the file", "fileReplacement.cpp", " || fsync(file.Number()) != 0", "",
-           ("powerCut_test.py", "--mode", "fix-ups-only")),
-    Mutant("no fsync of the folder", "fileReplacement.cpp", "(void)fsync(folder.Number());", ";",
-           ("powerCut_test.py", "--mode", "fix-ups-only")),
-    Mutant("no exclusive creation", "fileReplacement.cpp", "O_CREAT | O_EXCL", "O_CREAT", ("oneWayToWrite_test.py",)),
-    Mutant("writing in place", "fileReplacement.cpp", 'destination + ".kestrune-new"', "destination",
-           ("kill_test.py", "--mode", "fix-ups-only")),
-    Mutant("temporary file left behind", "fileReplacement.cpp", "(void)unlink(path_.c_str());", ";",
-           ("failingCalls_test.py", "--mode", "fix-ups-only")),
-    Mutant("write result ignored", "fileBytes.cpp", "if (count <= 0)\n            return false;",
-           "if (count <= 0)\n            return true;", ("failingCalls_test.py", "--mode", "fix-ups-only")),
-)
-
-
-def build(mutant, objects, folder):
-    """Compiles the mutant and links it; its definitions come before the library's."""
-    source = ROOT / "platform" / "src" / mutant.source
-    text = source.read_text()
+def mutated(mutant):
+    text = (ROOT / "platform" / "src" / mutant.source).read_text()
     if text.count(mutant.old) != 1:
         raise SystemExit(f"mutants: {mutant.source} no longer has exactly one «{mutant.old}»")
-    copy = folder / mutant.source
-    copy.write_text(text.replace(mutant.old, mutant.new))
+    return text.replace(mutant.old, mutant.new)
 
-    libraries = [objects / "app/kestrune/libkestrune-app.a", objects / "platform/libkestrune-platform.a"]
-    includes = ["platform/include", "platform/src", "app/kestrune/kestrune"]
+
+def build(mutant, objects, main, folder):
+    """Compiles the mutant and puts it in the library's place of its source."""
+    copy = folder / mutant.source
+    copy.write_text(mutated(mutant))
+    platform = shutil.copy(objects / "platform/libkestrune-platform.a", folder)
+    subprocess.run(["ar", "d", platform, f"{mutant.source}.o"], check=True)
     program = folder / "kestrune"
-    subprocess.run(["c++", "-std=c++17", "-O1", "-D_FILE_OFFSET_BITS=64", "-D_TIME_BITS=64"]
-                   + [f"-I{ROOT / include}" for include in includes]
-                   + [str(ROOT / "app/kestrune/kestrune/main.cpp"), str(copy)] + [str(library) for library in libraries]
+    subprocess.run(COMPILE + [str(main), str(copy), str(objects / "app/kestrune/libkestrune-app.a"), platform]
                    + ["-ltinyxml", "-lpugixml", "-lnettle", "-o", str(program)], check=True)
     return program
 
 
-def is_found(mutant, program):
-    """Whether the proof fails for the mutant, as it must; what it could not prove here is no finding."""
-    proof = [sys.executable, str(HERE / mutant.proof[0]), "--program", str(program)] + list(mutant.proof[1:])
-    result = subprocess.run(proof, capture_output=True, check=False)
-    if result.returncode == 77:
-        print(result.stdout.decode(errors="replace").strip())
-        raise SystemExit(77)
-    if result.returncode == 0:
-        print(f"NOT found: {mutant.name}, by {shlex.join(mutant.proof)}")
-    return result.returncode != 0
+def shown(told):
+    """The first fault that the proof found, or why it found none."""
+    lines = told.splitlines()
+    return next((line for line in lines if FAULTS in told and ": " in line), lines[-1])[:MOST_SHOWN]
+
+
+class Mutants:
+    def __init__(self, objects, main):
+        self.objects = objects
+        self.main = main
+
+    def prove(self, mutant):
+        """The exit status of the proof, which has to fail, and what it printed last."""
+        with tempfile.TemporaryDirectory() as folder:
+            program = build(mutant, self.objects, self.main, pathlib.Path(folder))
+            command = [sys.executable, "-B", str(HERE / mutant.proof[0]), "--program", str(program), *mutant.proof[1:]]
+            result = subprocess.run(command, capture_output=True, check=False)
+        return result.returncode, (result.stdout + result.stderr).decode(errors="replace").strip()
+
+
+def parse_arguments():
+    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
+    parser.add_argument("--program", required=True, type=pathlib.Path)
+    parser.add_argument("--only", action="append", help="the name of a mutant")
+    return parser.parse_args()
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
-    parser.add_argument("--program", required=True, type=pathlib.Path)
-    arguments = parser.parse_args()
+    arguments = parse_arguments()
+    chosen = [mutant for mutant in mutants.MUTANTS if not arguments.only or mutant.name in arguments.only]
     objects = arguments.program.resolve().parent.parent.parent
-
-    found = 0
-    for mutant in MUTANTS:
-        with tempfile.TemporaryDirectory() as folder:
-            if is_found(mutant, build(mutant, objects, pathlib.Path(folder))):
-                found += 1
-                print(f"found: {mutant.name}, by {mutant.proof[0]}")
-    print(f"mutants: {found} of {len(MUTANTS)} taken-out protections found")
-    return 0 if found == len(MUTANTS) else 1
+    for mutant in chosen:
+        mutated(mutant)
+    found = skipped = 0
+    with tempfile.TemporaryDirectory() as folder, concurrent.futures.ThreadPoolExecutor(proof.WORKERS) as workers:
+        object_of_main = pathlib.Path(folder) / "main.o"
+        subprocess.run(COMPILE + ["-c", str(ROOT / "app/kestrune/kestrune/main.cpp"), "-o", str(object_of_main)], check=True)
+        results = workers.map(Mutants(objects, object_of_main).prove, chosen)
+        for mutant, (status, told) in zip(chosen, results):
+            if status == proof.SKIPPED:
+                print(told)
+                skipped += 1
+                continue
+            is_found = status != 0 and FAULTS in told
+            found += is_found
+            print(f"{'found' if is_found else 'NOT found'}: {mutant.name}, by {' '.join(mutant.proof)}: {shown(told)}", flush=True)
+    print(f"mutants: {found} of {len(chosen)} taken-out steps found")
+    if skipped:
+        return proof.SKIPPED
+    return 0 if found == len(chosen) else 1
 
 
 if __name__ == "__main__":
