@@ -39,7 +39,7 @@ fi
 [ "$CUT_MODE" = "$1" ] || exec /kestrune "$@"
 /usr/bin/strace -D -o /dev/null -e trace="$CUT_CALL" \\
     -e inject="$CUT_CALL:signal=SIGKILL:when=$CUT_NUMBER" /kestrune "$@"
-[ $? != 137 ] || kill -9 -1
+[ $? != 137 ] || { : >/tmp/killed; [ "$CUT_PROGRAM_ONLY" ] || kill -9 -1; }
 """
 
 # Harmless when it is repeated, as it has to be. The power can go in its middle.
@@ -100,9 +100,13 @@ class Boot:
         return status == POWER_WENT
 
     def run_with_cut(self, root, cut):
-        """`cut` is (mode, call, N): the power goes right before the mode's N-th call of that name."""
-        mode, call, number = cut or ("", "", 0)
-        return self.run(root, {"CUT_MODE": mode, "CUT_CALL": call, "CUT_NUMBER": str(number)})
+        """`cut` is (mode, call, N): the power goes right before the mode's N-th call of that name. Whether it went."""
+        return self.run(root, environment_of(cut))
+
+    def run_with_kill(self, root, cut):
+        """Only the program is killed there, and the start goes on without it. Whether it was killed."""
+        self.run(root, {**environment_of(cut), "CUT_PROGRAM_ONLY": "yes"})
+        return (root / "tmp" / "killed").exists()
 
     def cuts(self, root, scratch):
         """Boots the phone, and lists every cut that this boot may meet: (mode, call, N)."""
@@ -115,6 +119,11 @@ class Boot:
         for record in sorted(scratch.iterdir()):
             found += cuts_of_mode(record.name, trace.parse(record.read_bytes()))
         return found
+
+
+def environment_of(cut):
+    mode, call, number = cut
+    return {"CUT_MODE": mode, "CUT_CALL": call, "CUT_NUMBER": str(number)}
 
 
 def cuts_of_mode(mode, calls):

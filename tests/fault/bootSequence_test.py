@@ -21,18 +21,21 @@ import sandbox
 
 SEED = 7
 MOST_BOOTS = 5
+THEN_KILLED = "the same, 1 killed then"  # before it can finish what was cut: the firmware step must wait
+KILL_OF_NEXT_START = ("1", "flock", 1)
 REPEATED_CUTS = {"small": 12, "example": 60}  # for each sequence
 
 # The name, the upgrade's marker, and the commands of the boot; None is what the documentation gives.
 SEQUENCES = (
     ("1, step, 2, all", "1\n2\nall\n", None),
+    (THEN_KILLED, "1\n2\nall\n", None),
     ("1, 2", "1\n2\n", "kestrune.init start\n"),
     ("2, 1, all: out of order", "2\n1\nall\n", None),
     ("pwd, no marker", None, "kestrune pwd\n"),
     ("all, no marker", None, "kestrune all\n"),
     ("dev, no marker", None, "kestrune dev\n"),
 )
-LAST_WITH_TWO_SHELLS = 1  # the others call the same script, or none
+LAST_WITH_TWO_SHELLS = 2  # the others call the same script, or none
 EVERY = {("small", "busybox"): 3}  # only each third cut
 HAND_OVER_COPY = "/config/kestrune-handover"
 
@@ -89,20 +92,22 @@ class Sequence:
     def faults(self, cuts):
         """What is wrong in the end, and how often the power went: a repeated cut may come too late."""
         root = sandbox.make_from(self.begin, comparison.worker_folder(self.scratch) / "phone")
-        count = sum(self.boots_into(cut, root) for cut in cuts)
+        count = sum(self.boots_into(self.boot.run_with_cut, cut, root) for cut in cuts)
+        if self.name == THEN_KILLED:
+            self.boots_into(self.boot.run_with_kill, KILL_OF_NEXT_START, root)
         if count == 0:
             return ["the power did not go"], 0
         found = self.end_from(oneStep.without_tmp(sandbox.snapshot(root)), root)
         return oneStep.differences(found, self.end), count
 
-    def boots_into(self, cut, root):
-        """Starts the phone until the power goes there; false when the sequence has ended without that."""
+    def boots_into(self, run_boot, cut, root):
+        """Starts the phone until the cut comes; false when the sequence has ended without it."""
         for _ in range(MOST_BOOTS):
             found = oneStep.without_tmp(sandbox.snapshot(root))
             if self.has_ended(found):
                 return False
             sandbox.make_from(found, root)
-            if self.boot.run_with_cut(root, cut):
+            if run_boot(root, cut):
                 return True
         return False
 
