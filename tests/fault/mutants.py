@@ -24,13 +24,12 @@ KILL = ("kill_test.py", "--mode", "1")
 FAILING_CALLS = ("failingCalls_test.py", "--mode", "fix-ups-only")
 RECORD = ("record_test.py",)
 
-WRITE_TEMPORARIES = """    if (!WriteTemporaries(temporaries))
+WRITE_TEMPORARIES = """    if (!WriteTemporaries(run, temporaries))
         return false;
-    FlushFoldersOfTemporaries();
+    FlushFoldersOfTemporaries(run);
 """
-WRITE_RECORD = """    const CommitRecord record = MakeRecord();
-    const std::string text = TextOf(record);
-    if (WritePrivateFile(kCommitRecord, text) != 0)
+WRITE_RECORD = """    const CommitRecord record = MakeRecord(run);
+    if (WritePrivateFile(kCommitRecord, TextOf(record)) != 0)
         return false;
 """
 
@@ -38,15 +37,15 @@ MUTANTS = (
     # Temporary files
     Mutant("no flush of a temporary file", "temporaryFile.cpp", " &&\n                           fsync(file.Number()) == 0", "",
            POWER_CUT),
-    Mutant("no flush of the temporary files' folders", "runCommit.cpp",
-           "    FlushFoldersOfTemporaries();\n    const", "    const", POWER_CUT),
+    Mutant("no flush of the temporary files' folders", "commitStaged.cpp",
+           "    FlushFoldersOfTemporaries(run);\n", "", POWER_CUT),
     Mutant("no exclusive creation", "temporaryFile.cpp", "O_CREAT | O_EXCL", "O_CREAT", ("oneWayToWrite_test.py",)),
     Mutant("writing in place", "temporaryFile.cpp", 'return path + ".kestrune-new"', "return path", KILL),
     Mutant("temporary file left behind", "temporaryFile.cpp", "(void)unlink(path_.c_str());", ";", FAILING_CALLS),
     Mutant("write result ignored", "descriptor.cpp", "if (count <= 0)\n            return false;",
            "if (count <= 0)\n            return true;", FAILING_CALLS),
     # The record
-    Mutant("record made before the temporary files", "runCommit.cpp", WRITE_TEMPORARIES + WRITE_RECORD,
+    Mutant("record made before the temporary files", "commitStaged.cpp", WRITE_TEMPORARIES + WRITE_RECORD,
            WRITE_RECORD + WRITE_TEMPORARIES, POWER_CUT),
     Mutant("no flush of the record", "privateFile.cpp", " && fsync(file.Number()) == 0", "", POWER_CUT),
     Mutant("no flush of the record's folder", "privateFile.cpp", "    if (error == 0)\n        FlushFolder(kNoteFolder);\n",
@@ -65,7 +64,7 @@ MUTANTS = (
     Mutant("folder not flushed after a single rename", "replaceAtOnce.cpp", "FlushFolder(folder.c_str());", ";",
            ("powerCut_test.py", "--mode", "fix-ups-only")),
     # The upgrade's marker
-    Mutant("marker not changed", "runCommit.cpp", "    if (run.isOfUpgrade)\n        record.changes",
+    Mutant("marker not changed", "commitStaged.cpp", "    if (run.isOfUpgrade)\n        record.changes",
            "    if (false)\n        record.changes", POWER_CUT_OF_SEQUENCE),
     Mutant("no flush of the marker", "carryOut.cpp", "    FlushFolder(kNoteFolder);\n    return error == 0;",
            "    return error == 0;", POWER_CUT_OF_SEQUENCE),

@@ -20,7 +20,7 @@ import sandbox
 
 SEED = 4
 CUTS = ("at once", "after an fsync of an unrelated file", "after a flush of the log")
-CUTS_PER_RUN = {"small": 8, "example": 60}  # on each file system
+CUTS_PER_RUN = {"small": 8, "example": 30}  # on each file system
 NOT_KILLED = ("exit", 0)
 OWN_MOUNTS = "KESTRUNE_TEST_HAS_OWN_MOUNTS"
 # The others leave nothing to lose, or leave the same as these.
