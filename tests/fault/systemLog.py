@@ -4,27 +4,38 @@
 """A system log that the sandbox's /dev/log leads to."""
 
 import socket
+import threading
+
+END = b"end of the log"
 
 
 class SystemLog:
-    """Takes messages from the moment it is made; `options` brings it into the sandbox."""
+    """Takes messages from the moment it is made; `options` brings it into the sandbox. It reads all the time: a log that
+    stands still holds few messages, and the program would wait for it."""
 
     def __init__(self, folder):
         self.path = folder / "log"
         self.path.unlink(missing_ok=True)
-        self.socket = socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM | socket.SOCK_NONBLOCK)
+        self.socket = socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM)
         self.socket.bind(str(self.path))
         self.path.chmod(0o666)
         self.options = ["--bind", str(self.path), "/dev/log"]
+        self.found = []
+        self.reader = threading.Thread(target=self.read, daemon=True)
+        self.reader.start()
+
+    def read(self):
+        while (message := self.socket.recv(1 << 20)) != END:
+            self.found.append(message)
 
     def messages(self):
-        """Those that came since the last call."""
-        found = []
-        while True:
-            try:
-                found.append(self.socket.recv(1 << 20))
-            except BlockingIOError:
-                return found
+        """All of them. None is taken afterwards."""
+        if self.reader.is_alive():
+            with socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM) as own:
+                own.sendto(END, str(self.path))
+            self.reader.join()
+        return self.found
 
     def close(self):
+        self.messages()
         self.socket.close()
