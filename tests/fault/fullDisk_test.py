@@ -111,8 +111,35 @@ def faults_of_length(run, length, found):
     return min((oneStep.differences(found, phone) for phone in possible), key=len)
 
 
-def faults_of_room(run, room, found):
-    return fileByFile.faults_of(run, found) if room < MOST_FREE else oneStep.differences(found, run.after)
+def pages(entry):
+    return 0 if entry is None else -(-len(entry.content) // PAGE)
+
+
+def files(entry):
+    return 0 if entry is None else 1
+
+
+def room_needed(run, measure):
+    """Enough to make the changes one after the other: what the files grow by, one temporary file, and the note."""
+    pairs = [(run.before.get(path), run.after.get(path)) for path in fileByFile.changed(run)]
+    growth = sum(max(0, measure(new) - measure(old)) for old, new in pairs)
+    return growth + max(measure(new) for _, new in pairs) + 1
+
+
+def faults_of_room(run, room, found, measure):
+    if room == MOST_FREE:
+        return oneStep.differences(found, run.after)
+    if room < room_needed(run, measure):
+        return fileByFile.faults_of(run, found)
+    return min((oneStep.differences(found, phone) for phone in (run.after, fileByFile.after_moves(run))), key=len)
+
+
+def faults_of_pages(run, room, found):
+    return faults_of_room(run, room, found, pages)
+
+
+def faults_of_files(run, room, found):
+    return faults_of_room(run, room, found, files)
 
 
 def faults_of_mounted(run, path, found):
@@ -148,8 +175,8 @@ def run_on_small_disk(folder, root, limit):
 
 def run_with_few_files(folder, root, limit):
     (folder / "disk").mkdir(exist_ok=True)
-    files = 2 + sum(1 for _ in root.rglob("*")) + limit.size  # the root folder counts as two
-    command = [*OWN_MOUNTS, "sh", "-c", FEW_FILES, "sh", str(root), str(folder / "disk"), str(files),
+    most_files = 2 + sum(1 for _ in root.rglob("*")) + limit.size  # the root folder counts as two
+    command = [*OWN_MOUNTS, "sh", "-c", FEW_FILES, "sh", str(root), str(folder / "disk"), str(most_files),
                *sandbox.command(PROGRAM, root, [limit.mode])]
     result = subprocess.run(command, env={"PATH": os.environ["PATH"]}, stdin=subprocess.DEVNULL, capture_output=True,
                             timeout=LONGEST_RUN, check=False)
@@ -171,8 +198,8 @@ def run_with_mounted(folder, root, limit):
 
 KINDS = {
     "length": Kind("files of at most (bytes)", run_with_short_writes, faults_of_length),
-    "free": Kind("a disk with room for (pages)", run_on_small_disk, faults_of_room),
-    "files": Kind("a disk with room for (files)", run_with_few_files, faults_of_room),
+    "free": Kind("a disk with room for (pages)", run_on_small_disk, faults_of_pages),
+    "files": Kind("a disk with room for (files)", run_with_few_files, faults_of_files),
     "mounted": Kind("something is mounted on", run_with_mounted, faults_of_mounted),
 }
 
