@@ -138,7 +138,7 @@ def failing_clean_ups(mode):
 
 
 def in_rotation():
-    """One errno for each call, the next one for the next call of its kind."""
+    """One errno for each call, the next one for the next call of its kind; one more where the program tries again."""
     turns = {}
 
     def next_errno(call, goes_on):
@@ -146,7 +146,8 @@ def in_rotation():
         if not errnos:
             return ()
         turn = turns.setdefault((call.name, is_new_file(call), goes_on), itertools.count())
-        return (errnos[next(turn) % len(errnos)],)
+        chosen = errnos[next(turn) % len(errnos)]
+        return (chosen, errnos[0]) if is_retried(call, chosen, goes_on) else (chosen,)
 
     return next_errno
 
@@ -158,9 +159,8 @@ def every_errno(call, goes_on):
 # What a fault may do
 
 
-def is_retried(call, fault):
-    is_interruption = fault.errno == "EINTR" and not fault.goes_on
-    return is_interruption and (call.name in ("read", "write", "wait4") or b"O_NOCTTY" in call.arguments)
+def is_retried(call, error, goes_on):
+    return error == "EINTR" and not goes_on and (call.name in ("read", "write", "wait4") or b"O_NOCTTY" in call.arguments)
 
 
 def is_to_flush(call):
@@ -174,7 +174,7 @@ def is_to_flush(call):
 def is_without_effect(call, fault):
     """Reports, flushes of folders, and what the run can do without."""
     path = recordedRun.path_of(call)
-    if call.name in WITHOUT_EFFECT or is_retried(call, fault) or is_to_flush(call):
+    if call.name in WITHOUT_EFFECT or is_retried(call, fault.errno, fault.goes_on) or is_to_flush(call):
         return True
     if call.name == "fsync" and not oneStep.is_of_commit(path):
         return True
