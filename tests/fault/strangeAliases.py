@@ -12,16 +12,19 @@ import shutil
 
 import comparison
 import documentedPaths
+import iniValue
 import sandbox
 
 MODES = ("all", "dev")
 FILE = documentedPaths.USER_INI
 OTHER = documentedPaths.SYSTEM_INI
-ROW = ('<item srcFile="{0}" srcSec="Web" srcKey="strHost" dstFile="{0}" dstSec="Alias" dstKey="First"/>'
+ROW = ('<item srcFile="{0}" srcSec="Alias" srcKey="Begin" dstFile="{0}" dstSec="Alias" dstKey="First"/>'
        '<item srcFile="{1}" srcSec="Alias" srcKey="First" dstFile="{2}" dstSec="Alias" dstKey="Second"/>'
        '<item srcFile="{2}" srcSec="Alias" srcKey="Second" dstFile="{1}" dstSec="Alias" dstKey="Third"/>'
        '<item srcFile="{0}" srcSec="Alias" srcKey="Third" dstFile="{2}" dstSec="Alias" dstKey="Fourth"/>')
 
+
+VALUE = b"heron-7"  # what the last row has to find
 
 # With all that the fix-ups would add.
 ACCOUNT = b"[account]\ndirectip=1\nSCALineKeyNumber=7\n"
@@ -79,6 +82,8 @@ ALIASES = {link: no_alias, relative_link: no_alias, link_of_link: no_alias, link
 def final(program, phone, mode, alias, first_name, root):
     """How the phone ends. The rows write first under the file's own name, or under the alias."""
     sandbox.make_phone(phone, root)
+    with open(root / FILE[1:], "ab") as file:
+        file.write(b"\n[Alias]\nBegin=" + VALUE + b"\n")
     name, options = alias(root)
     names = (FILE, name) if first_name == "own" else (name, FILE)
     table = root / documentedPaths.TABLE[1:]
@@ -102,7 +107,8 @@ def check(program, phone, mode, folder):
             status, found = final(program, phone, mode, alias, first_name, folder / "phone")
             faults = comparison.differences(without_links(expected), without_links(found))
             faults += [f"exit status {status}"] if status != 0 else []
-            faults += [] if b"Fourth=" in found[OTHER].content else ["the rows did nothing: nothing is proven"]
+            if like is no_alias and iniValue.read(found[OTHER].content, "Alias", "Fourth") != VALUE:
+                faults.append("a row did not see what another one had saved")
             results.append((f"{alias.__name__}, {first_name} name first", faults))
     return results
 
