@@ -135,6 +135,11 @@ def told(entry):
     return comparison.shown(entry)
 
 
+def told_difference(found, expected):
+    start = comparison.first_difference(expected, found)
+    return f"is {comparison.shown(found, start)} instead of {comparison.shown(expected, start)}"
+
+
 def differences(found, expected):
     return comparison.differences(expected, found)
 
