@@ -6,9 +6,9 @@
 Files are inodes: a name leads to one, and a rename takes it along with whatever of it is on the device. Until a file is
 flushed, each write to it may be missing, cut short or whole, and each change of its owner and permission bits may be
 missing. Until a folder is flushed, each name that was made, renamed or removed in it may be missing, whatever became of
-the changes before and after it. A file system without a journal gives the number of a removed inode to the next new file;
-until the folder is flushed, the removed name may lead to the new file's bytes. No file system is as bad as that; each that
-we know of is a part of it.
+the changes before and after it. A file system without a journal gives the number of a removed inode to the next new
+file; until the folder is flushed, the removed name may lead to the new file's bytes. No file system is as bad as that;
+each that we know of is a part of it.
 """
 
 import dataclasses

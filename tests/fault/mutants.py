@@ -35,8 +35,8 @@ WRITE_RECORD = """    const CommitRecord record = MakeRecord(run);
 
 MUTANTS = (
     # Temporary files
-    Mutant("no flush of a temporary file", "temporaryFile.cpp", " &&\n                           fsync(file.Number()) == 0", "",
-           POWER_CUT),
+    Mutant("no flush of a temporary file", "temporaryFile.cpp",
+           " &&\n                           fsync(file.Number()) == 0", "", POWER_CUT),
     Mutant("no flush of the temporary files' folders", "commitStaged.cpp",
            "    FlushFoldersOfTemporaries(run);\n", "", POWER_CUT),
     Mutant("no exclusive creation", "temporaryFile.cpp", "O_CREAT | O_EXCL", "O_CREAT", ("oneWayToWrite_test.py",)),
@@ -48,15 +48,15 @@ MUTANTS = (
     Mutant("record made before the temporary files", "commitStaged.cpp", WRITE_TEMPORARIES + WRITE_RECORD,
            WRITE_RECORD + WRITE_TEMPORARIES, POWER_CUT),
     Mutant("no flush of the record", "privateFile.cpp", " && fsync(file.Number()) == 0", "", POWER_CUT),
-    Mutant("no flush of the record's folder", "privateFile.cpp", "    if (error == 0)\n        FlushFolder(kNoteFolder);\n",
-           "", POWER_CUT),
+    Mutant("no flush of the record's folder", "privateFile.cpp",
+           "    if (error == 0)\n        FlushFolder(kNoteFolder);\n", "", POWER_CUT),
     Mutant("checksum of the record not tested", "commitRecord.cpp", "SumOf(checked).sha256 == fields.back()",
            "!checked.empty()", RECORD),
     Mutant("owner of the record not tested", "privateFile.cpp", "status.st_uid == geteuid()", "true", RECORD),
     Mutant("record not removed", "carryOut.cpp", "    RemovePrivateFile(kCommitRecord);\n", "", POWER_CUT),
     # Carrying it out
-    Mutant("no flush of the renames' folders", "carryOut.cpp", "        FlushFolder(folder.c_str());", "        (void)folder;",
-           POWER_CUT),
+    Mutant("no flush of the renames' folders", "carryOut.cpp", "        FlushFolder(folder.c_str());",
+           "        (void)folder;", POWER_CUT),
     Mutant("removal before its copy is there", "carryOut.cpp", "!change.waitsForCopy.empty() && ", "false && ", RECORD),
     Mutant("no recovery", "runCommit.cpp", "if (ParseRecord(text, record))", "if (false && ParseRecord(text, record))",
            POWER_CUT),

@@ -4,8 +4,8 @@
 
 """Proves the proofs: a program with one step of the commit taken out must fail the proof that is there for it.
 
-Each mutant is one source file with one piece of text replaced, compiled from a copy and linked with the libraries of the
-build under test. The program itself has no switch for it.
+Each mutant is one source file with one piece of text replaced, compiled from a copy and linked with the libraries of
+the build under test. The program itself has no switch for it.
 """
 
 import argparse
@@ -21,6 +21,7 @@ import proof
 
 HERE = pathlib.Path(__file__).resolve().parent
 ROOT = HERE.parent.parent
+MAIN = ROOT / "app/kestrune/kestrune/main.cpp"
 FAULTS = "FAULTS"  # in the last line of a proof that found some; one that broke off proves nothing
 MOST_SHOWN = 200
 COMPILE = ["c++", "-std=c++17", "-O0", "-D_FILE_OFFSET_BITS=64", "-D_TIME_BITS=64"] + [
@@ -82,7 +83,7 @@ def main():
     found = skipped = 0
     with tempfile.TemporaryDirectory() as folder, concurrent.futures.ThreadPoolExecutor(proof.WORKERS) as workers:
         object_of_main = pathlib.Path(folder) / "main.o"
-        subprocess.run(COMPILE + ["-c", str(ROOT / "app/kestrune/kestrune/main.cpp"), "-o", str(object_of_main)], check=True)
+        subprocess.run(COMPILE + ["-c", str(MAIN), "-o", str(object_of_main)], check=True)
         results = workers.map(Mutants(objects, object_of_main).prove, chosen)
         for mutant, (status, told) in zip(chosen, results):
             if status == proof.SKIPPED:
@@ -91,7 +92,8 @@ def main():
                 continue
             is_found = status != 0 and FAULTS in told
             found += is_found
-            print(f"{'found' if is_found else 'NOT found'}: {mutant.name}, by {' '.join(mutant.proof)}: {shown(told)}", flush=True)
+            verdict = "found" if is_found else "NOT found"
+            print(f"{verdict}: {mutant.name}, by {' '.join(mutant.proof)}: {shown(told)}", flush=True)
     print(f"mutants: {found} of {len(chosen)} taken-out steps found")
     if skipped:
         return proof.SKIPPED

@@ -42,7 +42,7 @@ def check_record(run, disk):
 
 
 def kill_points(run, count):
-    """How many calls a killed run made: some of all phones that a kill may leave, and the one with a record not flushed."""
+    """How many calls a killed run made: for some of all phones that a kill may leave, and with a record not flushed."""
     disk = make_disk(run.before)
     points = {}
     recorded = []
@@ -154,8 +154,8 @@ def main():
         faults += found
         states += more_states
         runs += more_runs
-    return proof.end("powerCut", faults, f"{states} states of phones in {len(arguments.mode)} modes, {runs} of them run "
-                     "on")
+    return proof.end("powerCut", faults,
+                     f"{states} states of phones in {len(arguments.mode)} modes, {runs} of them run on")
 
 
 if __name__ == "__main__":

@@ -2,8 +2,8 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""Kills runs on ext4 (with and without its journal), XFS and ext2, cuts the power and mounts the file system again: a run
-is one step.
+"""Kills runs on ext4 (with and without its journal), XFS and ext2, cuts the power and mounts the file system again: a
+run is one step.
 """
 
 import os
