@@ -74,10 +74,13 @@ class Records:
     def root(self):
         return comparison.worker_folder(self.scratch) / "phone"
 
-    def killed(self, call, number):
+    def killed(self, call, number, note=oneStep.RECORD):
         root = sandbox.make_from(self.run.before, self.root())
         kills.kill(self.program, root, self.run.mode, call, number)
-        return sandbox.snapshot(root)
+        found = sandbox.snapshot(root)
+        if note not in found:
+            raise oneStep.BadRecord(f"mode {self.run.mode} leaves no {note} when it is killed before {call} {number}")
+        return found
 
     def settled(self, phone):
         root = sandbox.make_from(phone, self.root())
@@ -177,9 +180,7 @@ class Records:
 
     def faults_of_notes(self, step):
         """Three flushes: the note, its folder, and a copy."""
-        phone = self.killed("fsync", 3)
-        if oneStep.NOTE not in phone:
-            return [f"mode {self.run.mode} leaves no note when it is killed"], 0
+        phone = self.killed("fsync", 3, oneStep.NOTE)
         texts = plantedRecord.damaged(phone[oneStep.NOTE].content, step)
         faults = self.faults_of_texts(phone, oneStep.NOTE, texts)
         foreign = dataclasses.replace(phone[oneStep.NOTE], mode=0o620)
