@@ -162,7 +162,7 @@ class Records:
         return faults
 
     def faults_of_vanished(self, phone):
-        """A temporary file that is gone leaves its file, and the original of a copy, as they were."""
+        """A temporary file that is gone or torn leaves its file, and the original of a copy, as they were."""
         temporaries = [path for path in phone if oneStep.is_temporary(path)]
         # The certificates were copied before the record was made.
         copied = {path: entry for path, entry in self.run.after.items()
@@ -174,9 +174,11 @@ class Records:
         for temporary in temporaries:
             path = temporary.removesuffix(sandbox.TEMPORARY_SUFFIX)
             expected = with_old(self.run, path, originals.get(path))
-            found = self.settled(without(phone, temporary))
-            faults += [f"without {temporary}: {fault}" for fault in oneStep.differences(found, expected)]
-        return faults, len(temporaries) + 1
+            torn = dataclasses.replace(phone[temporary], content=phone[temporary].content[:-1])
+            for state, left in (("gone", without(phone, temporary)), ("torn", {**phone, temporary: torn})):
+                found = oneStep.kept(self.settled(left), is_power_cut=False)
+                faults += [f"{temporary} {state}: {fault}" for fault in oneStep.differences(found, expected)]
+        return faults, 2 * len(temporaries) + 1
 
     def faults_of_notes(self, step):
         """Three flushes: the note, its folder, and a copy."""
@@ -223,7 +225,7 @@ def prove(program, phone, scratch):
         faults += [f"mode {mode}, {fault}" for fault in added]
         vanished += count
     added, notes = others.faults_of_notes(step)
-    return faults + added, (f"{texts} damaged and {len(foreign)} foreign records, {vanished} without temporary files, "
+    return faults + added, (f"{texts} damaged and {len(foreign)} foreign records, {vanished} without whole temporary files, "
                             f"{notes} notes")
 
 
