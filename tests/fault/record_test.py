@@ -225,8 +225,8 @@ def prove(program, phone, scratch):
         faults += [f"mode {mode}, {fault}" for fault in added]
         vanished += count
     added, notes = others.faults_of_notes(step)
-    return faults + added, (f"{texts} damaged and {len(foreign)} foreign records, {vanished} without whole temporary files, "
-                            f"{notes} notes")
+    return faults + added, (f"{texts} damaged and {len(foreign)} foreign records, {vanished} without whole temporary "
+                            f"files, {notes} notes")
 
 
 def main():
