@@ -63,19 +63,21 @@ int RemoveNow(const StagedFile& staged)
     return 0;
 }
 
-/// Marks what ends as it began, and counts the changes that are left.
-int CountChanges()
+/// Marks what ends as it began.
+///
+/// @return whether anything else is left
+bool FindChanges()
 {
-    int count = 0;
+    bool isAnyLeft = false;
     for (StagedFile& staged : StagedFiles()) {
         struct stat status = {};
         if (staged.state == StagedState::Saved && HoldsBytes(staged.path.c_str(), staged.bytes))
             staged.state = StagedState::Touched;
         if (staged.state == StagedState::Removed && lstat(staged.path.c_str(), &status) != 0 && errno == ENOENT)
             staged.state = StagedState::Touched;
-        count += staged.state != StagedState::Touched;
+        isAnyLeft |= staged.state != StagedState::Touched;
     }
-    return count;
+    return isAnyLeft;
 }
 
 void Fail(StagedFile& staged, int error)
@@ -232,16 +234,6 @@ bool CommitTogether(const RunToCommit& run)
     return true;
 }
 
-void CommitOne()
-{
-    for (StagedFile& staged : StagedFiles()) {
-        if (staged.state == StagedState::Touched)
-            continue;
-        if (const int error = staged.state == StagedState::Saved ? ReplaceNow(staged) : RemoveNow(staged))
-            Fail(staged, error);
-    }
-}
-
 void TouchTheOthers()
 {
     for (const StagedFile& staged : StagedFiles()) {
@@ -254,10 +246,8 @@ void TouchTheOthers()
 
 void CommitStaged(const RunToCommit& run)
 {
-    const int changes = CountChanges();
-    if (changes == 1 && !run.isOfUpgrade)
-        CommitOne();
-    else if ((changes > 0 || run.isOfUpgrade) && !CommitTogether(run))
+    const bool hasChanges = FindChanges() || run.isOfUpgrade;
+    if (hasChanges && !CommitTogether(run))
         CommitOneByOne(run);
     TouchTheOthers();
 }
