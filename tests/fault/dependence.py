@@ -33,7 +33,8 @@ def dependent_on(program, run, path, root):
     certificates = {name for name in run.after if name.startswith(documentedPaths.USER_CERTIFICATES)}
     if (path + "/").startswith(CERTIFICATES):
         return certificates
-    files = [name for name, entry in run.before.items() if name.rpartition("/")[0] == path and fileByFile.is_file(entry)]
+    files = [name for name, entry in run.before.items()
+             if name.rpartition("/")[0] == path and fileByFile.is_file(entry)]
     names = [path, *documentedPaths.TAKES_WITH_IT.get(path, ()), *fileByFile.held_back(run, [path])]
     if path in FOR_THE_NOTE:
         names += certificates

@@ -58,9 +58,9 @@ READS = {
     "fix-ups-only": FIX_UPS,
 }
 
-# What a file that cannot be read or saved takes with it besides the files that its absence changes: an unreadable user.ini
-# ends the table and the password pass where a missing one is made first, the groups are not saved without the contacts, without
-# the setting that allows them no XML data is translated, and without the key no password is enciphered.
+# What a file that cannot be read or saved takes with it besides the files that its absence changes: an unreadable
+# user.ini ends the table and the password pass where a missing one is made first, the groups are not saved without the
+# contacts, no XML data is translated without the setting that allows it, and no password enciphered without the key.
 TAKES_WITH_IT = {
     USER_INI: (SYSTEM_INI, *ACCOUNTS),
     "/config/data/contact_list.xml": ("/config/data/contact_group_list.xml",),

@@ -160,7 +160,8 @@ def every_errno(call, goes_on):
 
 
 def is_retried(call, error, goes_on):
-    return error == "EINTR" and not goes_on and (call.name in ("read", "write", "wait4") or b"O_NOCTTY" in call.arguments)
+    is_tried_again = call.name in ("read", "write", "wait4") or b"O_NOCTTY" in call.arguments
+    return error == "EINTR" and not goes_on and is_tried_again
 
 
 def is_to_flush(call):
@@ -223,7 +224,8 @@ def judge(fault, found, settled, result, logged):
 
 
 def exactly(expected, found):
-    return oneStep.differences({path: entry for path, entry in found.items() if not oneStep.is_temporary(path)}, expected)
+    kept = {path: entry for path, entry in found.items() if not oneStep.is_temporary(path)}
+    return oneStep.differences(kept, expected)
 
 
 def outputs_differ(fault, result):
@@ -244,7 +246,8 @@ def told_unsaved(messages):
 def judge_commit(fault, hit, settled, told):
     run = fault.run
     if fault.goes_on or fault.clean_up_fails:
-        unsaved = {path for path in fileByFile.changed(run) if path in run.after and settled.get(path) == run.before.get(path)}
+        unsaved = {path for path in fileByFile.changed(run)
+                   if path in run.after and settled.get(path) == run.before.get(path)}
         return fileByFile.faults_of(run, settled) + [f"{path} was not told" for path in sorted(unsaved - told.keys())]
     expected, unsaved = expected_commit(fault, hit[0])
     faults = exactly(expected, settled)

@@ -1,12 +1,12 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""Short writes, full disks and files that cannot be replaced: each file is as before or as after the run, whole, and a moved
-account is in one of its two places.
+"""Short writes, full disks and files that cannot be replaced: each file is as before or as after the run, whole, and a
+moved account is in one of its two places.
 
-Short writes come from a limit on the size of files, at each length that a save may be cut at. Full disks are file
-systems in memory with room for the phone and a little more, in bytes or in files. A file that cannot be replaced is one that
-something else is mounted on.
+Short writes come from a limit on the size of files, at lengths that a save may be cut at. Full disks are file systems
+in memory with room for the phone and a little more, in bytes or in files. A file that something is mounted on cannot be
+replaced.
 """
 
 import dataclasses

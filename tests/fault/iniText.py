@@ -85,11 +85,5 @@ def why_not_edited(base, found, allowed):
     return ""
 
 
-def changed_keys(before, after):
-    """The keys that have another value, or that only one of the texts has."""
-    old, new = values_of(before), values_of(after)
-    return {name for name in old.keys() | new.keys() if old.get(name) != new.get(name)}
-
-
 def shown(name):
     return "/".join(part.decode(errors="replace") for part in name)

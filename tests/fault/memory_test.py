@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""Every allocation of the program fails, once and from there on: the run goes on without the pass that met it, and it is
+"""Every allocation of the program fails, once and from there on: the run goes on without the pass that met it, and is
 committed whole or not at all.
 
 A small library, loaded in front of the C library, lets them fail. It leaves the program's children alone.

@@ -1,8 +1,8 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""A trace of every mode: only temporary files, the commit record and the note of the copies are written, each is flushed
-once, nothing is handed to a child, and no path is opened that the documentation does not name."""
+"""A trace of every mode: only temporary files, the commit record and the note of the copies are written, each is
+flushed once, nothing is handed to a child, and no path is opened that the documentation does not name."""
 
 import collections
 import dataclasses
@@ -16,7 +16,8 @@ import sandbox
 import systemLog
 import trace
 
-RECORDED = "trace=fsync,fdatasync,sync,syncfs,%file,%process,%network,openat2,memfd_create,ftruncate,fallocate,dup,dup2,dup3,fcntl,pipe,pipe2"
+RECORDED = ("trace=%file,%process,%network,openat2,memfd_create,ftruncate,fallocate,dup,dup2,dup3,fcntl,pipe,pipe2,"
+            "fsync,fdatasync,sync,syncfs")
 
 OPENING = ("open", "openat")
 

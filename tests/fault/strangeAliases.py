@@ -3,8 +3,8 @@
 
 """One file under two names: a run sees its own change under each of them before anything is on the device.
 
-The translation table gets rows that write under one name and read under the other. The phone has to end as with the file's
-own name in all rows; another hard link is another file.
+The translation table gets rows that write under one name and read under the other. The phone has to end as with the
+file's own name in all rows; another hard link is another file.
 """
 
 import os

@@ -32,7 +32,8 @@ def part(phone, path):
 
 def independent(job, with_file, missing):
     """What does not depend on the file: the same with it and without."""
-    taken = [taken for path, names in documentedPaths.TAKES_WITH_IT.items() if is_below(path, job.path) for taken in names]
+    taken = [name for path, names in documentedPaths.TAKES_WITH_IT.items() if is_below(path, job.path)
+             for name in names]
     return {name: entry for name, entry in with_file.items() if missing.get(name) == entry and name not in taken}
 
 

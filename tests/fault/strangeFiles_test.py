@@ -2,8 +2,8 @@
 # SPDX-License-Identifier: MIT
 
 """Links, pipes, sockets, folders and locked files wherever the program expects its own, and at its temporary names:
-nothing outside the phone is written, nothing hangs, and all other files end as in an ordinary run. Files under two names,
-and folders that vanish or that may not be written to."""
+nothing outside the phone is written, nothing hangs, and all other files end as in an ordinary run. Files under two
+names, and folders that vanish or that may not be written to."""
 
 import dataclasses
 import functools
@@ -128,7 +128,7 @@ def is_left_to_the_copy(job, kind):
 
 
 def is_left_out(job, kind):
-    """On the small phone the accounts that it lacks share the kinds among them. Mode "dev" is "all" less its last pass."""
+    """On the small phone the accounts that it lacks share the kinds. Mode "dev" is "all" less its last pass."""
     if job.mode == "dev" and strangeKinds.KINDS.index(kind) % 2 == 0:
         return True
     is_shared = job.phone == "small" and job.path in documentedPaths.ACCOUNTS and original_content(job) == b""
@@ -161,7 +161,7 @@ def check_folder(job, folder):
 def check_file(job, folder):
     results, rest_of_unreadable = [], {}
     for user in ((), strangeFolders.ORDINARY_USER):
-        kinds = [kind for kind in kinds_for(job) if (kind.taken_as == "no permission") == (user == strangeFolders.ORDINARY_USER)]
+        kinds = [kind for kind in kinds_for(job) if (kind.taken_as == "no permission") == bool(user)]
         if not kinds:
             continue
         put = functools.partial(put_file, job)

@@ -63,7 +63,7 @@ def lock_top_with_marker(mode):
 
 
 def check_locked_top(program, phone, mode, folder):
-    """Without a place for the record each file is committed by itself; with the marker, which stays, nothing is done."""
+    """Without a place for the record each file is committed by itself; with the marker, which stays, nothing is."""
     root = folder / "phone"
     ordinary, _ = end_of(program, phone, mode, root, lambda root: None, ORDINARY_USER)
     found, faults = end_of(program, phone, mode, root, lock_top, ORDINARY_USER)
