@@ -63,7 +63,8 @@ def destination_of(path):
 
 def is_written(path, mode):
     if path.endswith(sandbox.TEMPORARY_SUFFIX):
-        return destination_of(path) in (*documentedPaths.REPLACES[mode], documentedPaths.MARKER)
+        with_marker = (documentedPaths.MARKER, *documentedPaths.WITH_MARKER.get(mode, ()))
+        return destination_of(path) in (*documentedPaths.REPLACES[mode], *with_marker)
     return path in documentedPaths.WRITTEN_IN_PLACE[mode]
 
 
