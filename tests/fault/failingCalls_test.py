@@ -263,7 +263,7 @@ def expected_commit(fault, call):
     if path == oneStep.NOTE:
         # What a note names is taken back.
         return (run.after, ()) if call.name != "unlink" else (without_new_certificates(run), (path,))
-    if fault.errno in FOR_WANT_OF_ROOM and call.name != "rename" and len(fileByFile.changed(run)) > 1:
+    if fault.errno in FOR_WANT_OF_ROOM and call.name != "rename":
         return fileByFile.after_moves(run), ()
     return fileByFile.without_changes(run, run.after, [path]), (path,)
 
