@@ -61,8 +61,6 @@ MUTANTS = (
     Mutant("no recovery", "runCommit.cpp", "if (ParseRecord(text, record))", "if (false && ParseRecord(text, record))",
            POWER_CUT),
     Mutant("recovered record not flushed", "carryOut.cpp", "        FlushRecord();\n", "        ;\n", POWER_CUT),
-    Mutant("folder not flushed after a single rename", "replaceAtOnce.cpp", "FlushFolder(folder.c_str());", ";",
-           ("powerCut_test.py", "--mode", "fix-ups-only")),
     # The upgrade's marker
     Mutant("marker not changed", "commitStaged.cpp", "    if (run.isOfUpgrade)\n        record.changes",
            "    if (false)\n        record.changes", POWER_CUT_OF_SEQUENCE),
