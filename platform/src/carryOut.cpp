@@ -12,6 +12,7 @@
 #include <unistd.h>
 
 #include "descriptor.h"
+#include "foreignCopies.h"
 #include "privateFile.h"
 #include "runCommit.h"
 #include "systemLog.h"
@@ -140,7 +141,8 @@ bool CarryOut(const CommitRecord& record, CarryingOut turn)
     if (turn == CarryingOut::Again)
         FlushRecord();
     MakeChanges(record, turn);
-    if (!ChangeMarker(record, turn))
+    const bool mayHaveNote = turn == CarryingOut::Again || HasNoteOfCopies();
+    if ((mayHaveNote && !RemoveNoteOfCopies()) || !ChangeMarker(record, turn))
         return false;
     RemovePrivateFile(kCommitRecord);
     return true;

@@ -29,14 +29,14 @@ enum class CarryingOut {
     Again, ///< by a later one, which finds some of the changes made already
 };
 
-/// Makes the changes of a record that is on the device: renames, then removals, then the marker's change; then removes the
-/// record. Each change that fails, fails alone, and is told to the system log.
+/// Makes the changes of a record that is on the device: renames, then removals; then removes the note of the run's copies
+/// (foreignFiles.h), makes the marker's change, and removes the record. Each change that fails, fails alone, and is told to the system log.
 ///
 /// Carried out again, a change whose destination has the content is done already, and one whose file is not the recorded
 /// one is passed over. Some flash file systems rename in two writes, and a cut between them leaves one file under both
 /// names: renaming it once more would do nothing, so the temporary name is removed.
 ///
-/// @return false when the marker's change could not be made, and the record stays
+/// @return false when the note could not be removed or the marker's change not be made: the record stays
 bool CarryOut(const CommitRecord& record, CarryingOut turn);
 
 /// Tells the system log, and nobody else, that a change could not be committed.

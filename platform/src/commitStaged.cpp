@@ -13,6 +13,7 @@
 #include "commitRecord.h"
 #include "contentSum.h"
 #include "descriptor.h"
+#include "foreignCopies.h"
 #include "privateFile.h"
 #include "replaceAtOnce.h"
 #include "runCommit.h"
@@ -246,8 +247,9 @@ void TouchTheOthers()
 
 void CommitStaged(const RunToCommit& run)
 {
-    const bool hasChanges = FindChanges() || run.isOfUpgrade;
-    if (hasChanges && !CommitTogether(run))
+    if ((FindChanges() || run.isOfUpgrade) && !CommitTogether(run))
         CommitOneByOne(run);
+    if (HasNoteOfCopies())
+        (void)RemoveNoteOfCopies(); // one that stays takes the copies with it in the next run, which makes them again
     TouchTheOthers();
 }

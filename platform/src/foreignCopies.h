@@ -8,8 +8,13 @@
 /// Flushes the copies that this run has ended, and their folders.
 void FlushForeignCopies();
 
-/// Stages the removal of the note, if this run has made one, and forgets the copies.
-void ForgetForeignCopies();
+/// @return whether this run has made a note that is not removed yet
+bool HasNoteOfCopies();
+
+/// Removes the note, which belongs to a run that counts, and flushes its folder: from here on the copies stay.
+///
+/// @return false when it is still there
+bool RemoveNoteOfCopies();
 
 /// Removes what stands under the names of a note that a run without a commit has left, then the note.
 void TakeBackForeignCopies();

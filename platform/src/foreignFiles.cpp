@@ -11,7 +11,6 @@
 
 #include "commitRecord.h"
 #include "descriptor.h"
-#include "fileReplacement.h"
 #include "foreignCopies.h"
 #include "privateFile.h"
 #include "stagedFiles.h"
@@ -106,7 +105,6 @@ void EndForeignCopy(const ForeignCopy& copy)
     if (IsStaging())
         return;
     FlushForeignCopies();
-    endedCopies.clear();
 }
 
 void FlushForeignCopies()
@@ -114,14 +112,21 @@ void FlushForeignCopies()
     for (const std::string& copy : endedCopies)
         FlushFile(copy.c_str());
     FlushFoldersOf(endedCopies);
+    endedCopies.clear();
 }
 
-void ForgetForeignCopies()
+bool HasNoteOfCopies()
 {
-    endedCopies.clear();
-    if (hasNote)
-        (void)RemoveFile(kNote);
+    return hasNote;
+}
+
+bool RemoveNoteOfCopies()
+{
     hasNote = false;
+    if (unlink(kNote) != 0)
+        return errno == ENOENT;
+    FlushFolder(kNoteFolder);
+    return true;
 }
 
 void TakeBackForeignCopies()

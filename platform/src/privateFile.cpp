@@ -18,7 +18,8 @@ constexpr off_t kMostBytes = 4 << 20;
 bool IsTrusted(const struct stat& status)
 {
     return S_ISREG(status.st_mode) && status.st_uid == geteuid() && status.st_nlink == 1 &&
-           (status.st_mode & (S_IWGRP | S_IWOTH)) == 0 && status.st_size <= kMostBytes;
+           (status.st_mode & S_IRUSR) != 0 && (status.st_mode & (S_IWGRP | S_IWOTH)) == 0 &&
+           status.st_size <= kMostBytes;
 }
 
 bool ReadTrusted(const char* path, std::string& text)

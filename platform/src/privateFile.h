@@ -13,7 +13,8 @@ constexpr char kNoteFolder[] = "/config";
 enum class PrivateFileState {
     Missing,
     Whole,
-    Untrusted,  ///< no regular file of the running user with one link, writable by others, or larger than 4 MiB
+    Untrusted,  ///< no regular file of the running user with one link, not to be read by him, writable by others, or
+                ///< larger than 4 MiB
     Unreadable, ///< may be ours, but cannot be read now
 };
 

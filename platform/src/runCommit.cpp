@@ -28,7 +28,6 @@ void RemoveEmptyMarker()
 void Commit()
 {
     FlushForeignCopies();
-    ForgetForeignCopies();
     CommitStaged(run);
     if (run.isOfUpgrade)
         RemoveEmptyMarker();

@@ -261,16 +261,10 @@ def expected_commit(fault, call):
     if path == oneStep.RECORD:
         return (run.after if call.name == "unlink" else fileByFile.after_moves(run)), ()
     if path == oneStep.NOTE:
-        # What a note names is taken back.
-        return (run.after, ()) if call.name != "unlink" else (without_new_certificates(run), (path,))
+        return run.after, ()  # one that stays keeps the record, which the next run finishes
     if fault.errno in FOR_WANT_OF_ROOM and call.name != "rename":
         return fileByFile.after_moves(run), ()
     return fileByFile.without_changes(run, run.after, [path]), (path,)
-
-
-def without_new_certificates(run):
-    return {path: entry for path, entry in run.after.items()
-            if path in run.before or not path.startswith(documentedPaths.USER_CERTIFICATES)}
 
 
 def judge_reading(fault, hit, settled):
