@@ -12,7 +12,8 @@
 #include <unistd.h>
 
 #include "descriptor.h"
-#include "foreignCopies.h"
+#include "folderFlush.h"
+#include "noteOfCopies.h"
 #include "privateFile.h"
 #include "runCommit.h"
 #include "systemLog.h"
@@ -122,19 +123,6 @@ void FlushRecord()
 }
 
 } // namespace
-
-FolderFlush::~FolderFlush()
-{
-    for (const std::string& folder : folders_)
-        FlushFolder(folder.c_str());
-}
-
-void FolderFlush::Add(const std::string& path)
-{
-    std::string folder = FolderOf(path);
-    if (std::find(folders_.begin(), folders_.end(), folder) == folders_.end())
-        folders_.push_back(std::move(folder));
-}
 
 bool CarryOut(const CommitRecord& record, CarryingOut turn)
 {

@@ -3,26 +3,9 @@
 
 #pragma once
 
-#include <list>
 #include <string>
 
 #include "commitRecord.h"
-
-/// Collects folders, and flushes each once when it goes out of scope.
-class FolderFlush
-{
-public:
-    FolderFlush() = default;
-    ~FolderFlush();
-    FolderFlush(const FolderFlush&) = delete;
-    FolderFlush& operator=(const FolderFlush&) = delete;
-
-    /// Adds the folder that holds the path's last name.
-    void Add(const std::string& path);
-
-private:
-    std::list<std::string> folders_;
-};
 
 enum class CarryingOut {
     First, ///< by the run that has made the record
@@ -30,7 +13,7 @@ enum class CarryingOut {
 };
 
 /// Makes the changes of a record that is on the device: renames, then removals; then removes the note of the run's copies
-/// (foreignFiles.h), makes the marker's change, and removes the record. Each change that fails, fails alone, and is told to the system log.
+/// (foreignCopies.h), makes the marker's change, and removes the record. Each change that fails, fails alone, and is told to the system log.
 ///
 /// Carried out again, a change whose destination has the content is done already, and one whose file is not the recorded
 /// one is passed over. Some flash file systems rename in two writes, and a cut between them leaves one file under both

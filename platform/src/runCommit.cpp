@@ -6,7 +6,7 @@
 #include "carryOut.h"
 #include "commitRecord.h"
 #include "commitStaged.h"
-#include "foreignCopies.h"
+#include "noteOfCopies.h"
 #include "privateFile.h"
 #include "runLock.h"
 #include "stagedFiles.h"

@@ -67,10 +67,10 @@ MUTANTS = (
     Mutant("no flush of the marker", "carryOut.cpp", "    FlushFolder(kNoteFolder);\n    return error == 0;",
            "    return error == 0;", POWER_CUT_OF_SEQUENCE),
     # Certificates
-    Mutant("certificates not noted", "foreignFiles.cpp", "hasNote = fields.size() > 1 &&", "hasNote = false &&",
+    Mutant("certificates not noted", "foreignCopies.cpp", "hasNote = fields.size() > 1 &&", "hasNote = false &&",
            POWER_CUT_OF_CERTIFICATES),
     Mutant("certificates not flushed", "runCommit.cpp", "    FlushForeignCopies();\n", "", POWER_CUT_OF_CERTIFICATES),
-    Mutant("short certificate not taken back", "foreignFiles.cpp", "if (IsCutShort(copy))", "if (false)",
+    Mutant("short certificate not taken back", "foreignCopies.cpp", "if (IsCutShort(copy))", "if (false)",
            ("kill_test.py", "--mode", "dev")),
     Mutant("no lock", "runLock.cpp", "    lockedFolder = open(", "    return true;\n    lockedFolder = open(",
            ("together_test.py",)),

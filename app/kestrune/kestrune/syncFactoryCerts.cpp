@@ -10,7 +10,7 @@
 
 #include "appLog.h"
 #include "fileHelper.h"
-#include "foreignFiles.h"
+#include "foreignCopies.h"
 
 namespace
 {

@@ -10,7 +10,7 @@
 
 #include "fileHelper.h"
 #include "fileReplacement.h"
-#include "foreignFiles.h"
+#include "foreignCopies.h"
 
 namespace
 {

@@ -3,7 +3,7 @@
 
 #pragma once
 
-/// What a run does with the copies of foreignFiles.h at its start and in its commit.
+/// What a run does with the copies of foreignCopies.h at its start and in its commit.
 
 /// Flushes the copies that this run has ended, and their folders.
 void FlushForeignCopies();

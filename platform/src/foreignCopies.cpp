@@ -1,9 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-#include "foreignFiles.h"
+#include "foreignCopies.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -11,7 +10,8 @@
 
 #include "commitRecord.h"
 #include "descriptor.h"
-#include "foreignCopies.h"
+#include "folderFlush.h"
+#include "noteOfCopies.h"
 #include "privateFile.h"
 #include "stagedFiles.h"
 
@@ -56,28 +56,15 @@ void FlushFile(const char* path)
         (void)fsync(file.Number());
 }
 
-void FlushFoldersOf(const std::vector<std::string>& paths)
-{
-    std::vector<std::string> flushed;
-    for (const std::string& path : paths) {
-        std::string folder = FolderOf(path);
-        if (std::find(flushed.begin(), flushed.end(), folder) != flushed.end())
-            continue;
-        FlushFolder(folder.c_str());
-        flushed.push_back(std::move(folder));
-    }
-}
-
 void RemoveCopies(const std::vector<std::string_view>& fields)
 {
-    std::vector<std::string> removed;
+    FolderFlush flush;
     for (std::size_t number = 1; number < fields.size(); ++number) {
         const std::string path(fields[number]);
         struct stat status = {};
         if (lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && unlink(path.c_str()) == 0)
-            removed.push_back(path);
+            flush.Add(path);
     }
-    FlushFoldersOf(removed);
 }
 
 } // namespace
@@ -109,9 +96,11 @@ void EndForeignCopy(const ForeignCopy& copy)
 
 void FlushForeignCopies()
 {
-    for (const std::string& copy : endedCopies)
+    FolderFlush flush;
+    for (const std::string& copy : endedCopies) {
         FlushFile(copy.c_str());
-    FlushFoldersOf(endedCopies);
+        flush.Add(copy);
+    }
     endedCopies.clear();
 }
 
