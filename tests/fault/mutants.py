@@ -55,8 +55,9 @@ MUTANTS = (
     Mutant("owner of the record not tested", "privateFile.cpp", "status.st_uid == geteuid()", "true", RECORD),
     Mutant("record not removed", "carryOut.cpp", "    RemovePrivateFile(kCommitRecord);\n", "", POWER_CUT),
     # Carrying it out
-    Mutant("no flush of the renames' folders", "carryOut.cpp", "        FlushFolder(folder.c_str());",
-           "        (void)folder;", POWER_CUT),
+    Mutant("no flush of the renames' folders", "carryOut.cpp",
+           "Rename(change, turn));\n        flush.Add(change.path);", "Rename(change, turn));",
+           ("powerCut_test.py", "--mode", "fix-ups-only")),
     Mutant("removal before its copy is there", "carryOut.cpp", "!change.waitsForCopy.empty() && ", "false && ", RECORD),
     Mutant("no recovery", "runCommit.cpp", "if (ParseRecord(text, record))", "if (false && ParseRecord(text, record))",
            POWER_CUT),
