@@ -4,6 +4,7 @@
 """Given files dated 2040, or with inode numbers of 64 bits, the device's program migrates them as it does any other."""
 
 import calendar
+import dataclasses
 import os
 import pathlib
 import subprocess
@@ -23,9 +24,8 @@ class WideFileSystem(loopDevice.LoopDevice):
 
     def __init__(self, scratch):
         super().__init__("xfs", scratch)
-        self.size = 12 << 40
-        self.format = ["mkfs.xfs", "-q", "-f", "-l", "size=64m"]
-        self.options = ["-o", "inode64"]
+        self.kind = dataclasses.replace(self.kind, size=12 << 40, format=["mkfs.xfs", "-q", "-f", "-l", "size=64m"],
+                                        options=["-o", "inode64"])
 
     def wide_folder(self):
         for number in range(64):

@@ -11,7 +11,6 @@ import subprocess
 import time
 
 
-
 @dataclasses.dataclass(frozen=True)
 class Kind:
     name: str
