@@ -11,6 +11,7 @@ namespace
 constexpr std::string_view kBlanks = " \t";
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 constexpr std::string_view kLineBreaksAndZero("\r\n\0", 3);
+constexpr std::string_view kLineFeedAndZero("\n\0", 2);
 
 std::string_view TrimLeft(std::string_view text)
 {
@@ -41,7 +42,8 @@ bool IsStorable(std::string_view section, std::string_view key, std::string_view
         return false;
     if (TrimLeft(key).size() != key.size() || TrimRight(key).size() != key.size() || HasAnyOf(key.substr(0, 1), "[;#"))
         return false;
-    return !HasAnyOf(value, kLineBreaksAndZero);
+    // A CR at the end would become part of the line end.
+    return !HasAnyOf(value, kLineFeedAndZero) && (value.empty() || value.back() != '\r');
 }
 
 /// New lines end as the first line does.
