@@ -5,8 +5,10 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
 #include <fcntl.h>
 #include <initializer_list>
+#include <sys/prctl.h>
 #include <unistd.h>
 #ifdef __GLIBC__
 #include <malloc.h>
@@ -23,6 +25,9 @@ void PrepareProcess()
     }
     (void)std::signal(SIGPIPE, SIG_IGN);
     (void)std::signal(SIGXFSZ, SIG_IGN);
+    if (geteuid() == 0)
+        (void)prctl(PR_SET_DUMPABLE, 0);
+    (void)unsetenv("TZ"); // the C library opens what it names, and waits for a pipe
 #ifdef __GLIBC__
     // A threshold that moves would leave large files in the heap after they were released: twice the memory.
     constexpr int kMmapThreshold = 128 * 1024; // bytes
