@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <unistd.h>
 
-#include "descriptor.h"
+#include "boundedOutput.h"
 
 std::string FormatReport(const char* format, std::va_list arguments)
 {
@@ -27,5 +27,5 @@ void WriteReport(std::string report)
 {
     if (report.empty() || report.back() != '\n')
         report += '\n';
-    (void)WriteAll(STDERR_FILENO, report);
+    WriteWithinBounds(STDERR_FILENO, report);
 }

@@ -5,43 +5,98 @@
 
 #include <cerrno>
 #include <cstring>
+#include <ctime>
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <syslog.h>
+#include <unistd.h>
 
 #include "descriptor.h"
 
 namespace
 {
 
-/// Whether there is a log daemon with a place for a message within that time. One that stands still must not hold up the
-/// run: the C library would wait for it without end.
-bool HasPlaceWithin(int milliseconds)
+constexpr char kIdent[] = "kestrune";
+constexpr int kSliceMilliseconds = 10;
+
+/// Static, because a run waits only once for a log daemon that stands still. Counted in slices, since clocks may stand
+/// still as well.
+int slicesLeft = 1000 / kSliceMilliseconds;
+
+enum class LogKind { None, Datagrams, Stream };
+
+/// Connects without waiting.
+///
+/// @return 0; otherwise the error number
+int Connect(int socket)
 {
-    const Descriptor log(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
     sockaddr_un address = {};
     address.sun_family = AF_UNIX;
     std::strcpy(address.sun_path, _PATH_LOG);
-    if (!log.IsOpen())
-        return false;
-    if (connect(log.Number(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
-        return errno == EPROTOTYPE; // somebody listens, but to streams, which the C library tries next
+    return connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 ? 0 : errno;
+}
 
-    pollfd place = {log.Number(), POLLOUT, 0};
-    return poll(&place, 1, milliseconds) != 0;
+/// Whether there is a daemon that takes datagrams and has a place for one. The C library would wait for it without end.
+LogKind FindPlaceForDatagram()
+{
+    const Descriptor log(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+    if (!log.IsOpen())
+        return LogKind::None;
+    if (const int error = Connect(log.Number()))
+        return error == EPROTOTYPE ? LogKind::Stream : LogKind::None;
+    for (;; --slicesLeft) {
+        pollfd place = {log.Number(), POLLOUT, 0};
+        if (poll(&place, 1, slicesLeft > 0 ? kSliceMilliseconds : 0) > 0)
+            return LogKind::Datagrams;
+        if (slicesLeft <= 0)
+            return LogKind::None;
+    }
+}
+
+/// As the C library writes it to a stream: priority, time, ident, text, and a zero byte.
+std::string StreamMessage(int level, const std::string& text)
+{
+    char date[sizeof "Jan 01 00:00:00 "] = "";
+    const std::time_t now = std::time(nullptr);
+    std::tm parts = {};
+    if (localtime_r(&now, &parts) != nullptr)
+        (void)std::strftime(date, sizeof date, "%h %e %T ", &parts);
+    std::string message = "<" + std::to_string(LOG_USER | level) + ">" + date + kIdent + ": " + text;
+    message.push_back('\0');
+    return message;
+}
+
+/// The C library would wait without end for a place among the connections that nobody accepts.
+void SendToStream(const std::string& message)
+{
+    const Descriptor log(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    if (!log.IsOpen())
+        return;
+    while (const int error = Connect(log.Number())) {
+        if (error != EAGAIN || slicesLeft <= 0)
+            return;
+        --slicesLeft;
+        (void)usleep(kSliceMilliseconds * 1000);
+    }
+    (void)send(log.Number(), message.data(), message.size(),
+               MSG_NOSIGNAL); // a new connection has room, or none is to be had
 }
 
 } // namespace
 
 void WriteToSystemLog(int level, const std::string& text)
 {
-    static int patienceMilliseconds = 1000; // static, because a run waits only once
-    if (!HasPlaceWithin(patienceMilliseconds)) {
-        patienceMilliseconds = 0;
+    switch (FindPlaceForDatagram()) {
+    case LogKind::None:
         return;
+    case LogKind::Stream:
+        SendToStream(StreamMessage(level, text));
+        return;
+    case LogKind::Datagrams:
+        break;
     }
-    openlog("kestrune", /*option=*/0, LOG_USER);
+    openlog(kIdent, /*option=*/0, LOG_USER);
     syslog(LOG_USER | level, "%s", text.c_str());
     closelog(); // else its socket would hold a descriptor, and a process may have no other left to save a file
 }

@@ -6,6 +6,7 @@
 #include <cstdio>
 
 #include "passwordCipher.h"
+#include "standardOutput.h"
 
 namespace
 {
@@ -21,7 +22,7 @@ bool IsSevenBit(const char* text)
 
 void PrintBuffer(const char* buffer, int result)
 {
-    std::printf("lpOutPassword=%s, %d\n", buffer, result);
+    std::fprintf(StandardOutput(), "lpOutPassword=%s, %d\n", buffer, result);
 }
 
 void Encipher(const std::string& input, std::string& output)

@@ -11,6 +11,7 @@
 #include "devicePaths.h"
 #include "fileHelper.h"
 #include "iniFile.h"
+#include "standardOutput.h"
 #include "trackedNew.h"
 #include "xmlFile.h"
 
@@ -53,13 +54,13 @@ bool TranslateRecord(const TiXmlElement& record, bool bEncrypt)
     GetDstInfo(record, file, section, key, bThisKeyEncrypt);
 
     const std::string value = GetSrcValue(record, bEncrypt && bThisKeyEncrypt);
-    std::printf("Translate dst: %s %s %s value:%s bThisKeyEncrypt:%d\n", file.c_str(), section.c_str(), key.c_str(),
-                value.c_str(), bThisKeyEncrypt);
+    std::fprintf(StandardOutput(), "Translate dst: %s %s %s value:%s bThisKeyEncrypt:%d\n", file.c_str(),
+                 section.c_str(), key.c_str(), value.c_str(), bThisKeyEncrypt);
 
     // Loaded afresh for every record, which so sees what the records before it have saved.
     iniFile destination;
     if (destination.LoadFromFile(file.c_str()) == 0) {
-        std::puts("Can's load user's inifile!"); // the device's own spelling
+        std::fputs("Can's load user's inifile!\n", StandardOutput()); // the device's own spelling
         return false;
     }
     if (destination.SetTextValue(section, key, value) != 0)
@@ -72,7 +73,7 @@ bool TranslateRecord(const TiXmlElement& record, bool bEncrypt)
 int TranslateConfigTable()
 {
     if (ETL_MiscHelper::pathFileExist(kTableFile) == 0) {
-        std::printf("The file [%s] not exist !\n", kTableFile);
+        std::fprintf(StandardOutput(), "The file [%s] not exist !\n", kTableFile);
         return 0;
     }
     TiXmlDocument* table = NewTableDocument();
@@ -81,7 +82,7 @@ int TranslateConfigTable()
     const bool isLoaded = LoadXmlFile(*table, kTableFile) != 0;
 
     const bool bEncrypt = IsDeviceLocked();
-    std::printf("bEncrypt=%d\n", bEncrypt);
+    std::fprintf(StandardOutput(), "bEncrypt=%d\n", bEncrypt);
 
     const TiXmlElement* record = isLoaded ? FirstTableRecord(*table) : nullptr;
     if (record == nullptr) {
@@ -120,7 +121,7 @@ std::string GetSrcValue(const TiXmlElement& record, bool wantEnciphered)
         return std::string();
 
     const std::string text = ReadIniText(file, section, key, "");
-    std::printf("src value:%s\n", text.c_str());
+    std::fprintf(StandardOutput(), "src value:%s\n", text.c_str());
     std::string value;
     ConvertPasswordValue(&text, value, wantEnciphered);
     return value;
@@ -130,7 +131,7 @@ std::string ReadIniText(const char* file, const char* section, const char* key, 
 {
     iniFile document;
     if (document.LoadFromFile(file) == 0) {
-        std::printf("Can's load user's inifile [%s]!\n", file); // the device's own spelling
+        std::fprintf(StandardOutput(), "Can's load user's inifile [%s]!\n", file); // the device's own spelling
         return std::string();
     }
     return document.GetTextValue(section, key, defaultText);
