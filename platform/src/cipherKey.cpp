@@ -5,7 +5,6 @@
 
 #include <cctype>
 #include <cstring>
-#include <string>
 
 #include "fileBytes.h"
 
@@ -50,19 +49,30 @@ bool ParseKey(const std::string& text, CipherKey& key)
     return true;
 }
 
+void Warn(std::string* warning, const std::string& text)
+{
+    if (warning != nullptr)
+        *warning = text;
+}
+
 } // namespace
 
-bool LoadCipherKey(const char* path, CipherKey& key)
+bool LoadCipherKey(const char* path, CipherKey& key, std::string* warning)
 {
     std::string text;
-    switch (ReadFile(path, text)) {
+    struct stat status = {};
+    switch (ReadFile(path, text, &status)) {
     case ReadResult::Missing:
+        Warn(warning, std::string("no cipher key ") + path + ": passwords are not protected");
         key = DevelopmentKey();
         return true;
     case ReadResult::Unreadable:
+    case ReadResult::TooLarge:
         return false;
     case ReadResult::Done:
         break;
     }
+    if ((status.st_mode & (S_IWGRP | S_IWOTH)) != 0)
+        Warn(warning, std::string("others may write the cipher key ") + path);
     return ParseKey(text, key);
 }

@@ -119,7 +119,10 @@ const KeyedCipher::KeySchedule& KeyedCipher::Key() const
     if (!key_) {
         KeySchedule made = {};
         CipherKey key = {};
-        made.isUsable = LoadCipherKey(keyFile_, key);
+        std::string warning;
+        made.isUsable = LoadCipherKey(keyFile_, key, &warning);
+        if (warn_ != nullptr && !warning.empty())
+            warn_(warning);
         if (made.isUsable)
             siv_cmac_aes256_set_key(&made.context, key.data());
         key_ = made;

@@ -4,14 +4,20 @@
 #include "passwordCipher.h"
 
 #include "keyedCipher.h"
+#include "systemLog.h"
 
 namespace
 {
 
+void WarnInSystemLog(const std::string& text)
+{
+    WriteToSystemLog(kSystemLogWarning, text);
+}
+
 /// Static, so that the key is read once a run.
 const KeyedCipher& DeviceCipher()
 {
-    static const KeyedCipher cipher("/phone/factory/certs/pwcipher.key");
+    static const KeyedCipher cipher("/phone/factory/certs/pwcipher.key", &WarnInSystemLog);
     return cipher;
 }
 
