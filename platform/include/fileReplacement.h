@@ -32,10 +32,12 @@ constexpr mode_t kModeLessUmask = static_cast<mode_t>(-1);
 /// | destination                               | what happens                                                 |
 /// | ----------------------------------------- | ------------------------------------------------------------ |
 /// | missing                                   | made with `newFileMode`                                      |
-/// | regular file                              | replaced; owner, group and permission bits stay              |
+/// | regular file                              | replaced; owner, group, permission bits, access list and     |
+/// |                                           | extended attributes stay                                     |
 /// | regular file that holds these bytes       | nothing is written; its modification time becomes now        |
 /// | link                                      | stays a link; the file that it names is replaced (or made)   |
-/// | another user's link in a sticky folder    | the link itself is replaced; where it leads is not touched   |
+/// | another user's link or file in a folder   | replaced itself, as if nothing had that name; where a link   |
+/// | that everyone may write to                | leads is not touched                                         |
 /// | folder, pipe, socket, device, link loop   | failure                                                      |
 /// | its folder is missing or read-only        | failure; folders are never made                              |
 /// | no space                                  | failure; in a run, of the commit                             |
@@ -46,6 +48,13 @@ constexpr mode_t kModeLessUmask = static_cast<mode_t>(-1);
 /// @return true when the destination holds the bytes, or will hold them after the commit. On failure the destination is
 ///         as it was and no temporary file is left.
 bool ReplaceFile(const char* path, std::string_view bytes, mode_t newFileMode = kModeLessUmask);
+
+/// Replaces the file's content, which is made out of what another file holds, as a translation is. A new file gets the
+/// other one's owner and group, and nobody may read it who may not read that one.
+///
+/// @param sourcePath  zero-terminated, not null; a missing one leaves a new file as `ReplaceFile` makes it
+/// @return as `ReplaceFile`
+bool ReplaceDerivedFile(const char* path, std::string_view bytes, const char* sourcePath);
 
 /// Removes a file (standard `remove`: a link itself, or an empty folder), and flushes its folder.
 ///

@@ -20,8 +20,10 @@ int LoadXmlFile(TiXmlDocument& document, const char* path, std::string* errorDes
 
 /// Saves the bytes that the library's own `SaveFile` writes, by `ReplaceFile`.
 ///
-/// @return 1 on success; 0 when there is no memory or the file cannot be replaced, which then is as it was
-int SaveXmlFile(const TiXmlDocument& document, const char* path);
+/// @param sourcePath  the file out of which the document was made (`ReplaceDerivedFile`); null when it is none
+/// @return 1 on success; 0 when there is no memory, the text is larger than 16 MiB, or the file cannot be replaced, which
+///         then is as it was
+int SaveXmlFile(const TiXmlDocument& document, const char* path, const char* sourcePath = nullptr);
 
 /// @param element  not null
 /// @return the attribute's text; the default when it is absent

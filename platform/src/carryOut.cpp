@@ -12,6 +12,7 @@
 #include <unistd.h>
 
 #include "descriptor.h"
+#include "fileBytes.h"
 #include "folderFlush.h"
 #include "noteOfCopies.h"
 #include "privateFile.h"
@@ -22,16 +23,6 @@
 namespace
 {
 
-/// In a folder that everyone may write to, somebody else may have put a file in the place of ours.
-bool IsTrusted(const std::string& path)
-{
-    struct stat file = {};
-    struct stat folder = {};
-    if (lstat(path.c_str(), &file) != 0 || stat(FolderOf(path).c_str(), &folder) != 0)
-        return false;
-    return (folder.st_mode & S_IWOTH) == 0 || file.st_uid == geteuid() || file.st_uid == 0;
-}
-
 /// @return 0; otherwise the error number
 int Rename(const RecordedChange& change, CarryingOut turn)
 {
@@ -41,7 +32,7 @@ int Rename(const RecordedChange& change, CarryingOut turn)
             (void)unlink(temporary.c_str());
             return 0;
         }
-        if (!HoldsContent(temporary.c_str(), change.content) || !IsTrusted(temporary))
+        if (!HoldsContent(temporary.c_str(), change.content) || IsForeign(temporary))
             return 0;
     }
     if (std::rename(temporary.c_str(), change.path.c_str()) == 0)

@@ -13,6 +13,7 @@
 #include "commitRecord.h"
 #include "contentSum.h"
 #include "descriptor.h"
+#include "fileBytes.h"
 #include "folderFlush.h"
 #include "noteOfCopies.h"
 #include "privateFile.h"
@@ -24,36 +25,35 @@
 namespace
 {
 
-/// The file that a staged one takes the place of.
+/// Sees which file a staged one takes the place of.
 ///
 /// @return 0; otherwise the error number
-int FindReplaced(const StagedFile& staged, struct stat& status, FileAttributes& attributes)
+int FindOrigin(const StagedFile& staged, FileOrigin& origin)
 {
-    attributes = {nullptr, staged.newFileMode};
+    origin = staged.origin;
+    struct stat status = {};
     if (staged.isMadeAfresh)
         return 0;
     if (lstat(staged.path.c_str(), &status) != 0)
         return errno == ENOENT ? 0 : errno;
-    attributes.replaced = &status;
+    origin.replaced = staged.path;
     return S_ISREG(status.st_mode) ? 0 : EEXIST;
 }
 
 int WriteTemporary(TemporaryFile& file, const StagedFile& staged)
 {
-    struct stat status = {};
-    FileAttributes attributes = {};
-    if (const int error = FindReplaced(staged, status, attributes))
+    FileOrigin origin;
+    if (const int error = FindOrigin(staged, origin))
         return error;
-    return file.Write(staged.bytes, attributes);
+    return file.Write(staged.bytes, origin);
 }
 
 int ReplaceNow(const StagedFile& staged)
 {
-    struct stat status = {};
-    FileAttributes attributes = {};
-    if (const int error = FindReplaced(staged, status, attributes))
+    FileOrigin origin;
+    if (const int error = FindOrigin(staged, origin))
         return error;
-    return ReplaceAtOnce(staged.path, staged.bytes, attributes);
+    return ReplaceAtOnce(staged.path, staged.bytes, origin);
 }
 
 int RemoveNow(const StagedFile& staged)
@@ -73,7 +73,8 @@ bool FindChanges()
     bool isAnyLeft = false;
     for (StagedFile& staged : StagedFiles()) {
         struct stat status = {};
-        if (staged.state == StagedState::Saved && HoldsBytes(staged.path.c_str(), staged.bytes))
+        const bool isOurs = !staged.isMadeAfresh || !IsForeign(staged.path);
+        if (staged.state == StagedState::Saved && isOurs && HoldsBytes(staged.path.c_str(), staged.bytes))
             staged.state = StagedState::Touched;
         if (staged.state == StagedState::Removed && lstat(staged.path.c_str(), &status) != 0 && errno == ENOENT)
             staged.state = StagedState::Touched;
@@ -98,6 +99,13 @@ bool IsForWantOfRoom(int error)
     return error == ENOSPC || error == EDQUOT;
 }
 
+FileOrigin OriginOfMarker()
+{
+    FileOrigin origin;
+    origin.replaced = kUpgradeMarker; // one that has gone fails: somebody else has dealt with the upgrade
+    return origin;
+}
+
 /// The new content of every changed file, flushed under its temporary name. A file that fails, fails alone.
 ///
 /// @return false when there is no room for all of them, or the marker's is not to be had
@@ -114,11 +122,7 @@ bool WriteTemporaries(const RunToCommit& run, std::list<TemporaryFile>& temporar
         temporaries.pop_back();
         Fail(staged, error);
     }
-    if (!run.isOfUpgrade)
-        return true;
-    struct stat status = {};
-    return lstat(kUpgradeMarker, &status) == 0 &&
-           temporaries.emplace_back(kUpgradeMarker).Write(run.laterWords, {&status, 0}) == 0;
+    return !run.isOfUpgrade || temporaries.emplace_back(kUpgradeMarker).Write(run.laterWords, OriginOfMarker()) == 0;
 }
 
 RecordedChange RemovalOf(const StagedFile& removed)
@@ -172,23 +176,14 @@ bool Move(StagedFile& moved, const StagedFile& copy)
     return true;
 }
 
-/// Takes this mode off the marker.
-///
-/// @return 0; otherwise the error number
-int ShortenMarker(const RunToCommit& run)
-{
-    struct stat status = {};
-    if (lstat(kUpgradeMarker, &status) != 0)
-        return errno;
-    return ReplaceAtOnce(kUpgradeMarker, run.laterWords, {&status, 0});
-}
-
 /// Each file whole, in the order of the first saves. The marker comes first: at most once rather than twice.
 void CommitOneByOne(const RunToCommit& run)
 {
-    if (const int error = run.isOfUpgrade ? ShortenMarker(run) : 0) {
-        TellFailure(kUpgradeMarker, error);
-        return;
+    if (run.isOfUpgrade) {
+        if (const int error = ReplaceAtOnce(kUpgradeMarker, run.laterWords, OriginOfMarker())) {
+            TellFailure(kUpgradeMarker, error);
+            return;
+        }
     }
     for (StagedFile& staged : StagedFiles()) {
         if (staged.state != StagedState::Saved)

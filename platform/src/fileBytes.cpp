@@ -42,16 +42,31 @@ bool IsMissing(int error)
     return error == ENOENT || error == ENOTDIR;
 }
 
-/// Whether the link in this folder is one that somebody may have planted: the folder is sticky and open to all, and the
-/// link is not ours.
-bool IsForeignLink(const std::string& path, const struct stat& link)
+/// Whether somebody else may have put this into the folder.
+bool IsForeign(const std::string& path, const struct stat& found)
 {
-    struct stat folder = {};
-    if (link.st_uid == geteuid())
+    if (found.st_uid == geteuid() || found.st_uid == 0)
         return false;
-    if (stat(FolderOf(path).c_str(), &folder) != 0)
-        return true;
-    return (folder.st_mode & S_ISVTX) != 0 && (folder.st_mode & S_IWOTH) != 0;
+    struct stat folder = {};
+    return stat(FolderOf(path).c_str(), &folder) != 0 || (folder.st_mode & S_IWOTH) != 0;
+}
+
+constexpr int kMostTries = 3;
+
+/// Looks at the name itself. A failure that is no answer is tried again.
+///
+/// @return 0; otherwise the error number
+int LookAt(const std::string& path, struct stat& status)
+{
+    int error = 0;
+    for (int tries = 0; tries < kMostTries; ++tries) {
+        if (lstat(path.c_str(), &status) == 0)
+            return 0;
+        error = errno;
+        if (IsMissing(error))
+            break;
+    }
+    return error;
 }
 
 bool ReadLinkTarget(const std::string& path, std::string& target)
@@ -71,7 +86,7 @@ struct stat StatusOf(const StagedFile& staged)
     if (!staged.isMadeAfresh && lstat(staged.path.c_str(), &status) == 0)
         return status;
     status = {};
-    status.st_mode = S_IFREG | ModeOfNewFile(staged.newFileMode);
+    status.st_mode = S_IFREG | ModeOfNewFile(staged.origin.newFileMode);
     status.st_uid = geteuid();
     status.st_gid = getegid();
     return status;
@@ -81,6 +96,8 @@ ReadResult ReadStaged(const StagedFile& staged, std::string& bytes, struct stat*
 {
     if (staged.state == StagedState::Removed)
         return ReadResult::Missing;
+    if (staged.bytes.size() > kLargestFile)
+        return ReadResult::TooLarge;
     std::string content;
     content.reserve(staged.bytes.size() + kRoomForChanges);
     content = staged.bytes;
@@ -90,21 +107,37 @@ ReadResult ReadStaged(const StagedFile& staged, std::string& bytes, struct stat*
     return ReadResult::Done;
 }
 
-ReadResult ReadDescriptor(const Descriptor& file, std::string& bytes, struct stat* status)
+/// How one attempt to read a file ended.
+enum class Attempt { Ended, IsLink, Failed };
+
+Attempt ReadOnce(const std::string& path, std::string& bytes, struct stat* status, ReadResult& result)
 {
+    const Descriptor file(OpenForReading(path.c_str()));
     struct stat found = {};
-    if (fstat(file.Number(), &found) != 0 || !S_ISREG(found.st_mode))
-        return ReadResult::Unreadable;
+    if (!file.IsOpen()) {
+        result = IsMissing(errno) ? ReadResult::Missing : ReadResult::Unreadable;
+        if (errno == ELOOP)
+            return Attempt::IsLink;
+        return IsMissing(errno) || errno == ENXIO ? Attempt::Ended : Attempt::Failed; // a socket cannot be opened
+    }
+    result = ReadResult::Unreadable;
+    if (fstat(file.Number(), &found) != 0)
+        return Attempt::Failed;
     std::string content;
-    if (static_cast<std::uint64_t>(found.st_size) > content.max_size() / 2)
-        return ReadResult::Unreadable;
+    if (IsForeign(path, found))
+        result = ReadResult::Missing;
+    else if (S_ISREG(found.st_mode) && static_cast<std::uint64_t>(found.st_size) > kLargestFile)
+        result = ReadResult::TooLarge;
+    if (result != ReadResult::Unreadable || !S_ISREG(found.st_mode))
+        return Attempt::Ended;
     if (!ReadAll(file.Number(), static_cast<std::size_t>(found.st_size), content))
-        return ReadResult::Unreadable;
+        return Attempt::Failed;
 
     bytes = std::move(content);
     if (status != nullptr)
         *status = found;
-    return ReadResult::Done;
+    result = ReadResult::Done;
+    return Attempt::Ended;
 }
 
 /// What was staged under this name, past what was only touched; null when the device has the file.
@@ -120,19 +153,22 @@ ReadResult Read(const std::string& path, LastLink lastLink, std::string& bytes, 
 {
     if (const StagedFile* staged = FindChanged(path))
         return ReadStaged(*staged, bytes, status);
-    const Descriptor file(OpenForReading(path.c_str()));
-    if (file.IsOpen())
-        return ReadDescriptor(file, bytes, status);
-    if (errno != ELOOP || lastLink == LastLink::Refuse)
-        return IsMissing(errno) ? ReadResult::Missing : ReadResult::Unreadable;
+    ReadResult result = ReadResult::Unreadable;
+    Attempt attempt = Attempt::Failed;
+    for (int tries = 0; tries < kMostTries && attempt == Attempt::Failed; ++tries)
+        attempt = ReadOnce(path, bytes, status, result);
+    if (attempt == Attempt::Failed)
+        ForbidChanges(path);
+    if (attempt != Attempt::IsLink || lastLink == LastLink::Refuse)
+        return result;
 
     // The last name is a link. They are rare here, so only now is it looked at.
     std::string target = path;
     struct stat ignored = {};
-    const LinkResult result = ResolveLinks(target, ignored);
-    if (result == LinkResult::Resolved)
+    const LinkResult link = ResolveLinks(target, ignored);
+    if (link == LinkResult::Resolved)
         return Read(target, LastLink::Refuse, bytes, status);
-    return result == LinkResult::Unresolvable ? ReadResult::Unreadable : ReadResult::Missing;
+    return link == LinkResult::Unresolvable ? ReadResult::Unreadable : ReadResult::Missing;
 }
 
 } // namespace
@@ -150,12 +186,12 @@ LinkResult ResolveLinks(std::string& path, struct stat& status)
             status.st_mode = S_IFREG;
             return staged->state == StagedState::Removed ? LinkResult::Missing : LinkResult::Resolved;
         }
-        if (lstat(path.c_str(), &status) != 0)
-            return IsMissing(errno) ? LinkResult::Missing : LinkResult::Unresolvable;
+        if (const int error = LookAt(path, status))
+            return IsMissing(error) ? LinkResult::Missing : LinkResult::Unresolvable;
+        if (IsForeign(path, status))
+            return LinkResult::Foreign;
         if (!S_ISLNK(status.st_mode))
             return LinkResult::Resolved;
-        if (IsForeignLink(path, status))
-            return LinkResult::Foreign;
 
         std::string target;
         if (!ReadLinkTarget(path, target))
@@ -163,4 +199,10 @@ LinkResult ResolveLinks(std::string& path, struct stat& status)
         path = target.front() == '/' ? target : FolderOf(path) + "/" + target;
     }
     return LinkResult::Unresolvable;
+}
+
+bool IsForeign(const std::string& path)
+{
+    struct stat status = {};
+    return lstat(path.c_str(), &status) == 0 && IsForeign(path, status);
 }

@@ -42,17 +42,17 @@ bool FindDestination(const char* path, Destination& destination)
     return !destination.exists || S_ISREG(destination.status.st_mode);
 }
 
-/// @param copiedFrom  the source of a copy; otherwise null
-bool Replace(const Destination& destination, std::string_view bytes, mode_t newFileMode, const char* copiedFrom)
+bool Replace(const Destination& destination, std::string_view bytes, FileOrigin origin)
 {
     if (IsStaging())
-        return StageSave({destination.path, bytes, newFileMode, !destination.exists, copiedFrom});
-    if (HoldsBytes(destination.path.c_str(), bytes)) {
+        return StageSave({destination.path, bytes, /*isMadeAfresh=*/!destination.exists, origin});
+    if (destination.exists && HoldsBytes(destination.path.c_str(), bytes)) {
         Touch(destination.path);
         return true;
     }
-    const struct stat* replaced = destination.exists ? &destination.status : nullptr;
-    return ReplaceAtOnce(destination.path, bytes, {replaced, newFileMode}) == 0;
+    if (destination.exists)
+        origin.replaced = destination.path;
+    return ReplaceAtOnce(destination.path, bytes, origin) == 0;
 }
 
 /// Whether the destination is a link, or a chain of links, that ends at the source.
@@ -70,7 +70,14 @@ bool IsLinkToSource(const char* destinationPath, const Destination& destination,
 bool ReplaceFile(const char* path, std::string_view bytes, mode_t newFileMode)
 {
     Destination destination;
-    return FindDestination(path, destination) && Replace(destination, bytes, newFileMode, /*copiedFrom=*/nullptr);
+    return FindDestination(path, destination) && Replace(destination, bytes, {"", "", MadeOf::Nothing, newFileMode});
+}
+
+bool ReplaceDerivedFile(const char* path, std::string_view bytes, const char* sourcePath)
+{
+    Destination destination;
+    return FindDestination(path, destination) &&
+           Replace(destination, bytes, {"", sourcePath, MadeOf::Another, kModeLessUmask});
 }
 
 bool CopyFile(const char* destinationPath, const char* sourcePath)
@@ -82,7 +89,8 @@ bool CopyFile(const char* destinationPath, const char* sourcePath)
         return false;
     if (IsLinkToSource(destinationPath, destination, sourcePath))
         destination = {destinationPath, /*exists=*/false, {}};
-    return Replace(destination, bytes, status.st_mode & kPermissionBits, sourcePath);
+    return Replace(destination, bytes,
+                   {"", sourcePath, MadeOf::ACopy, static_cast<mode_t>(status.st_mode & kPermissionBits)});
 }
 
 bool RemoveFile(const char* path)

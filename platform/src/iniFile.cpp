@@ -101,7 +101,7 @@ int iniFile::LoadFromFile(const char* path)
 {
     std::string bytes;
     const ReadResult result = path == nullptr ? ReadResult::Missing : ReadFile(path, bytes);
-    isUnreadable_ = result == ReadResult::Unreadable;
+    isUnreadable_ = result == ReadResult::Unreadable || result == ReadResult::TooLarge;
     Assign(std::move(bytes));
     path_ = result == ReadResult::Done ? path : ""; // what was not loaded has no file to go back to
     return result == ReadResult::Done;

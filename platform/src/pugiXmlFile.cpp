@@ -39,12 +39,19 @@ private:
 class StringWriter : public pugi::xml_writer
 {
 public:
+    bool IsWhole() const { return isWhole_; }
     const std::string& Bytes() const { return bytes_; }
 
 private:
-    void write(const void* data, std::size_t size) override { bytes_.append(static_cast<const char*>(data), size); }
+    void write(const void* data, std::size_t size) override
+    {
+        isWhole_ = isWhole_ && bytes_.size() + size <= kLargestPrintedXml;
+        if (isWhole_)
+            bytes_.append(static_cast<const char*>(data), size);
+    }
 
     std::string bytes_;
+    bool isWhole_ = true;
 };
 
 } // namespace
@@ -53,7 +60,7 @@ int LoadPugiXmlFile(pugi::xml_document& document, const char* path, unsigned int
 {
     document.reset();
     std::string bytes;
-    if (ReadFile(path, bytes) != ReadResult::Done || RefuseSize(bytes.size()) != nullptr)
+    if (ReadFile(path, bytes) != ReadResult::Done)
         return 0;
 
     LimitWalk walk;
@@ -70,5 +77,5 @@ int SavePugiXmlFile(const pugi::xml_document& document, const char* path, const 
 {
     StringWriter writer;
     document.save(writer, indent, flags, pugi::encoding_auto);
-    return ReplaceFile(path, writer.Bytes());
+    return writer.IsWhole() && ReplaceFile(path, writer.Bytes());
 }

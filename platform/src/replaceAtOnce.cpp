@@ -8,11 +8,11 @@
 
 #include "descriptor.h"
 
-int ReplaceAtOnce(const std::string& path, std::string_view bytes, const FileAttributes& attributes)
+int ReplaceAtOnce(const std::string& path, std::string_view bytes, const FileOrigin& origin)
 {
     TemporaryFile file(path);
     const std::string folder = FolderOf(path); // before the rename: nobody may be left to flush it
-    if (const int error = file.Write(bytes, attributes))
+    if (const int error = file.Write(bytes, origin))
         return error;
     if (const int error = file.RenameTo(path.c_str()))
         return error;

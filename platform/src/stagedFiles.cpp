@@ -24,7 +24,8 @@ struct KnownFolder {
 /// Static, because saves and reads of all passes meet here.
 bool isStaging = false;
 std::list<StagedFile> stagedFiles;
-std::list<KnownFolder> knownFolders; // looked up once each: a run reads the same folders again and again
+std::list<KnownFolder> knownFolders;    // looked up once each: a run reads the same folders again and again
+std::list<std::string> unreadableFiles; // paths of files that may not be changed any more
 
 std::string_view FolderText(std::string_view path)
 {
@@ -89,13 +90,23 @@ bool MayChangeFolderOf(const std::string& path)
     return faccessat(AT_FDCWD, FolderOf(path).c_str(), W_OK | X_OK, AT_EACCESS) == 0;
 }
 
+bool IsForbidden(const FileName& name)
+{
+    for (const std::string& path : unreadableFiles) {
+        FileName unreadable;
+        if (FindFileName(path, unreadable) && unreadable == name)
+            return true;
+    }
+    return false;
+}
+
 /// The copy that this run has made of the file, if it still has it.
 StagedFile* FindCopyOf(const FileName& source)
 {
     for (StagedFile& staged : stagedFiles) {
         FileName origin;
-        if (staged.state == StagedState::Saved && !staged.copiedFrom.empty() &&
-            FindFileName(staged.copiedFrom, origin) && origin == source)
+        if (staged.state == StagedState::Saved && staged.origin.madeOf == MadeOf::ACopy &&
+            FindFileName(staged.origin.source, origin) && origin == source)
             return &staged;
     }
     return nullptr;
@@ -140,6 +151,7 @@ void EndStaging()
     isStaging = false;
     stagedFiles.clear();
     knownFolders.clear();
+    unreadableFiles.clear();
 }
 
 bool IsStaging()
@@ -179,11 +191,11 @@ StagedFile* FindStaged(const std::string& path)
 bool StageSave(const SaveRequest& request)
 {
     FileName name;
-    if (!FindFileName(request.path, name) || name.name.empty())
+    if (!FindFileName(request.path, name) || name.name.empty() || IsForbidden(name))
         return false;
     StagedFile* staged = FindStaged(name);
     const bool isOnDevice = staged == nullptr || staged->state == StagedState::Touched;
-    if (isOnDevice && HoldsBytes(request.path.c_str(), request.bytes)) {
+    if (isOnDevice && !request.isMadeAfresh && HoldsBytes(request.path.c_str(), request.bytes)) {
         if (staged == nullptr)
             (void)AddStaged(request.path, name);
         return true;
@@ -191,25 +203,29 @@ bool StageSave(const SaveRequest& request)
     if (isOnDevice && !MayChangeFolderOf(request.path))
         return false;
 
-    std::string copiedFrom = request.copiedFrom == nullptr ? "" : request.copiedFrom;
+    FileOrigin origin = request.origin;
     if (staged == nullptr)
         staged = AddStaged(request.path, name);
     staged->bytes.assign(request.bytes);
     if (staged->state == StagedState::Removed || request.isMadeAfresh)
         staged->isMadeAfresh = true;
-    if (staged->state != StagedState::Saved)
-        staged->newFileMode = request.newFileMode;
-    if (!copiedFrom.empty())
-        staged->copiedFrom = std::move(copiedFrom);
+    if (staged->state != StagedState::Saved || origin.madeOf != MadeOf::Nothing)
+        staged->origin = std::move(origin);
     staged->copy = nullptr;
     staged->state = StagedState::Saved;
     return true;
 }
 
+void ForbidChanges(const std::string& path)
+{
+    if (isStaging)
+        unreadableFiles.push_back(AbsolutePath(path));
+}
+
 bool StageRemoval(const std::string& path)
 {
     FileName name;
-    if (!FindFileName(path, name) || name.name.empty())
+    if (!FindFileName(path, name) || name.name.empty() || IsForbidden(name))
         return false;
     StagedFile* staged = FindStaged(name);
     if (staged != nullptr && staged->state == StagedState::Removed)
@@ -222,7 +238,7 @@ bool StageRemoval(const std::string& path)
         staged = AddStaged(path, name);
     staged->copy = FindCopyOf(name);
     std::string().swap(staged->bytes);
-    staged->copiedFrom.clear();
+    staged->origin = {};
     staged->state = StagedState::Removed;
     return true;
 }

@@ -9,6 +9,8 @@
 #include <sys/stat.h>
 #include <sys/types.h>
 
+#include "fileAttributes.h"
+
 /// What a run has changed so far: seen by this run alone, and not on the device before its commit.
 ///
 /// A file is known by its folder's identity and its last name, so that linked folders and folders that are mounted twice
@@ -35,8 +37,7 @@ struct StagedFile {
     StagedState state = StagedState::Touched;
     std::string bytes;          ///< of a saved file
     bool isMadeAfresh = false;  ///< its attributes are a new file's, whatever the device has under this name
-    mode_t newFileMode = 0;     ///< as in `FileAttributes`
-    std::string copiedFrom;     ///< of a copy: the path of its source; otherwise empty
+    FileOrigin origin;          ///< of a saved file; what it replaces is seen at the commit
     StagedFile* copy = nullptr; ///< of a removed file: the copy that this run made of it, if any
 
     FileName Name() const;
@@ -66,13 +67,17 @@ StagedFile* FindStaged(const std::string& path);
 struct SaveRequest {
     const std::string& path; ///< no link that is to be followed
     std::string_view bytes;
-    mode_t newFileMode;     ///< as in `FileAttributes`
-    bool isMadeAfresh;      ///< takes the place of what has this name, and nothing from it
-    const char* copiedFrom; ///< the source of a copy; otherwise null
+    bool isMadeAfresh;        ///< takes the place of what has this name, and nothing from it
+    const FileOrigin& origin; ///< as far as it is not seen at the commit
 };
 
-/// Stages the file's new content. What can be seen to fail, fails: no folder, no permission, a read-only file system.
+/// Stages the file's new content. What can be seen to fail, fails: no folder, no permission, a read-only file system,
+/// a file that could not be read in this run.
 bool StageSave(const SaveRequest& request);
+
+/// From here on the file is neither saved nor removed in this run: what a pass makes of a file that it could not read must
+/// not take the file's place.
+void ForbidChanges(const std::string& path);
 
 /// Stages a removal.
 ///

@@ -9,12 +9,9 @@
 #include <unistd.h>
 
 #include "descriptor.h"
-#include "fileReplacement.h"
 
 namespace
 {
-
-constexpr mode_t kPermissionBits = 07777;
 
 int OpenAfresh(const char* path)
 {
@@ -25,35 +22,11 @@ int OpenAfresh(const char* path)
     return open(path, kFlags, S_IRUSR | S_IWUSR);
 }
 
-/// Owner and group first: a change of owner clears permission bits.
-bool GiveAttributes(int file, const FileAttributes& attributes)
-{
-    const struct stat* replaced = attributes.replaced;
-    if (replaced == nullptr)
-        return fchmod(file, ModeOfNewFile(attributes.newFileMode)) == 0;
-    struct stat made = {};
-    if (fstat(file, &made) != 0)
-        return false;
-    const bool isOwned = made.st_uid == replaced->st_uid && made.st_gid == replaced->st_gid;
-    if (!isOwned && fchown(file, replaced->st_uid, replaced->st_gid) != 0)
-        return false;
-    return fchmod(file, replaced->st_mode & kPermissionBits) == 0;
-}
-
 } // namespace
 
 std::string TemporaryPath(const std::string& path)
 {
     return path + ".kestrune-new";
-}
-
-mode_t ModeOfNewFile(mode_t newFileMode)
-{
-    if (newFileMode != kModeLessUmask)
-        return newFileMode;
-    const mode_t mask = umask(0);
-    (void)umask(mask);
-    return 0644 & ~mask;
 }
 
 TemporaryFile::~TemporaryFile()
@@ -62,16 +35,18 @@ TemporaryFile::~TemporaryFile()
         (void)unlink(path_.c_str()); // a leftover is removed by the next save of this file
 }
 
-int TemporaryFile::Write(std::string_view bytes, const FileAttributes& attributes)
+int TemporaryFile::Write(std::string_view bytes, const FileOrigin& origin)
 {
     errno = 0;
     const Descriptor file(OpenAfresh(path_.c_str()));
     exists_ = file.IsOpen();
-    const bool isWritten = exists_ && WriteAll(file.Number(), bytes) && GiveAttributes(file.Number(), attributes) &&
-                           fsync(file.Number()) == 0;
-    if (isWritten)
-        return 0;
-    return errno != 0 ? errno : ENOSPC; // a write that took nothing and said nothing
+    if (!exists_)
+        return errno;
+    if (!WriteAll(file.Number(), bytes))
+        return errno != 0 ? errno : ENOSPC; // a write that took nothing and said nothing
+    if (const int error = GiveAttributes(file.Number(), origin))
+        return error;
+    return fsync(file.Number()) == 0 ? 0 : errno;
 }
 
 int TemporaryFile::RenameTo(const char* destination)

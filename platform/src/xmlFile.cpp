@@ -35,11 +35,14 @@ public:
 private:
     static ssize_t Append(void* self, const char* data, std::size_t size)
     {
+        std::string& bytes = static_cast<MemoryStream*>(self)->bytes_;
+        if (bytes.size() + size > kLargestPrintedXml)
+            return 0; // a failed write, which the stream remembers
         try {
-            static_cast<MemoryStream*>(self)->bytes_.append(data, size);
+            bytes.append(data, size);
             return static_cast<ssize_t>(size);
         } catch (...) {
-            return 0; // a failed write, which the stream remembers
+            return 0;
         }
     }
 
@@ -78,10 +81,15 @@ const char* Parse(TiXmlDocument& document, std::string& text)
 const char* Load(TiXmlDocument& document, const char* path)
 {
     std::string text;
-    if (ReadFile(path, text) != ReadResult::Done)
+    switch (ReadFile(path, text)) {
+    case ReadResult::Done:
+        break;
+    case ReadResult::TooLarge:
+        return RefuseSize(kLargestFile + 1);
+    case ReadResult::Missing:
+    case ReadResult::Unreadable:
         return "Failed to open file"; // the library's own words
-    if (const char* refusal = RefuseSize(text.size()))
-        return refusal;
+    }
     NormaliseLineEnds(text);
     if (const char* refusal = RefuseXml(text))
         return refusal;
@@ -98,10 +106,13 @@ int LoadXmlFile(TiXmlDocument& document, const char* path, std::string* errorDes
     return failure == nullptr;
 }
 
-int SaveXmlFile(const TiXmlDocument& document, const char* path)
+int SaveXmlFile(const TiXmlDocument& document, const char* path, const char* sourcePath)
 {
     MemoryStream stream;
-    return stream.IsOpen() && document.SaveFile(stream.File()) && stream.Finish() && ReplaceFile(path, stream.Bytes());
+    if (!stream.IsOpen() || !document.SaveFile(stream.File()) || !stream.Finish())
+        return 0;
+    return sourcePath == nullptr ? ReplaceFile(path, stream.Bytes())
+                                 : ReplaceDerivedFile(path, stream.Bytes(), sourcePath);
 }
 
 std::string TinyXml_GetStringAttr(const TiXmlElement* element, const char* name, const char* defaultText)

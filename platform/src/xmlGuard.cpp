@@ -8,6 +8,8 @@
 #include <string>
 #include <tinyxml.h>
 
+#include "fileBytes.h"
+
 namespace
 {
 
@@ -293,7 +295,7 @@ private:
 
 const char* RefuseSize(std::size_t size)
 {
-    return size > kLargestXmlFile ? "Document too large." : nullptr;
+    return size > kLargestFile ? "Document too large." : nullptr;
 }
 
 const char* RefuseXml(std::string_view text)

@@ -75,7 +75,7 @@ void ReadGroups(const TiXmlElement& root, std::list<ContactRecord>& contacts, st
     }
 }
 
-int SetV50ContactData(const char* newPath, const std::list<ContactRecord>& contacts)
+int SetV50ContactData(const char* newPath, const std::list<ContactRecord>& contacts, const char* oldPath)
 {
     TiXmlDocument document;
     TiXmlElement* root = AppendElement(document, "root_contact");
@@ -94,10 +94,10 @@ int SetV50ContactData(const char* newPath, const std::list<ContactRecord>& conta
         element->SetAttribute("group_id_name", contact.groupId);
         element->SetAttribute("default_photo", contact.photoPath);
     }
-    return SaveXmlFile(document, newPath);
+    return SaveXmlFile(document, newPath, oldPath);
 }
 
-int SetV50GroupData(const char* newPath, const std::list<GroupRecord>& groups)
+int SetV50GroupData(const char* newPath, const std::list<GroupRecord>& groups, const char* oldPath)
 {
     TiXmlDocument document;
     TiXmlElement* root = AppendElement(document, "root_group");
@@ -112,7 +112,7 @@ int SetV50GroupData(const char* newPath, const std::list<GroupRecord>& groups)
         element->SetAttribute("ring", "");
         element->SetAttribute("read_only", group.isReadOnly ? 1 : 0);
     }
-    return SaveXmlFile(document, newPath);
+    return SaveXmlFile(document, newPath, oldPath);
 }
 
 } // namespace
@@ -132,14 +132,14 @@ int ContactV4XToV50(const char* oldPath, const char* newContactPath, const char*
         ETL_TraceHelper::etlTrace(ETL_TraceHelper::kTraceData, "Contact list is empty !!");
         return 0;
     }
-    if (SetV50ContactData(newContactPath, contacts) == 0)
+    if (SetV50ContactData(newContactPath, contacts, oldPath) == 0)
         return 0;
 
     if (groups.empty()) {
         ETL_TraceHelper::etlTrace(ETL_TraceHelper::kTraceData, "Group data is empty!!");
         return 0;
     }
-    return SetV50GroupData(newGroupPath, groups);
+    return SetV50GroupData(newGroupPath, groups, oldPath);
 }
 
 int GetV4XContactData(const char* oldPath, std::list<ContactRecord>& contacts, std::list<GroupRecord>& groups)

@@ -19,7 +19,7 @@ int DialNowV4XToV50(const char* oldPath, const char* newPath)
     std::list<DialRuleRecord> rules;
     if (GetV4XDialNowData(oldPath, rules) == 0)
         return 0;
-    return SetV50DialNowData(newPath, rules);
+    return SetV50DialNowData(newPath, rules, oldPath);
 }
 
 int GetV4XDialNowData(const char* oldPath, std::list<DialRuleRecord>& rules)
@@ -50,7 +50,7 @@ int GetV4XDialNowData(const char* oldPath, std::list<DialRuleRecord>& rules)
     return 1;
 }
 
-int SetV50DialNowData(const char* newPath, const std::list<DialRuleRecord>& rules)
+int SetV50DialNowData(const char* newPath, const std::list<DialRuleRecord>& rules, const char* oldPath)
 {
     if (newPath == nullptr)
         return 0;
@@ -65,5 +65,5 @@ int SetV50DialNowData(const char* newPath, const std::list<DialRuleRecord>& rule
         element->SetAttribute("rule", rule.prefix);
         element->SetAttribute("lines", rule.account);
     }
-    return SaveXmlFile(document, newPath);
+    return SaveXmlFile(document, newPath, oldPath);
 }

@@ -21,5 +21,6 @@ int DialNowV4XToV50(const char* oldPath, const char* newPath);
 /// @return 1 when the file was read; 0 when the path is null, or the file is missing, does not load or has another root
 int GetV4XDialNowData(const char* oldPath, std::list<DialRuleRecord>& rules);
 
+/// @param oldPath  the file whose owner a new one gets, and whose readers are the most that it may have; may be null
 /// @return 1 when the file was saved; 0 when it was not or the path is null
-int SetV50DialNowData(const char* newPath, const std::list<DialRuleRecord>& rules);
+int SetV50DialNowData(const char* newPath, const std::list<DialRuleRecord>& rules, const char* oldPath = nullptr);

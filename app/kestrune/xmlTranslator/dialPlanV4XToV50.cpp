@@ -19,7 +19,7 @@ int DialPlanV4XToV50(const char* oldPath, const char* newPath)
     std::list<DialRuleRecord> rules;
     if (GetV4XDialPlanData(oldPath, rules) == 0)
         return 0;
-    return SetV50DialPlanData(newPath, rules);
+    return SetV50DialPlanData(newPath, rules, oldPath);
 }
 
 int GetV4XDialPlanData(const char* oldPath, std::list<DialRuleRecord>& rules)
@@ -52,7 +52,7 @@ int GetV4XDialPlanData(const char* oldPath, std::list<DialRuleRecord>& rules)
     return 1;
 }
 
-int SetV50DialPlanData(const char* newPath, const std::list<DialRuleRecord>& rules)
+int SetV50DialPlanData(const char* newPath, const std::list<DialRuleRecord>& rules, const char* oldPath)
 {
     if (newPath == nullptr)
         return 0;
@@ -68,5 +68,5 @@ int SetV50DialPlanData(const char* newPath, const std::list<DialRuleRecord>& rul
         element->SetAttribute("replace", rule.replacement);
         element->SetAttribute("lines", rule.account);
     }
-    return SaveXmlFile(document, newPath);
+    return SaveXmlFile(document, newPath, oldPath);
 }

@@ -52,7 +52,7 @@ int DoorPhoneV4XToV50(const char* oldPath, const char* newPath)
     std::list<DoorPhoneRecord> doorPhones;
     if (GetV4XDoorPhoneData(oldPath, doorPhones) == 0)
         return 0;
-    return SetV50DoorPhoneData(newPath, doorPhones);
+    return SetV50DoorPhoneData(newPath, doorPhones, oldPath);
 }
 
 int GetV4XDoorPhoneData(const char* oldPath, std::list<DoorPhoneRecord>& doorPhones)
@@ -88,7 +88,7 @@ int GetV4XDoorPhoneData(const char* oldPath, std::list<DoorPhoneRecord>& doorPho
     return 1;
 }
 
-int SetV50DoorPhoneData(const char* newPath, const std::list<DoorPhoneRecord>& doorPhones)
+int SetV50DoorPhoneData(const char* newPath, const std::list<DoorPhoneRecord>& doorPhones, const char* oldPath)
 {
     if (newPath == nullptr)
         return 0;
@@ -109,7 +109,7 @@ int SetV50DoorPhoneData(const char* newPath, const std::list<DoorPhoneRecord>& d
         element->SetAttribute("send_video", doorPhone.sendVideo ? 1 : 0);
         element->SetAttribute("full_screen", doorPhone.fullScreen ? 1 : 0);
     }
-    return SaveXmlFile(document, newPath);
+    return SaveXmlFile(document, newPath, oldPath);
 }
 
 int GetDoorPhoneModelIndex(const char* modelName)

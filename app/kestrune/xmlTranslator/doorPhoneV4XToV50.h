@@ -33,8 +33,10 @@ int DoorPhoneV4XToV50(const char* oldPath, const char* newPath);
 /// @return 1 when the file was read; 0 when the path is null, or the file is missing, does not load or has another root
 int GetV4XDoorPhoneData(const char* oldPath, std::list<DoorPhoneRecord>& doorPhones);
 
+/// @param oldPath  the file whose owner a new one gets, and whose readers are the most that it may have; may be null
 /// @return 1 when the file was saved; 0 when it was not or the path is null
-int SetV50DoorPhoneData(const char* newPath, const std::list<DoorPhoneRecord>& doorPhones);
+int SetV50DoorPhoneData(const char* newPath, const std::list<DoorPhoneRecord>& doorPhones,
+                        const char* oldPath = nullptr);
 
 /// For other programs of the device; the reader above does the same look-up without it.
 ///

@@ -71,7 +71,7 @@ int DSSKeyV4XToV50(const char* oldPath, const char* newPath)
     std::list<DSSKeyRecord> keys;
     if (GetV4XDSSKeyData(oldPath, keys) == 0)
         return 0;
-    return SetV50DSSKeyData(newPath, keys);
+    return SetV50DSSKeyData(newPath, keys, oldPath);
 }
 
 int GetV4XDSSKeyData(const char* oldPath, std::list<DSSKeyRecord>& keys)
@@ -99,7 +99,7 @@ int GetV4XDSSKeyData(const char* oldPath, std::list<DSSKeyRecord>& keys)
     return 1;
 }
 
-int SetV50DSSKeyData(const char* newPath, const std::list<DSSKeyRecord>& keys)
+int SetV50DSSKeyData(const char* newPath, const std::list<DSSKeyRecord>& keys, const char* oldPath)
 {
     if (newPath == nullptr)
         return 0;
@@ -114,5 +114,5 @@ int SetV50DSSKeyData(const char* newPath, const std::list<DSSKeyRecord>& keys)
         if (!AppendKey(*root, key))
             return 0;
     }
-    return SaveXmlFile(document, newPath);
+    return SaveXmlFile(document, newPath, oldPath);
 }

@@ -29,5 +29,6 @@ int DSSKeyV4XToV50(const char* oldPath, const char* newPath);
 /// @return 1 when the file was read; 0 when the path is null, or the file is missing, does not load or has another root
 int GetV4XDSSKeyData(const char* oldPath, std::list<DSSKeyRecord>& keys);
 
+/// @param oldPath  the file whose owner a new one gets, and whose readers are the most that it may have; may be null
 /// @return 1 when the file was saved; 0 when it was not or the path is null
-int SetV50DSSKeyData(const char* newPath, const std::list<DSSKeyRecord>& keys);
+int SetV50DSSKeyData(const char* newPath, const std::list<DSSKeyRecord>& keys, const char* oldPath = nullptr);

@@ -59,5 +59,5 @@ int RemoteBookV4XToV50(const char* oldPath, const char* newPath)
     root->SetValue("root_remote_phonebook");
     if (!PadItems(*root))
         return 0;
-    return SaveXmlFile(document, newPath);
+    return SaveXmlFile(document, newPath, oldPath);
 }
