@@ -109,19 +109,44 @@ mode_t ModeLessUmask()
 
 /// Writes the bytes and gives them to the device.
 ///
-/// @param old  the file whose owner and permission bits the new one gets; null for none
-bool WriteNewFile(const std::string& path, std::string_view bytes, const struct stat* old, mode_t newFileMode)
+/// @param owner  the file whose owner and group the new one gets; null for none
+bool WriteNewFile(const std::string& path, std::string_view bytes, const struct stat* owner, mode_t mode)
 {
     (void)unlink(path.c_str()); // what an earlier run may have left
     const OpenFile file(path, O_WRONLY | O_CREAT | O_EXCL, 0600);
     if (file.Number() == -1 || !WriteAll(file.Number(), bytes))
         return false;
     // The owner first: a change of it clears bits.
-    if (old != nullptr && (old->st_uid != geteuid() || old->st_gid != getegid()) &&
-        fchown(file.Number(), old->st_uid, old->st_gid) != 0)
+    if (owner != nullptr && (owner->st_uid != geteuid() || owner->st_gid != getegid()) &&
+        fchown(file.Number(), owner->st_uid, owner->st_gid) != 0)
         return false;
-    const mode_t mode = old != nullptr ? old->st_mode & 07777 : newFileMode;
     return fchmod(file.Number(), mode) == 0 && fsync(file.Number()) == 0;
+}
+
+/// @param source  the file whose owner and group a new one gets; null for none
+/// @param mode    the permission bits of a new one
+bool Replace(const char* path, std::string_view bytes, const struct stat* source, mode_t mode)
+{
+    const Place place = Find(path);
+    if (place.path.empty() || (place.error != 0 && place.error != ENOENT))
+        return false;
+    const bool isThere = place.error == 0 && !place.isForeign;
+    if (isThere && !S_ISREG(place.status.st_mode))
+        return false;
+
+    std::string oldBytes;
+    if (isThere && ReadFile(place.path.c_str(), oldBytes) && oldBytes == bytes)
+        return utimensat(AT_FDCWD, place.path.c_str(), /*times=*/nullptr, 0) == 0;
+
+    const std::string newPath = place.path + ".kestrune-new";
+    const struct stat* owner = isThere ? &place.status : source;
+    if (!WriteNewFile(newPath, bytes, owner, isThere ? place.status.st_mode & 07777 : mode) ||
+        rename(newPath.c_str(), place.path.c_str()) != 0) {
+        (void)unlink(newPath.c_str());
+        return false;
+    }
+    FlushFolder(place.path);
+    return true;
 }
 
 } // namespace
@@ -151,26 +176,15 @@ bool ReadFile(const char* path, std::string& bytes, struct stat* status)
 
 bool ReplaceFile(const char* path, std::string_view bytes, mode_t newFileMode)
 {
-    const Place place = Find(path);
-    if (place.path.empty() || (place.error != 0 && place.error != ENOENT))
-        return false;
-    const bool isThere = place.error == 0 && !place.isForeign;
-    if (isThere && !S_ISREG(place.status.st_mode))
-        return false;
+    return Replace(path, bytes, /*source=*/nullptr, newFileMode == kModeLessUmask ? ModeLessUmask() : newFileMode);
+}
 
-    std::string oldBytes;
-    if (isThere && ReadFile(place.path.c_str(), oldBytes) && oldBytes == bytes)
-        return utimensat(AT_FDCWD, place.path.c_str(), /*times=*/nullptr, 0) == 0;
-
-    const std::string newPath = place.path + ".kestrune-new";
-    const mode_t mode = newFileMode == kModeLessUmask ? ModeLessUmask() : newFileMode;
-    if (!WriteNewFile(newPath, bytes, isThere ? &place.status : nullptr, mode) ||
-        rename(newPath.c_str(), place.path.c_str()) != 0) {
-        (void)unlink(newPath.c_str());
-        return false;
-    }
-    FlushFolder(place.path);
-    return true;
+bool ReplaceDerivedFile(const char* path, std::string_view bytes, const char* sourcePath)
+{
+    struct stat source = {};
+    if (stat(sourcePath, &source) != 0)
+        return ReplaceFile(path, bytes);
+    return Replace(path, bytes, &source, ModeLessUmask() & (source.st_mode | S_IWUSR));
 }
 
 bool RemoveFile(const char* path)
@@ -223,5 +237,5 @@ int ETL_SubClass::etlCopyFile(const char* destinationPath, const char* sourcePat
     const bool isLink = destination.error == 0 && destination.path != destinationPath;
     if (isLink && destination.path == Find(sourcePath).path && unlink(destinationPath) != 0)
         return 0;
-    return ReplaceFile(destinationPath, bytes, status.st_mode & 07777) ? 1 : 0;
+    return Replace(destinationPath, bytes, &status, status.st_mode & 07777) ? 1 : 0;
 }

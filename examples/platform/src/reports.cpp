@@ -15,6 +15,7 @@
 
 #include "appLog.h"
 #include "integerText.h"
+#include "standardOutput.h"
 #include "trace.h"
 
 namespace
@@ -65,6 +66,11 @@ int HighestTraceLevel()
 }
 
 } // namespace
+
+std::FILE* StandardOutput()
+{
+    return stdout; // a reader that stands still is waited for here
+}
 
 void app_log(int module, int level, const char* format, ...)
 {

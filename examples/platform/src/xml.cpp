@@ -192,12 +192,15 @@ int LoadXmlFile(TiXmlDocument& document, const char* path, std::string* errorDes
     return failure == nullptr ? 1 : 0;
 }
 
-int SaveXmlFile(const TiXmlDocument& document, const char* path)
+int SaveXmlFile(const TiXmlDocument& document, const char* path, const char* sourcePath)
 {
     MemoryStream memory;
     if (memory.Stream() == nullptr || !document.SaveFile(memory.Stream()) || !memory.Finish())
         return 0;
-    return ReplaceFile(path, memory.Bytes()) ? 1 : 0;
+    return (sourcePath == nullptr ? ReplaceFile(path, memory.Bytes())
+                                  : ReplaceDerivedFile(path, memory.Bytes(), sourcePath))
+               ? 1
+               : 0;
 }
 
 std::string TinyXml_GetStringAttr(const TiXmlElement* element, const char* name, const char* defaultText)
