@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include "bundledPlatform.h"
+#include "operationResult.h"
 #include "phoneImage.h"
 #include "xmlText.h"
 
@@ -329,6 +330,94 @@ TEST(TransPasswordFile, EntriesOfTheUsersOwnFileAreConvertedAndTheLockStays)
     phone.Run("pwd");
     phone.Expect(kUserIni, UserIni("EnLock=0\n") + "[Web]\nA=" + kFirst + "\n");
     phone.ExpectNothingElseChanged();
+}
+
+TEST(TransPasswordFile, TheResultIsOneWhenNothingWasToBeConvertedOrTheListWasWalked)
+{
+    const std::string list = "<list>" + WebEntry("A") + "</list>";
+    const char* missing = nullptr;
+    struct Row {
+        const char* what;
+        const char* userLine;    // null: no such file
+        const char* factoryLine; // null: no such file
+        std::string list;        // empty: no such file
+        int result;
+    };
+    const Row rows[] = {
+        {"no file of the user's", missing, "EnLock=1\n", list, 0},
+        {"no file of the factory's", "EnLock=1\n", missing, list, 0},
+        {"neither", missing, missing, list, 0},
+        {"both plain", "EnLock=0\n", "EnLock=0\n", list, 1},
+        {"both plain, no list", "EnLock=0\n", "EnLock=0\n", "", 1},
+        {"both enciphered", "EnLock=2\n", "EnLock=1\n", list, 1},
+        {"both enciphered, no list", "EnLock=2\n", "EnLock=1\n", "", 1},
+        {"to be enciphered", "EnLock=0\n", "EnLock=1\n", list, 1},
+        {"to be enciphered, no list", "EnLock=0\n", "EnLock=1\n", "", 0},
+        {"to be enciphered, a list that does not load", "EnLock=0\n", "EnLock=1\n", "<list>", 0},
+        {"to be enciphered, no entry", "EnLock=0\n", "EnLock=1\n", "<list/>", 1},
+        {"to be deciphered", "EnLock=1\n", "EnLock=0\n", list, 1},
+        {"to be deciphered, no list", "EnLock=1\n", "EnLock=0\n", "", 0},
+        {"to be deciphered, no entry", "EnLock=1\n", "EnLock=0\n", "<list/>", 1},
+        {"an entry whose file does not load", "EnLock=0\n", "EnLock=1\n",
+         "<list><e file='/config/missing.ini' section='Web' key='A'/></list>", 1},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.what);
+        PhoneImage phone;
+        if (row.userLine != nullptr)
+            phone.Put(kUserIni, UserIni(row.userLine));
+        if (row.factoryLine != nullptr)
+            phone.Put(kFactoryIni, std::string("[PhoneSetting]\n") + row.factoryLine);
+        if (!row.list.empty())
+            phone.Put(kList, row.list);
+        phone.Put(kWebIni, "[Web]\nA=first\n");
+        EXPECT_EQ(ResultOf(RunForResult(phone, "TransPasswordFile")), "result " + std::to_string(row.result) + "\n");
+    }
+}
+
+TEST(TransAllEncryptConfig, TheResultIsZeroOnlyWithoutAList)
+{
+    struct Row {
+        const char* what;
+        std::string list; // empty: no such file
+        int result;
+    };
+    const Row rows[] = {
+        {"no list", "", 0},
+        {"a list that does not load", "<list>" + WebEntry("A"), 0},
+        {"no entry", "<list/>", 1},
+        {"an entry", "<list>" + WebEntry("A") + "</list>", 1},
+        {"an entry that is not active", "<list>" + WebEntry("A", "active='false'") + "</list>", 1},
+        {"an entry whose file does not load", "<list><e file='/config/missing.ini' section='Web' key='A'/></list>", 1},
+        {"accounts that do not load", "<list><e perAccount='true' section='account' key='Password'/></list>", 1},
+        {"a value that the cipher refuses", "<list>" + WebEntry("EightBit") + "</list>", 1},
+        {"a file that cannot be saved", "<list><e file='/config/c.ini' section='Web' key='A'/></list>", 1},
+    };
+    for (const Row& row : rows) {
+        for (const char* direction : {"encipher", "decipher"}) {
+            SCOPED_TRACE(std::string(row.what) + ", " + direction);
+            PhoneImage phone;
+            if (!row.list.empty())
+                phone.Put(kList, row.list);
+            phone.Put(kWebIni, "[Web]\nA=first\nEightBit=\x80\n");
+            phone.Put("/config/c.ini", "[Web]\nA=first\n");
+            phone.Put("/config/c.ini.kestrune-new/in the way", ""); // a folder where the new file would be made
+            EXPECT_EQ(ResultOf(RunForResult(phone, std::string("TransAllEncryptConfig ") + direction)),
+                      "result " + std::to_string(row.result) + "\n");
+        }
+    }
+}
+
+TEST(TransAllEncryptConfig, TheDirectionDecidesAndNotTheLocks)
+{
+    PhoneImage phone;
+    PutLocks(phone, "EnLock=1\n", "EnLock=1\n");
+    phone.Put(kList, "<list>" + WebEntry("A") + "</list>");
+    phone.Put(kWebIni, "[Web]\nA=first\n");
+    RunForResult(phone, "TransAllEncryptConfig encipher");
+    phone.Expect(kWebIni, "[Web]\nA=" + kFirst + "\n");
+    RunForResult(phone, "TransAllEncryptConfig decipher");
+    phone.Expect(kWebIni, "[Web]\nA=first\n");
 }
 
 TEST(TransEncryptValue, WithoutAFileSectionOrKeyNothingHappens)

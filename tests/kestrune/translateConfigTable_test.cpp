@@ -11,6 +11,7 @@
 #include <tinyxml.h>
 
 #include "bundledPlatform.h"
+#include "operationResult.h"
 #include "phoneImage.h"
 #include "xmlText.h"
 
@@ -295,10 +296,20 @@ TEST(TranslateConfigTable, WhatTheDestinationCannotHoldIsPassedOver)
                      Record("Good", "dstFile='/config/b.ini' dstSec='a]b'") +
                      Record("Good", "dstFile='/config/b.ini' dstKey='a=b'") +
                      Record("Good", "dstFile='/config/b.ini' dstKey=''") + Record("Good", "dstFile='/config/b.ini'"));
-    phone.Put(kA, std::string("[S]\nZero=a\0b\nReturn=a\rb\nGood=1\n", 31));
+    phone.Put(kA, std::string("[S]\nZero=a\0b\nReturn=a\r\r\nGood=1\n", 32)); // the last CR belongs to the line end
     phone.Put(kB, "[S]\nZero=old\nReturn=old\n");
     phone.Run("dev");
     phone.Expect(kB, "[S]\nZero=old\nReturn=old\nGood=1\n");
+    phone.ExpectNothingElseChanged();
+}
+
+TEST(TranslateConfigTable, AValueWithACarriageReturnInsideIsMoved)
+{
+    TablePhone phone(Record("A", "dstFile='/config/b.ini'"));
+    phone.Put(kA, "[S]\nA=a\rb\n");
+    phone.Put(kB, "[S]\nA=old\n");
+    phone.Run("dev");
+    phone.Expect(kB, "[S]\nA=a\rb\n");
     phone.ExpectNothingElseChanged();
 }
 
@@ -401,6 +412,59 @@ TEST(TranslateConfigTable, TheLockIsReadOnce)
     phone.Run("dev");
     phone.Expect(kA, std::string("[S]\nLock=1\nA=") + kHello + "\n");
     phone.ExpectNothingElseChanged();
+}
+
+TEST(TranslateConfigTable, TheResultIsOneWhenEveryRecordWasProcessed)
+{
+    const std::string toB = Record("A", "dstFile='/config/b.ini'");
+    const std::string toMissing = Record("A", "dstFile='/config/missing.ini'");
+    struct Row {
+        const char* what;
+        std::string table;
+        int result;
+    };
+    const Row rows[] = {
+        {"one record", "<t>" + toB + "</t>", 1},
+        {"two records", "<t>" + toB + Record("A", "dstKey='B'") + "</t>", 1},
+        {"a source that is missing",
+         "<t><r srcFile='/config/missing.ini' srcSec='S' srcKey='A' dstFile='/config/b.ini'/></t>", 1},
+        {"a record without a source", "<t><r dstFile='/config/b.ini' dstSec='S' dstKey='A'/></t>", 1},
+        {"a key that no file can hold", "<t>" + Record("A", "dstKey='a=b'") + "</t>", 1},
+        {"a destination that cannot be saved", "<t>" + Record("A", "dstFile='/config/c.ini'") + toB + "</t>", 1},
+        {"the only destination does not load", "<t>" + toMissing + "</t>", 0},
+        {"the first destination does not load", "<t>" + toMissing + toB + "</t>", 0},
+        {"the last destination does not load", "<t>" + toB + toMissing + "</t>", 0},
+        {"a record without any file", "<t>" + toB + "<r/></t>", 0},
+        {"no record", "<t/>", 0},
+        {"no record but a text and a comment", "<t>a<!-- b --></t>", 0},
+        {"no root", "<!-- a -->", 0},
+        {"not well-formed", "<t>" + toB, 0},
+        {"empty", "", 0},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.what);
+        TablePhone phone("");
+        phone.Put(kTable, row.table);
+        phone.Put(kA, "[S]\nA=1\n");
+        phone.Put(kB, "[S]\nA=2\n");
+        phone.Put("/config/c.ini", "");
+        phone.Put("/config/c.ini.kestrune-new/in the way", ""); // a folder where the new file would be made
+        // The document is the only object that the pass asks the tracking allocation for.
+        EXPECT_EQ(ResultOf(RunForResult(phone, "TranslateConfigTable")),
+                  "result " + std::to_string(row.result) + "\nnew ../../../app/kestrune/kestrune\n");
+    }
+}
+
+TEST(TranslateConfigTable, WithoutATableTheResultIsZeroAndNoDocumentIsMade)
+{
+    TablePhone phone("");
+    phone.Remove(kTable);
+    EXPECT_EQ(ResultOf(RunForResult(phone, "TranslateConfigTable")), "result 0\n");
+
+    TablePhone folder("");
+    folder.Remove(kTable);
+    folder.PutFolder(kTable); // it exists
+    EXPECT_EQ(ResultOf(RunForResult(folder, "TranslateConfigTable")), "result 0\nnew ../../../app/kestrune/kestrune\n");
 }
 
 TEST(GetDstInfo, WhatIsAbsentComesFromTheSource)

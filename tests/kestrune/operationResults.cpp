@@ -1,0 +1,71 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
+// Runs one operation on the device's fixed paths and prints its result, which no mode looks at: tests start it in the
+// sandbox in the program's place. Behind the result stand the paths that tracked allocations were given.
+
+#include <cstdio>
+#include <cstdlib>
+#include <new>
+#include <string>
+#include <string_view>
+#include <unistd.h>
+
+#include "standardOutput.h"
+#include "trackedNew.h"
+#include "transPasswordFile.h"
+#include "translateConfigTable.h"
+
+namespace
+{
+
+std::string g_allocations;
+
+struct Operation {
+    const char* name;
+    int (*run)();
+};
+
+const Operation kOperations[] = {
+    {"TranslateConfigTable", &TranslateConfigTable},
+    {"TransPasswordFile", &TransPasswordFile},
+    {"TransAllEncryptConfig encipher", [] { return TransAllEncryptConfig(CipherDirection::Encipher); }},
+    {"TransAllEncryptConfig decipher", [] { return TransAllEncryptConfig(CipherDirection::Decipher); }},
+};
+
+/// Becomes the program itself, without even a name of it among its arguments.
+int StartWithoutArguments()
+{
+    char* const none[] = {nullptr};
+    return execve("/kestrune", none, environ);
+}
+
+} // namespace
+
+// They take the place of the platform's.
+void* operator new(std::size_t size, const char* file, int line) noexcept
+{
+    g_allocations += std::string("new ") + file + (line > 0 ? "\n" : " without a line\n");
+    return ::operator new(size, std::nothrow);
+}
+
+void operator delete(void* memory, const char* /*file*/, int /*line*/) noexcept
+{
+    ::operator delete(memory);
+}
+
+int main(int argumentCount, char** arguments)
+{
+    const std::string_view name = argumentCount == 2 ? arguments[1] : "";
+    if (name == "StartWithoutArguments")
+        return StartWithoutArguments();
+    for (const Operation& operation : kOperations) {
+        if (name == operation.name) {
+            const int result = operation.run();
+            // Behind what the operation itself has printed.
+            std::fprintf(StandardOutput(), "result %d\n%s", result, g_allocations.c_str());
+            return 0;
+        }
+    }
+    return 1;
+}
