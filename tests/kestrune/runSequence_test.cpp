@@ -14,6 +14,7 @@
 
 #include "bundledPlatform.h"
 #include "logSocket.h"
+#include "operationResult.h"
 #include "phoneImage.h"
 
 namespace fs = std::filesystem;
@@ -152,6 +153,44 @@ TEST(RunSequence, TheUsageNamesTheProgramAsItWasCalled)
         EXPECT_EQ(result.errors, std::string("app_log 60/6: Usage: \n#") + name + " [all|dev|pwd]\n");
         EXPECT_EQ(result.output, "");
         phone.ExpectNothingElseChanged();
+    }
+}
+
+TEST(RunSequence, WithoutAnyArgumentNotEvenTheProgramsNameIsNeeded)
+{
+    // A kernel may give an empty name to a program that is started without any.
+    BusyPhone phone;
+    phone.RunWith({});
+    const ProcessResult result = RunForResult(phone, "StartWithoutArguments");
+    EXPECT_EQ(result.exitStatus, 0);
+    EXPECT_THAT(result.errors, testing::AnyOf("app_log 60/6: Usage: \n# [all|dev|pwd]\n",
+                                              "app_log 60/6: Usage: \n#(null) [all|dev|pwd]\n"));
+    EXPECT_EQ(result.output, "");
+    phone.ExpectNothingElseChanged();
+}
+
+TEST(RunSequence, AnArgumentCountBelowTwoIsTheUsageAndNothingElse)
+{
+    struct Row {
+        int count;
+        const char* arguments[3];
+        const char* printed;
+    };
+    const Row rows[] =
+        {
+            {0, {nullptr}, "(null)"},
+            {0, {"name", "all", nullptr}, "name"}, // what is beyond the count is not looked at
+            {1, {"name", nullptr}, "name"},
+            {1, {"name", "all", nullptr}, "name"},
+            {-1, {"name", "all", nullptr}, "name"},
+        };
+    for (const Row& row : rows) {
+        testing::internal::CaptureStderr();
+        testing::internal::CaptureStdout();
+        EXPECT_EQ(RunSequence(row.count, row.arguments), 0);
+        EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+        EXPECT_EQ(testing::internal::GetCapturedStderr(),
+                  std::string("app_log 60/6: Usage: \n#") + row.printed + " [all|dev|pwd]\n");
     }
 }
 
@@ -320,18 +359,18 @@ TEST(RunSequence, RunningOutOfMemoryEndsThePassThatMetItAlone)
 #endif
     if (PhoneImage::IsEmulated())
         GTEST_SKIP() << "the emulator itself needs more address space than the test leaves";
-    constexpr char kHuge[] = "/config/user/voip/sipAccount16.cfg";
+    constexpr char kLarge[] = "/config/user/voip/sipAccount16.cfg";
     BusyPhone phone;
     phone.RunWith({});
-    phone.Put(kHuge, "");
-    fs::resize_file(phone.HostPath(kHuge), std::uintmax_t{1} << 30); // takes no room on the disk
+    phone.Put(kLarge, "");
+    fs::resize_file(phone.HostPath(kLarge), std::uintmax_t{4} << 20); // the largest file that is read at all
     std::vector<std::string> command = phone.Command({"all"});
     const auto program = std::find(command.begin(), command.end(), "--") + 1;
-    command.insert(program, {"bash", "-c", "ulimit -v 200000; exec \"$@\"", "bash"});
+    command.insert(program, {"bash", "-c", "ulimit -d 3000; exec \"$@\"", "bash"}); // KiB for data
     EXPECT_EQ(RunProcess(command, phone.Environment()).exitStatus, 0);
-    phone.Remove(kHuge);
+    phone.Remove(kLarge);
 
-    // The first fix-up met the huge file first and got no further; all passes behind it ran.
+    // The first fix-up met the large file first and got no further; all passes behind it ran.
     phone.Expect(kUserIni, BusyPhone::UserIni(kToken, "RingbackTimeout=60\n"));
     phone.Expect(kUserCert, "certificate");
     phone.ExpectNothingElseChanged();
@@ -347,7 +386,9 @@ TEST(RunSequence, TheApplicationLogReachesTheSystemLogAndTracesNeverDo)
     EXPECT_THAT(phone.Reports(), testing::IsSupersetOf(kPasswordPass));
     EXPECT_THAT(log.Messages(), testing::ElementsAre("<12>kestrune: No config translate record!\n",
                                                      "<14>kestrune: Sync cert cp /phone/factory/certs/phoneca/ca.pem "
-                                                     "/config/certs/phoneca/ca.pem\n"));
+                                                     "/config/certs/phoneca/ca.pem\n",
+                                                     "<12>kestrune: no cipher key /phone/factory/certs/pwcipher.key: "
+                                                     "passwords are not protected"));
 
     phone.RunWith({});
     EXPECT_THAT(log.Messages(), testing::ElementsAre("<14>kestrune: Usage: \n#/kestrune [all|dev|pwd]\n"));
@@ -364,5 +405,5 @@ TEST(RunSequence, WithoutStandardErrorTracesDoNotEndInTheSystemLog)
     phone.ExpectAllDone();
     EXPECT_THAT(log.Messages(),
                 testing::ElementsAre(testing::HasSubstr("Usage"), testing::HasSubstr("No config translate"),
-                                     testing::HasSubstr("Sync cert")));
+                                     testing::HasSubstr("Sync cert"), testing::HasSubstr("no cipher key")));
 }
