@@ -197,6 +197,36 @@ TEST(SyncFactoryCerts, WhatWasPrintedBeforeStandsBeforeWhatTheCommandPrints)
                                      "said by the shell"})); // the name stands in the command twice
 }
 
+TEST(SyncFactoryCerts, EachCopyIsWaitedForBeforeTheNextReportAndTheSave)
+{
+    // The copy command of this phone takes its time, and says in the end what the phone then holds.
+    const ScratchFolder folder;
+    WriteBytes(folder.Path("cp"), "#!/bin/sh\nsleep 0.3\ncat \"$1\" > \"$2\"\n"
+                                  "echo \"copied $2, $(grep -c EnLock /config/user/user.ini) EnLock\" >&2\n");
+    fs::permissions(folder.Path("cp"), fs::perms::owner_all);
+    CertPhone phone;
+    phone.AddSandboxOptions({"--ro-bind", folder.Path("cp"), "/usr/bin/cp"});
+    phone.Put(kFactory + "one.pem", "one");
+    phone.Put(kFactory + "two.pem", "two");
+    phone.PutFolder(kUser);
+    phone.Put("/phone/factory/user/user.ini", "");
+    phone.Put("/phone/resource/kestrune.xml",
+              "<t><r dstFile='/config/user/user.ini' dstSec='Feature' dstKey='EnLock'/></t>");
+    phone.Run("all");
+
+    Lines expected;
+    for (const std::string& name : NamesIn(phone.HostPath(kFactory))) {
+        expected.push_back(SyncLine(name));
+        expected.push_back("copied " + kUser + name + ", 0 EnLock"); // the run's changes are not yet made
+    }
+    expected.push_back("app_log 60/6: No need trans password file !! Current status [decrypt]");
+    EXPECT_EQ(phone.Reports(), expected);
+    phone.Expect("/config/user/user.ini", "[Feature]\nRingbackTimeout=90\nEnLock=\n");
+    phone.Expect(kUser + "one.pem", "one");
+    phone.Expect(kUser + "two.pem", "two");
+    phone.ExpectNothingElseChanged();
+}
+
 TEST(SyncFactoryCerts, CopiesFollowTheOrderOfTheFolder)
 {
     CertPhone phone;
