@@ -9,6 +9,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <new>
+#include <set>
 
 #include "contactV4XToV50.h"
 #include "dialNowV4XToV50.h"
@@ -25,12 +26,16 @@ namespace
 
 constexpr int kNoLimit = -1;
 int g_allocationsLeft = kNoLimit;
+int g_allocationCount = 0;
+std::set<std::string> g_allocatingFolders;
 
 } // namespace
 
 // They take the place of the platform's: after a number of elements there is no memory for another one.
-void* operator new(std::size_t size, const char* /*file*/, int /*line*/) noexcept
+void* operator new(std::size_t size, const char* file, int line) noexcept
 {
+    ++g_allocationCount;
+    g_allocatingFolders.insert(line > 0 ? file : "without a line");
     if (g_allocationsLeft == 0)
         return nullptr;
     if (g_allocationsLeft != kNoLimit)
@@ -266,5 +271,38 @@ TEST(WithoutMemory, AContactListThatIsSavedStays)
         EXPECT_EQ(result, made == kContactElements + kGroupElements ? 1 : 0);
         EXPECT_EQ(ReadBytes(folder.Path("contacts.xml")) == "before", made < kContactElements);
         EXPECT_EQ(ReadBytes(folder.Path("groups.xml")) == "before", made < kContactElements + kGroupElements);
+    }
+}
+
+TEST(TrackedAllocation, EveryNewElementIsMadeForTheTranslatorsFolder)
+{
+    struct Row {
+        const char* name;
+        int (*translate)(const char* oldPath, const char* newPath);
+        const char* oldText;
+        int elementCount; // that are made for the new file
+    };
+    const auto contacts = [](const char* oldPath, const char* newPath) {
+        return ContactV4XToV50(oldPath, newPath, (std::string(newPath) + ".groups").c_str());
+    };
+    const Row rows[] = {
+        {"contacts", contacts, kOldContacts, 6},
+        {"dial plan", &DialPlanV4XToV50, kOldPlan, 2},
+        {"dial-now", &DialNowV4XToV50, kOldRules, 2},
+        {"DSS keys", &DSSKeyV4XToV50, kOldKeys, 3},
+        {"door phones", &DoorPhoneV4XToV50, kOldDoorPhones, 2},
+        {"remote books", &RemoteBookV4XToV50, kOldBooks, 2},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        const ScratchFolder folder;
+        WriteBytes(folder.Path("old.xml"), row.oldText);
+        g_allocationCount = 0;
+        g_allocatingFolders.clear();
+        testing::internal::CaptureStderr();
+        EXPECT_EQ(row.translate(folder.Path("old.xml").c_str(), folder.Path("new.xml").c_str()), 1);
+        (void)testing::internal::GetCapturedStderr();
+        EXPECT_EQ(g_allocationCount, row.elementCount);
+        EXPECT_THAT(g_allocatingFolders, testing::ElementsAre("../../../app/kestrune/xmlTranslator"));
     }
 }

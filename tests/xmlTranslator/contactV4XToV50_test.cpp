@@ -123,6 +123,20 @@ TEST(ContactV4XToV50, NestedContactsBecomeTwoFlatLists)
     lists.ExpectGroups(CustomGroup(2, "Family") + CustomGroup(3, "Work") + CustomGroup(4, "Club"));
 }
 
+TEST(ContactV4XToV50, AZeroCharacterEndsAText)
+{
+    Lists lists;
+    lists.Translate(
+        "<contactData><group sGroupName='Black List&#0;!'><contact sLocalRename='a&#0;b'/></group>"
+        "<group sGroupName='&#0;Sales'><contact sLocalRename='&#0;c'/><contact sLocalRename='d'/></group>"
+        "<group sGroupName='Sales&#x0;x'><contact sLocalRename='e' sOfficeNumber='1&#0;2' "
+        "sMobilNumber='&#x00;3' sPrivateNumber='4&#0;' sImagePath='/rundata/&#0;f.png'/></group></contactData>");
+    lists.ExpectContacts(Contact("a", 1) + Contact("d", 0) +
+                         "    <contact display_name=\"e\" office_number=\"1\" mobile_number=\"\" other_number=\"4\" "
+                         "line=\"0\" ring=\"\" group_id_name=\"2\" default_photo=\"/data/\" />\n");
+    lists.ExpectGroups(CustomGroup(2, "Sales"));
+}
+
 TEST(ContactV4XToV50, GroupsWithoutANameAndAnonymousJoinAll)
 {
     Lists lists;

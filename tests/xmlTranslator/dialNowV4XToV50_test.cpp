@@ -65,6 +65,15 @@ TEST(DialNowV4XToV50, RulesMoveInOrderAndNeverHaveAReplacement)
               "</dialNow>\n");
 }
 
+TEST(DialNowV4XToV50, AZeroCharacterEndsAText)
+{
+    EXPECT_EQ(Translated("<DialNow><Data DialNowRule='1&#0;2' Account='&#x0;3'/><Data DialNowRule='&#00;'/></DialNow>"),
+              "<dialNow>\n"
+              "    <data rule=\"1\" lines=\"\" />\n"
+              "    <data rule=\"\" lines=\"\" />\n"
+              "</dialNow>\n");
+}
+
 TEST(DialNowV4XToV50, AListWithoutRulesBecomesAnEmptyRoot)
 {
     for (const char* text :

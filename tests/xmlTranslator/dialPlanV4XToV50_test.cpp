@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 
+#include "phoneImage.h"
 #include "scratchFolder.h"
 
 namespace
@@ -71,6 +72,16 @@ TEST(DialPlanV4XToV50, APlanWithoutRulesBecomesAnEmptyRoot)
          {"<DialRule/>", "<DialRule></DialRule>", "<DialRule><!-- none --><data Prefix='1'/></DialRule>",
           "<Other/><DialRule/><DialRule><Data Prefix='1'/></DialRule>"})
         EXPECT_EQ(Translated(text), "<dialRule />\n") << text;
+}
+
+TEST(DialPlanV4XToV50, AZeroCharacterEndsAText)
+{
+    EXPECT_EQ(Translated("<DialRule><Data Prefix='1&#0;2' Replace='&#0;3' Account='4&#x0;'/>"
+                         "<Data Prefix='&#00;' Replace='5&#x000;6&#0;7'/></DialRule>"),
+              "<dialRule>\n"
+              "    <data rule=\"1\" replace=\"\" lines=\"4\" />\n"
+              "    <data rule=\"\" replace=\"5\" lines=\"\" />\n"
+              "</dialRule>\n");
 }
 
 TEST(DialPlanV4XToV50, AMissingAttributeIsWrittenEmpty)
@@ -198,6 +209,51 @@ TEST(DialPlanV4XToV50, AFailedSaveIsAFailureWithoutAWord)
         EXPECT_EQ(plans.reports, kEnter + kLeave) << path;
     }
     EXPECT_EQ(plans.FileCount(), 1u);
+}
+
+TEST(DialPlanV4XToV50, ANewPlanThatIsALinkToTheOldOneReplacesIt)
+{
+    Plans plans;
+    WriteBytes(plans.oldPath, "<DialRule><Data Prefix='1' Replace='2' Account='3'/></DialRule>");
+    std::filesystem::create_symlink("dialplan.xml", plans.newPath);
+    const std::string newPlan = "<dialRule>\n    <data rule=\"1\" replace=\"2\" lines=\"3\" />\n</dialRule>\n";
+    EXPECT_EQ(plans.Translate(), 1);
+    EXPECT_EQ(ReadBytes(plans.oldPath), newPlan);
+
+    EXPECT_EQ(plans.Translate(), 0); // there is no old plan any more, and the new one stays
+    EXPECT_EQ(plans.reports, kEnter + kLeave);
+    EXPECT_EQ(ReadBytes(plans.oldPath), newPlan);
+    EXPECT_EQ(std::filesystem::read_symlink(plans.newPath), "dialplan.xml");
+    EXPECT_FALSE(std::filesystem::is_symlink(plans.oldPath));
+    EXPECT_EQ(plans.FileCount(), 2u);
+}
+
+TEST(DialPlanV4XToV50, AnOldPlanThatIsALinkToTheNewOneIsReplacedAsWell)
+{
+    Plans plans;
+    WriteBytes(plans.newPath, "<DialRule><Data Prefix='1'/></DialRule>");
+    std::filesystem::create_symlink("DialPlan.xml", plans.oldPath);
+    EXPECT_EQ(plans.Translate(), 1);
+    EXPECT_EQ(ReadBytes(plans.newPath), "<dialRule>\n    <data rule=\"1\" replace=\"\" lines=\"\" />\n</dialRule>\n");
+    EXPECT_EQ(std::filesystem::read_symlink(plans.oldPath), "DialPlan.xml");
+    EXPECT_EQ(plans.FileCount(), 2u);
+}
+
+TEST(DialPlanOfARun, ANewPlanThatIsALinkToTheOldOneStaysALink)
+{
+    PhoneImage phone;
+    phone.Put("/config/user/user.ini", "[Feature]\nRingbackTimeout=90\n");
+    for (const char* target : {"dialplan.xml", "/config/data/dialplan.xml"}) {
+        phone.Put("/config/data/dialplan.xml", "<DialRule><Data Prefix='1'/></DialRule>");
+        phone.Remove("/config/data/DialPlan.xml");
+        std::filesystem::create_symlink(target, phone.HostPath("/config/data/DialPlan.xml"));
+        phone.Run("dev");
+        phone.Expect("/config/data/dialplan.xml",
+                     "<dialRule>\n    <data rule=\"1\" replace=\"\" lines=\"\" />\n</dialRule>\n");
+        phone.ExpectNothingElseChanged();
+        phone.Run("dev");
+        phone.ExpectNothingElseChanged();
+    }
 }
 
 TEST(GetV4XDialPlanData, TheListIsEmptiedOnceTheFileIsFound)

@@ -89,6 +89,17 @@ TEST(DoorPhoneV4XToV50, ChildElementsBecomeAttributesInPlace)
               "</DoorPhone>\n");
 }
 
+TEST(DoorPhoneV4XToV50, AZeroCharacterEndsAText)
+{
+    EXPECT_EQ(
+        Translated("<DoorPhone><item title='t&#0;u'><DeviceModel>2N&#0;x</DeviceModel>"
+                   "<DisplayName>a&#x0;b</DisplayName><PhoneNumber>&#0;1</PhoneNumber><UnlockPIN>2&#00;</UnlockPIN>"
+                   "</item><item title='&#0;'><DeviceModel>&#0;Custom</DeviceModel></item></DoorPhone>"),
+        NewFile("    <item id_name=\"t\" device_model=\"1\" display_name=\"a\" phone_number=\"\" "
+                "unlock_pin=\"2\" send_audio=\"1\" send_video=\"1\" full_screen=\"1\" />\n" +
+                std::string(kEmptyItem)));
+}
+
 TEST(DoorPhoneV4XToV50, AModelBecomesItsNumber)
 {
     struct Row {

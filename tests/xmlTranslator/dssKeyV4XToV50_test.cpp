@@ -82,6 +82,17 @@ TEST(DSSKeyV4XToV50, AKeyMovesWithItsData)
               "</dsskey>\n");
 }
 
+TEST(DSSKeyV4XToV50, AZeroCharacterEndsAText)
+{
+    EXPECT_EQ(Translated("<DssKey><Item Type='BLF&#0;x'>"
+                         "<ItemData Line='1&#0;2' Value='a&#x0;b' Label='&#0;c' Extension='d&#00;'/></Item>"
+                         "<Item Type='Speed Dial&#0;!'><ItemData Line='&#0;7'/></Item>"
+                         "<Item Type='N/A&#0;'><ItemData Line='1'/></Item></DssKey>"),
+              NewKeys("    <item type=\"BLF\">\n"
+                      "        <itemdata line=\"1\" value=\"a\" label=\"\" extension=\"d\" />\n    </item>\n" +
+                      NewKey("SpeedDial", "0") + "    <item type=\"N/A\" />\n"));
+}
+
 TEST(DSSKeyV4XToV50, TwoTypesAreRespelled)
 {
     struct Row {

@@ -66,6 +66,17 @@ TEST(RemoteBookV4XToV50, AnEmptyListGetsSixItems)
         EXPECT_EQ(Translated(text), NewFile(Repeat(kAddedItem, 6))) << text;
 }
 
+TEST(RemoteBookV4XToV50, AZeroCharacterStaysOneAndIsWrittenInTwoDigits)
+{
+    const std::string after = "<root_remote_phonebook a=\"b&#x00;c\">\n"
+                              "    <item name=\"d&#x00;e\" url=\"&#x00;\" />\n"
+                              "    <item>f&#x00;g</item>\n" +
+                              Repeat(kAddedItem, 4) + "</root_remote_phonebook>\n";
+    EXPECT_EQ(Translated("<RemotePhoneBook a='b&#0;c'><item name='d&#x0;e' url='&#00;'/><item>f&#0;g</item>"
+                         "</RemotePhoneBook>"),
+              after);
+}
+
 TEST(RemoteBookV4XToV50, AShortListIsFilledUpToSix)
 {
     for (int count = 0; count <= 9; ++count)
