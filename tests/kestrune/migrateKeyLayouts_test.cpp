@@ -80,14 +80,23 @@ std::string Reference(const std::string& bytes, const char* rootName)
     return ReadBytes(path);
 }
 
+/// The text in UTF-16.
+std::string Utf16(const std::u16string& text, bool isBigEndian)
+{
+    std::string bytes;
+    for (const char16_t unit : text) {
+        const char high = static_cast<char>(unit >> 8);
+        const char low = static_cast<char>(unit & 0xff);
+        bytes += isBigEndian ? high : low;
+        bytes += isBigEndian ? low : high;
+    }
+    return bytes;
+}
+
 /// The ASCII text in UTF-16 with a byte order mark.
 std::string Utf16(const std::string& text, bool isBigEndian)
 {
-    std::string bytes = isBigEndian ? "\xfe\xff" : "\xff\xfe";
-    for (const char character : text) {
-        bytes += isBigEndian ? std::string(1, '\0') + character : std::string(1, character) + '\0';
-    }
-    return bytes;
+    return Utf16(u"\ufeff" + std::u16string(text.begin(), text.end()), isBigEndian);
 }
 
 } // namespace
@@ -239,6 +248,124 @@ TEST(MigrateKeyLayouts, BlanksInAttributesAreNormalised)
     phone.ExpectNothingElseChanged();
 }
 
+TEST(MigrateKeyLayouts, ReferencesInNumbersAreReadByTheLibrarysOwnRules)
+{
+    struct Row {
+        const char* before;
+        const char* after; // as it is saved
+        const char* value;
+    };
+    const Row rows[] = {
+        {" 5", "5", "5"},
+        {"&#32;&#32;5", "  5", "5"},
+        {"&#9;-5", "&#09;-5", "-5"},
+        {"&#10;+5", "&#10;+5", "5"},
+        {"&#32;0x1F", " 0x1F", "31"},
+        {"&#x35;", "5", "5"},
+        {"- 5", "- 5", "0"},
+        {"--5", "--5", "0"},
+        {"+-5", "+-5", "0"},
+        {"5&#32;", "5", "5"}, // one at the end is trimmed
+        {"5 6", "5 6", "5"},
+        {"1e3", "1e3", "1"},
+        {"0x", "0x", "0"},
+        {"0x1G", "0x1G", "1"},
+        {"0X", "0X", "0"},
+        {"5&#0;6", "5", "5"},
+        {"&#0;5", "", "0"},
+        {"&#11;5", "&#11;5", "0"},
+        {"\xC2\xA0"
+         "5",
+         "\xC2\xA0"
+         "5",
+         "0"}, // a blank of another kind is none here
+        {"00000000000000000005", "00000000000000000005", "5"},
+        {"0x000000000000000005", "0x000000000000000005", "5"},
+        {"-0x80000000", "-0x80000000", "-2147483648"},
+        {"0x7fffffff", "0x7fffffff", "2147483647"},
+    };
+    std::string before = "<dsskey>";
+    std::string after = std::string(kDeclaration) + "<dsskey>\n";
+    for (const Row& row : rows) {
+        before += std::string("<item type=\"47\"><itemdata line=\"") + row.before + "\"/></item>";
+        after += std::string("\t<item type=\"47\">\n\t\t<itemdata line=\"") + row.after + "\" xml_phonebook=\"" +
+                 row.value + "\" />\n\t</item>\n";
+    }
+    before += "<item type=\"&#32;28\"><itemdata/></item><item type=\"28&#0;9\"><itemdata/></item>"
+              "<item type=\"&#11;28\"><itemdata/></item></dsskey>";
+    after += "\t<item type=\" 28\">\n\t\t<itemdata history_type=\"0\" />\n\t</item>\n"
+             "\t<item type=\"28\">\n\t\t<itemdata history_type=\"0\" />\n\t</item>\n"
+             "\t<item type=\"&#11;28\">\n\t\t<itemdata />\n\t</item>\n</dsskey>\n";
+    PhoneImage phone;
+    PutQuietPhone(phone);
+    phone.Put(kLineKeys, before);
+    phone.Run("2");
+    phone.Expect(kLineKeys, after);
+    phone.ExpectNothingElseChanged();
+}
+
+TEST(MigrateKeyLayouts, OfSeveralRootsTheFirstOfItsNameIsProcessedAndAllAreSaved)
+{
+    const std::string item = "<item type=\"28\"><itemdata line=\"2\"/></item>";
+    const std::string same = "\t<item type=\"28\">\n\t\t<itemdata line=\"2\" />\n\t</item>\n";
+    const std::string done = "\t<item type=\"28\">\n\t\t<itemdata line=\"2\" history_type=\"2\" />\n\t</item>\n";
+    struct Row {
+        const char* path;
+        std::string before;
+        std::string after; // behind the declaration
+    };
+    const Row rows[] = {
+        {kLineKeys, "<dsskey a='1'>" + item + "</dsskey><dsskey a='2'>" + item + "</dsskey>",
+         "<dsskey a=\"1\">\n" + done + "</dsskey>\n<dsskey a=\"2\">\n" + same + "</dsskey>\n"},
+        {kLineKeys, "<dsskey/><dsskey>" + item + "</dsskey>", "<dsskey />\n<dsskey>\n" + same + "</dsskey>\n"},
+        {kLineKeys, "<programkey>" + item + "</programkey><dsskey>" + item + "</dsskey>",
+         "<programkey>\n" + same + "</programkey>\n<dsskey>\n" + done + "</dsskey>\n"},
+        {kProgramKeys, "<dsskey>" + item + "</dsskey><programkey>" + item + "</programkey><programkey/>",
+         "<dsskey>\n" + same + "</dsskey>\n<programkey>\n" + done + "</programkey>\n<programkey />\n"},
+        {kLineKeys, "<item type='28'><itemdata line='2'/></item><dsskey>" + item + "</dsskey>",
+         "<item type=\"28\">\n\t<itemdata line=\"2\" />\n</item>\n<dsskey>\n" + done + "</dsskey>\n"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.before);
+        PhoneImage phone;
+        PutQuietPhone(phone);
+        phone.Put(row.path, row.before);
+        phone.Run("2");
+        phone.Expect(row.path, kDeclaration + row.after);
+        phone.ExpectNothingElseChanged();
+    }
+}
+
+TEST(MigrateKeyLayouts, ALayoutInUtf16IsSavedInUtf8WithOrWithoutItsByteOrderMark)
+{
+    const std::u16string text = u"<dsskey n=\"\u00e4\u20ac\U0001f4de\"><item type=\"16\">"
+                                u"<itemdata extension=\"\u00fc1\"/></item></dsskey>";
+    const std::string expected = std::string(kDeclaration) +
+                                 "<dsskey n=\"\xC3\xA4\xE2\x82\xAC\xF0\x9F\x93\x9E\">\n\t<item type=\"16\">\n"
+                                 "\t\t<itemdata extension=\"\xC3\xBC"
+                                 "1\" pickup_value=\"\xC3\xBC"
+                                 "1\" />\n"
+                                 "\t</item>\n</dsskey>\n";
+    for (const std::u16string& beginning :
+         {std::u16string(), std::u16string(u"<?xml version=\"1.0\" encoding=\"UTF-16\"?>\r\n")}) {
+        for (const bool isBigEndian : {false, true}) {
+            for (const bool hasMark : {false, true}) {
+                SCOPED_TRACE(std::string(isBigEndian ? "big" : "little") + " end first, " +
+                             (hasMark ? "with a mark, " : "without a mark, ") + std::to_string(beginning.size()));
+                PhoneImage phone;
+                PutQuietPhone(phone);
+                phone.Put(kLineKeys, Utf16((hasMark ? u"\ufeff" : u"") + beginning + text, isBigEndian));
+                phone.Run("2");
+                phone.Expect(kLineKeys, expected);
+                phone.ExpectNothingElseChanged();
+                phone.Run("2"); // as UTF-8 now
+                phone.Expect(kLineKeys, expected);
+                phone.ExpectNothingElseChanged();
+            }
+        }
+    }
+}
+
 TEST(MigrateKeyLayouts, EachFileIsSavedAsTheLibraryItselfWouldSaveIt)
 {
     const std::string item =
@@ -256,6 +383,13 @@ TEST(MigrateKeyLayouts, EachFileIsSavedAsTheLibraryItselfWouldSaveIt)
         Utf16(plain, /*isBigEndian=*/false),
         Utf16(plain, /*isBigEndian=*/true),
         Utf16(plain, /*isBigEndian=*/false).substr(2),
+        Utf16(plain, /*isBigEndian=*/true).substr(2),
+        Utf16(" " + plain, /*isBigEndian=*/false).substr(2), // without a mark nothing tells the encoding
+        Utf16(plain, /*isBigEndian=*/false) + "x",           // half a character
+        Utf16(plain, /*isBigEndian=*/true).substr(0, 41),
+        Utf16(u"\ufeff<dsskey n=\"\xd83d\"/>", /*isBigEndian=*/false), // half a pair
+        std::string("\xff\xfe\0\0<\0\0\0a\0\0\0/\0\0\0>\0\0\0", 20),
+        std::string("\0\0\0<\0\0\0d\0\0\0s\0\0\0s\0\0\0k\0\0\0e\0\0\0y\0\0\0/\0\0\0>", 36),
         "<?xml version=\"1.0\" encoding=\"iso-8859-1\"?><dsskey a=\"\xe4\">" + item + "</dsskey>",
         "<dsskey a=\"\xe4\xff\">" + item + "</dsskey>",
         "<other/><dsskey><group>" + item + "</group>" + item +
