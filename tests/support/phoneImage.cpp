@@ -37,6 +37,16 @@ std::vector<std::string> Lines(const std::string& text)
     return lines;
 }
 
+/// What a failing comparison of long texts shows, line by line, takes memory without bound.
+void ExpectEqual(const std::string& actual, const std::string& expected, const std::string& message)
+{
+    constexpr std::size_t kMostShown = 1 << 15;
+    if (actual.size() + expected.size() <= kMostShown)
+        EXPECT_EQ(actual, expected) << message;
+    else
+        EXPECT_TRUE(actual == expected) << message << ": " << actual.size() << " bytes, expected " << expected.size();
+}
+
 std::string Describe(const fs::directory_entry& entry)
 {
     const fs::file_status status = entry.symlink_status();
@@ -199,7 +209,7 @@ void PhoneImage::Expect(const std::string& path, const std::string& bytes)
 {
     expected_.insert(path);
     if (Has(path))
-        EXPECT_EQ(Get(path), bytes) << path;
+        ExpectEqual(Get(path), bytes, path);
     else
         ADD_FAILURE() << path << " is missing";
 }
@@ -223,7 +233,7 @@ void PhoneImage::ExpectNothingElseChanged()
         if (found == after.end())
             ADD_FAILURE() << path << " has gone";
         else
-            EXPECT_EQ(found->second, description) << path << " has changed";
+            ExpectEqual(found->second, description, path + " has changed");
     }
     for (const auto& [path, description] : after)
         EXPECT_EQ(before.count(path), 1u) << path << " is new: " << description;
