@@ -9,7 +9,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include "bundledPlatform.h"
 #include "phoneImage.h"
 #include "scratchFolder.h"
 #include "untouchedFiles.h"
@@ -37,6 +39,22 @@ void PutUser(PhoneImage& phone)
 {
     phone.Put("/config/user/user.ini", "[Feature]\nRingbackTimeout=90\n");
     phone.PutFolder("/config/user/voip");
+}
+
+/// @return whether we may give the file to this user
+bool Give(const PhoneImage& phone, const std::string& path, uid_t owner, mode_t mode)
+{
+    const std::string hostPath = phone.HostPath(path);
+    return chown(hostPath.c_str(), owner, owner) == 0 && chmod(hostPath.c_str(), mode) == 0;
+}
+
+void ExpectOwnerAndMode(const PhoneImage& phone, const std::string& path, uid_t owner, mode_t mode)
+{
+    struct stat status = {};
+    EXPECT_EQ(stat(phone.HostPath(path).c_str(), &status), 0) << path;
+    EXPECT_EQ(status.st_uid, owner) << path;
+    EXPECT_EQ(status.st_gid, owner) << path;
+    EXPECT_EQ(status.st_mode & 07777, mode) << path;
 }
 
 unsigned Mode(const PhoneImage& phone, const std::string& path)
@@ -281,7 +299,7 @@ TEST(RestoreDirectIPAccount, ASecondRunPutsTheFactoryAccountInItsPlace)
     phone.ExpectNothingElseChanged();
 }
 
-TEST(RestoreDirectIPAccount, Account16KeepsItsPermissionsAndANewOneTakesThoseOfItsSource)
+TEST(RestoreDirectIPAccount, Account16KeepsItsPermissionsLessWhatItsSourceWithholdsAndANewOneTakesItsSources)
 {
     PhoneImage phone;
     PutUser(phone);
@@ -291,10 +309,17 @@ TEST(RestoreDirectIPAccount, Account16KeepsItsPermissionsAndANewOneTakesThoseOfI
     EXPECT_EQ(Mode(phone, kAccount16), 0604u);
 
     phone.Put(kDirectIP, AccountText("eight"));
+    chmod(phone.HostPath(kDirectIP).c_str(), 0660);
     chmod(phone.HostPath(kAccount16).c_str(), 0620);
     phone.Run("2");
     EXPECT_EQ(Mode(phone, kAccount16), 0620u);
     phone.Expect(kAccount16, AccountText("eight"));
+
+    phone.Put(kDirectIP, AccountText("nine"));
+    chmod(phone.HostPath(kDirectIP).c_str(), 0600);
+    phone.Run("2");
+    EXPECT_EQ(Mode(phone, kAccount16), 0600u);
+    phone.Expect(kAccount16, AccountText("nine"));
 }
 
 TEST(RestoreDirectIPAccount, TheDirectIPFileGoesEvenWhenItsCopyFails)
@@ -376,4 +401,35 @@ TEST(StripValueMarks, WhatIsMissingOrNoFileIsNotSaved)
     EXPECT_FALSE(StripValueMarks(folder.Path("missing.cfg").c_str()));
     EXPECT_FALSE(std::filesystem::exists(folder.Path("missing.cfg")));
     EXPECT_FALSE(StripValueMarks(folder.Path().c_str()));
+}
+
+TEST(DirectIPAccount, AnAccountOfTheTelephonysUserIsStillItsOwnAfterBothModes)
+{
+    if (!kHasBundledPlatform)
+        GTEST_SKIP() << "rests on what the bundled library keeps";
+    PhoneImage phone;
+    PutUser(phone);
+    phone.Put(Account(4), AccountText("four", "directip=1\n"));
+    if (!Give(phone, Account(4), 1000, 0600))
+        GTEST_SKIP() << "only root can give a file to another user";
+    phone.Run("1");
+    ExpectOwnerAndMode(phone, kDirectIP, 1000, 0600);
+    phone.Run("2");
+    EXPECT_EQ(phone.Get(kAccount16), AccountText("four", "directip=1\n"));
+    ExpectOwnerAndMode(phone, kAccount16, 1000, 0600);
+}
+
+TEST(DirectIPAccount, TheSecretOfAPrivateAccountIsNotLeftInAFileThatEverybodyReads)
+{
+    if (!kHasBundledPlatform)
+        GTEST_SKIP() << "rests on what the bundled library keeps";
+    PhoneImage phone;
+    PutUser(phone);
+    phone.Put(Account(4), AccountText("four", "directip=1\n"));
+    phone.Put(kDirectIP, "[account]\nLabel=older\n");
+    ASSERT_EQ(chmod(phone.HostPath(Account(4)).c_str(), 0600), 0);
+    ASSERT_EQ(chmod(phone.HostPath(kDirectIP).c_str(), 0644), 0);
+    phone.Run("1");
+    EXPECT_EQ(phone.Get(kDirectIP), AccountText("four", "directip=1\n"));
+    EXPECT_EQ(Mode(phone, kDirectIP), 0600u);
 }

@@ -168,26 +168,68 @@ TEST_F(Replacement, ALinkToAMissingFileMakesThatFile)
     EXPECT_THAT(Names(), ElementsAre("deep", "far", "link"));
 }
 
-TEST_F(Replacement, AnotherUsersLinkInAStickyFolderIsReplacedItself)
+TEST_F(Replacement, AnotherUsersLinkIsReplacedItselfWhereEveryoneMayWrite)
 {
-    Put("target", "untouched");
-    Link("foreign", "target");
-    Link("chain", "foreign");
-    Link("own", "target");
-    ASSERT_EQ(chmod(folder_.Path().c_str(), 01777), 0);
-    if (lchown(folder_.Path("foreign").c_str(), geteuid() + 1, getegid()) != 0)
-        GTEST_SKIP() << "only root can give a link to another user";
+    for (const mode_t mode : {01777u, 0777u}) {
+        SCOPED_TRACE(testing::Message() << "folder mode " << std::oct << mode);
+        Put("target", "untouched");
+        Link("foreign", "target");
+        Link("chain", "foreign");
+        Link("own", "target");
+        ASSERT_EQ(chmod(folder_.Path().c_str(), mode), 0);
+        if (lchown(folder_.Path("foreign").c_str(), geteuid() + 1, getegid()) != 0)
+            GTEST_SKIP() << "only root can give a link to another user";
 
-    EXPECT_TRUE(Replace("chain", "new"));
-    EXPECT_EQ(LinkTarget("chain"), "foreign");
-    EXPECT_TRUE(S_ISREG(StatusOf("foreign").st_mode));
-    EXPECT_EQ(StatusOf("foreign").st_uid, geteuid());
-    EXPECT_EQ(ModeOf("foreign"), 0644u);
-    EXPECT_EQ(Get("foreign"), "new");
-    EXPECT_EQ(Get("target"), "untouched");
+        EXPECT_TRUE(Replace("chain", "new"));
+        EXPECT_EQ(LinkTarget("chain"), "foreign");
+        EXPECT_TRUE(S_ISREG(StatusOf("foreign").st_mode));
+        EXPECT_EQ(StatusOf("foreign").st_uid, geteuid());
+        EXPECT_EQ(ModeOf("foreign"), 0644u);
+        EXPECT_EQ(Get("foreign"), "new");
+        EXPECT_EQ(Get("target"), "untouched");
 
-    EXPECT_TRUE(Replace("own", "by our own link"));
-    EXPECT_EQ(Get("target"), "by our own link");
+        EXPECT_TRUE(Replace("own", "by our own link"));
+        EXPECT_EQ(Get("target"), "by our own link");
+        for (const char* name : {"foreign", "chain", "own"})
+            fs::remove(folder_.Path(name));
+    }
+}
+
+TEST_F(Replacement, AnotherUsersFileIsReplacedByANewOneWhereEveryoneMayWrite)
+{
+    for (const mode_t mode : {01777u, 0777u}) {
+        for (const char* planted : {"planted", "new"}) {
+            SCOPED_TRACE(testing::Message() << "folder mode " << std::oct << mode << ", " << planted);
+            Put("file", planted);
+            ASSERT_EQ(chmod(folder_.Path("file").c_str(), 0666), 0);
+            ASSERT_EQ(chmod(folder_.Path().c_str(), mode), 0);
+            if (chown(folder_.Path("file").c_str(), geteuid() + 1, getegid()) != 0)
+                GTEST_SKIP() << "only root can give a file to another user";
+            EXPECT_TRUE(Replace("file", "new"));
+            EXPECT_EQ(Get("file"), "new");
+            EXPECT_EQ(StatusOf("file").st_uid, geteuid()) << "though he had written the same bytes";
+            EXPECT_EQ(ModeOf("file"), 0644u);
+        }
+    }
+}
+
+TEST_F(Replacement, ATranslationIsNotReadableBeyondWhatItIsMadeOf)
+{
+    const mode_t rows[][2] = {{0600, 0600}, {0640, 0640}, {0644, 0644}, {0400, 0600}, {0666, 0644}};
+    for (const auto& [source, expected] : rows) {
+        Put("old", "old form");
+        ASSERT_EQ(chmod(folder_.Path("old").c_str(), source), 0);
+        fs::remove(folder_.Path("new"));
+        const std::string path = folder_.Path("new");
+        EXPECT_TRUE(ReplaceDerivedFile(path.c_str(), "new form", folder_.Path("old").c_str()));
+        EXPECT_EQ(ModeOf("new"), expected) << std::oct << source;
+        EXPECT_EQ(Get("new"), "new form");
+    }
+    Put("made before", "older form");
+    EXPECT_TRUE(ReplaceDerivedFile(folder_.Path("made before").c_str(), "new form", folder_.Path("missing").c_str()));
+    EXPECT_EQ(ModeOf("made before"), 0644u);
+    EXPECT_EQ(Get("made before"), "new form");
+    EXPECT_FALSE(ReplaceDerivedFile(folder_.Path("missing/new").c_str(), "new form", folder_.Path("old").c_str()));
 }
 
 TEST_F(Replacement, AnotherUsersLinkInAnOrdinaryFolderIsFollowed)
