@@ -10,7 +10,9 @@
 #include <map>
 #include <random>
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include "bundledPlatform.h"
 #include "phoneImage.h"
 #include "untouchedFiles.h"
 
@@ -474,4 +476,41 @@ TEST(HandOver, TheExamplePhoneHasItsNewSettingsAfterModesOneAndTwo)
 
     EXPECT_FALSE(phone.Has(kDirectIP));
     EXPECT_EQ(after, expected);
+}
+
+TEST(HandOver, AnotherUsersFileInAFolderThatEveryoneMayWriteToIsNoHandOver)
+{
+    if (!kHasBundledPlatform)
+        GTEST_SKIP() << "rests on what the bundled library trusts";
+    const std::string planted = kFeatures + "[Syslog]\neLogType=3\nstrServerName=planted.example.net\n";
+    for (const mode_t mode : {01777u, 0777u}) {
+        for (const bool isLink : {false, true}) {
+            SCOPED_TRACE(testing::Message() << std::oct << mode << (isLink ? ", a link" : ", a file"));
+            PhoneImage phone;
+            for (const auto& [path, text] : PhoneBetween())
+                phone.Put(path, text);
+            phone.Remove(kHandOver);
+            const std::string path = phone.HostPath(kHandOver);
+            phone.Put("/tmp/theirs", planted);
+            if (isLink)
+                std::filesystem::create_symlink("theirs", path);
+            else
+                phone.Put(kHandOver, planted);
+            if (lchown(path.c_str(), 2345, 2345) != 0)
+                GTEST_SKIP() << "only root can give a file to another user";
+            ASSERT_EQ(chmod(phone.HostPath("/tmp").c_str(), mode), 0);
+            phone.Run("2");
+            EXPECT_EQ(phone.Get(kSystem).find("planted"), std::string::npos);
+            EXPECT_EQ(phone.Get(kUser).find("BLFLedMode"), std::string::npos);
+            EXPECT_EQ(phone.Get("/tmp/theirs"), planted);
+
+            phone.Run("1");
+            struct stat status = {};
+            ASSERT_EQ(lstat(path.c_str(), &status), 0);
+            EXPECT_TRUE(S_ISREG(status.st_mode));
+            EXPECT_EQ(status.st_uid, geteuid()) << "it was replaced itself";
+            EXPECT_EQ(phone.Get(kHandOver).find("planted"), std::string::npos);
+            EXPECT_EQ(phone.Get("/tmp/theirs"), planted);
+        }
+    }
 }

@@ -7,16 +7,20 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdarg>
 #include <cstdint>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/socket.h>
 #include <sys/syscall.h>
 #include <sys/un.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include "descriptor.h"
+#include "fileReplacement.h"
 #include "scratchFolder.h"
+#include "stagedFiles.h"
 
 using namespace std::string_literals;
 
@@ -29,9 +33,21 @@ struct Answers {
     std::size_t most = SIZE_MAX;   ///< bytes that one call takes
     int error = 0;                 ///< what every call fails with
     bool isAnyInheritable = false; ///< whether a descriptor was seen that a child would get
+    std::string failingCall;       ///< the call that fails for some time
+    int failures = 0;              ///< how often it does
+    int reads = 0;
 };
 
 Answers* answers = nullptr;
+
+bool FailsThisTime(const char* call)
+{
+    if (answers == nullptr || answers->failingCall != call || answers->failures == 0)
+        return false;
+    --answers->failures;
+    errno = EIO;
+    return true;
+}
 
 /// @return false with `errno` set when the call fails
 bool AllowCall(int descriptor, std::size_t& size)
@@ -92,12 +108,35 @@ protected:
 
 extern "C" ssize_t read(int descriptor, void* buffer, size_t size)
 {
+    if (answers != nullptr)
+        ++answers->reads;
+    if (FailsThisTime("read"))
+        return -1;
     return AllowCall(descriptor, size) ? syscall(SYS_read, descriptor, buffer, size) : -1;
 }
 
 extern "C" ssize_t write(int descriptor, const void* bytes, size_t size)
 {
     return AllowCall(descriptor, size) ? syscall(SYS_write, descriptor, bytes, size) : -1;
+}
+
+extern "C" int open(const char* path, int flags, ...)
+{
+    va_list arguments;
+    va_start(arguments, flags);
+    const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
+    va_end(arguments);
+    return FailsThisTime("open") ? -1 : openat(AT_FDCWD, path, flags, mode);
+}
+
+extern "C" int fstat(int descriptor, struct stat* status) noexcept
+{
+    return FailsThisTime("fstat") ? -1 : fstatat(descriptor, "", status, AT_EMPTY_PATH);
+}
+
+extern "C" int lstat(const char* path, struct stat* status) noexcept
+{
+    return FailsThisTime("lstat") ? -1 : fstatat(AT_FDCWD, path, status, AT_SYMLINK_NOFOLLOW);
 }
 
 TEST_F(FileBytes, AFileIsReadWhole)
@@ -172,23 +211,80 @@ TEST_F(FileBytes, LinksOfOnesOwnAreFollowed)
     EXPECT_EQ(Read(folder_.Path("relative")), ReadResult::Done) << "in a sticky folder too";
 }
 
-TEST_F(FileBytes, AnotherUsersLinkInAStickyFolderCountsAsMissing)
+TEST_F(FileBytes, AnotherUsersFilesAndLinksCountAsMissingWhereEveryoneMayWrite)
 {
     WriteBytes(path_, "secret");
+    WriteBytes(folder_.Path("planted"), "syslog.example.net");
     Link("foreign", "file");
     Link("chain", "foreign");
-    ASSERT_EQ(chmod(folder_.Path().c_str(), 01777), 0);
-    if (lchown(folder_.Path("foreign").c_str(), geteuid() + 1, getegid()) != 0)
-        GTEST_SKIP() << "only root can give a link to another user";
+    Link("to planted", "planted");
+    if (lchown(folder_.Path("foreign").c_str(), geteuid() + 1, getegid()) != 0 ||
+        chown(folder_.Path("planted").c_str(), geteuid() + 1, getegid()) != 0)
+        GTEST_SKIP() << "only root can give a file to another user";
 
-    ExpectFails(folder_.Path("foreign"), ReadResult::Missing);
-    ExpectFails(folder_.Path("chain"), ReadResult::Missing);
-    ExpectResolves(folder_.Path("chain"), folder_.Path("foreign"), LinkResult::Foreign);
-
-    for (const mode_t mode : {0755u, 0777u, 01775u, 01755u}) {
+    for (const mode_t mode : {01777u, 0777u, 0757u, 01757u}) {
+        SCOPED_TRACE(testing::Message() << "folder mode " << std::oct << mode);
         ASSERT_EQ(chmod(folder_.Path().c_str(), mode), 0);
-        EXPECT_EQ(Read(folder_.Path("foreign")), ReadResult::Done) << "folder mode " << std::oct << mode;
+        for (const char* name : {"foreign", "chain", "planted", "to planted"})
+            ExpectFails(folder_.Path(name), ReadResult::Missing);
+        ExpectResolves(folder_.Path("chain"), folder_.Path("foreign"), LinkResult::Foreign);
+        ExpectResolves(folder_.Path("to planted"), folder_.Path("planted"), LinkResult::Foreign);
+        EXPECT_TRUE(IsForeign(folder_.Path("planted")));
+        EXPECT_TRUE(IsForeign(folder_.Path("foreign")));
+        EXPECT_EQ(Read(path_), ReadResult::Done) << "one's own";
+        EXPECT_FALSE(IsForeign(path_));
+        EXPECT_FALSE(IsForeign(folder_.Path("nothing")));
     }
+    for (const mode_t mode : {0755u, 0775u, 01775u, 01755u}) {
+        SCOPED_TRACE(testing::Message() << "folder mode " << std::oct << mode);
+        ASSERT_EQ(chmod(folder_.Path().c_str(), mode), 0);
+        for (const char* name : {"foreign", "chain", "planted", "to planted"})
+            EXPECT_EQ(Read(folder_.Path(name)), ReadResult::Done) << name;
+        EXPECT_FALSE(IsForeign(folder_.Path("planted")));
+    }
+}
+
+TEST_F(FileBytes, RootsFilesAreTrustedByEveryUser)
+{
+    if (geteuid() != 0)
+        GTEST_SKIP() << "only root can become another user";
+    ASSERT_EQ(chmod(folder_.Path().c_str(), 01777), 0);
+    for (const char* name : {"roots", "others"})
+        WriteBytes(folder_.Path(name), name);
+    Link("roots link", "roots");
+    ASSERT_EQ(chown(folder_.Path("others").c_str(), 2345, 2345), 0);
+    const pid_t child = fork();
+    if (child == 0) {
+        const bool isOther = setgid(1234) == 0 && setuid(1234) == 0;
+        const bool isRight = Read(folder_.Path("roots")) == ReadResult::Done && bytes_ == "roots" &&
+                             Read(folder_.Path("roots link")) == ReadResult::Done &&
+                             Read(folder_.Path("others")) == ReadResult::Missing;
+        _exit(isOther && isRight ? 0 : 1);
+    }
+    int status = -1;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+}
+
+TEST_F(FileBytes, AFileOfMoreThan4MebibytesIsNotRead)
+{
+    Answers counting;
+    for (const std::uint64_t size : {(std::uint64_t{4} << 20) + 1, std::uint64_t{1} << 32, std::uint64_t{1} << 40}) {
+        WriteBytes(path_, "");
+        if (truncate64(path_.c_str(), static_cast<off64_t>(size)) != 0)
+            continue; // more than this file system holds
+        Link("link", "file");
+        answers = &counting;
+        ExpectFails(path_, ReadResult::TooLarge);
+        ExpectFails(folder_.Path("link"), ReadResult::TooLarge);
+        answers = nullptr;
+        ASSERT_EQ(unlink(folder_.Path("link").c_str()), 0);
+    }
+    EXPECT_EQ(counting.reads, 0);
+
+    ASSERT_EQ(truncate(path_.c_str(), 4 << 20), 0);
+    EXPECT_EQ(Read(path_), ReadResult::Done);
+    EXPECT_TRUE(bytes_ == std::string(4 << 20, '\0'));
 }
 
 TEST_F(FileBytes, LinksResolveToTheNameThatIsNoLink)
@@ -242,6 +338,54 @@ TEST_F(FileBytes, AFailingReadMakesTheFileUnreadable)
         failing.error = error;
         answers = &failing;
         ExpectFails(path_, ReadResult::Unreadable);
+    }
+}
+
+TEST_F(FileBytes, AReadThatFailsIsTriedAgainTwice)
+{
+    WriteBytes(path_, "content");
+    Link("link", "file");
+    const char* rows[][2] = {{"open", "file"},  {"fstat", "file"}, {"read", "file"}, {"open", "link"},
+                             {"lstat", "link"}, {"fstat", "link"}, {"read", "link"}};
+    for (const auto& [call, name] : rows) {
+        SCOPED_TRACE(std::string(call) + " of the " + name);
+        for (int failures = 1; failures <= 3; ++failures) {
+            Answers failing;
+            failing.failingCall = call;
+            failing.failures = failures;
+            answers = &failing;
+            if (failures < 3) {
+                EXPECT_EQ(Read(folder_.Path(name)), ReadResult::Done) << failures;
+                EXPECT_EQ(bytes_, "content") << failures;
+            } else {
+                ExpectFails(folder_.Path(name), ReadResult::Unreadable);
+            }
+            EXPECT_EQ(failing.failures, 0);
+            answers = nullptr;
+        }
+    }
+}
+
+TEST_F(FileBytes, AFileThatCouldNotBeReadIsNotChangedInThatRun)
+{
+    WriteBytes(path_, "content");
+    Link("link", "file");
+    for (const char* call : {"open", "fstat", "read"}) {
+        for (const char* name : {"file", "link"}) {
+            SCOPED_TRACE(std::string(call) + " of the " + name);
+            BeginStaging();
+            Answers failing;
+            failing.failingCall = call;
+            failing.failures = 3;
+            answers = &failing;
+            ExpectFails(folder_.Path(name), ReadResult::Unreadable);
+            answers = nullptr;
+            EXPECT_FALSE(ReplaceFile(path_.c_str(), "defaults"));
+            EXPECT_FALSE(ReplaceFile(folder_.Path("link").c_str(), "defaults"));
+            EXPECT_FALSE(RemoveFile(path_.c_str()));
+            EXPECT_EQ(Read(path_), ReadResult::Done) << "later reads may find it";
+            EndStaging();
+        }
     }
 }
 

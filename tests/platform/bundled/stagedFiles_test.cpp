@@ -35,6 +35,8 @@ protected:
             return "missing";
         case ReadResult::Unreadable:
             return "unreadable";
+        case ReadResult::TooLarge:
+            return "too large";
         case ReadResult::Done:
             break;
         }
@@ -141,7 +143,7 @@ TEST_F(StagedFilesTest, WhatIsSavedAfterItsRemovalIsAFileOfItsOwn)
     const StagedFile& staged = StagedFiles().front();
     EXPECT_EQ(staged.state, StagedState::Saved);
     EXPECT_TRUE(staged.isMadeAfresh);
-    EXPECT_EQ(staged.newFileMode, 0604u);
+    EXPECT_EQ(staged.origin.newFileMode, 0604u);
 }
 
 TEST_F(StagedFilesTest, WhatIsMadeAndRemovedIsMissing)
@@ -225,6 +227,41 @@ TEST_F(StagedFilesTest, WhatCanBeSeenToFailFails)
     EXPECT_FALSE(ReplaceFile("", "new"));
     EXPECT_FALSE(RemoveFile(""));
     EXPECT_THAT(StagedFiles(), IsEmpty());
+}
+
+TEST_F(StagedFilesTest, AFileWhoseChangesAreForbiddenIsNeitherSavedNorRemovedUnderAnyName)
+{
+    Put("deep/file", "old");
+    Put("other", "old");
+    Link("link", "deep/file");
+    Link("folder", "deep");
+    ForbidChanges(folder_.Path("folder/file"));
+    for (const char* name : {"deep/file", "link", "folder/file", "deep/../folder/file"})
+        EXPECT_FALSE(Replace(name, "new")) << name;
+    for (const char* name : {"deep/file", "folder/file"})
+        EXPECT_FALSE(Remove(name)) << name;
+    EXPECT_FALSE(Copy("deep/file", "other"));
+    EXPECT_TRUE(Copy("deep/copy", "deep/file"));
+    EXPECT_TRUE(Replace("other", "new"));
+    EXPECT_EQ(Seen("deep/file"), "old");
+
+    EndStaging();
+    BeginStaging();
+    EXPECT_TRUE(Replace("deep/file", "new")) << "in the next run";
+}
+
+TEST_F(StagedFilesTest, AFileThatWasMissingMayBeMade)
+{
+    EXPECT_EQ(Seen("made"), "missing");
+    EXPECT_TRUE(Replace("made", "new"));
+}
+
+TEST_F(StagedFilesTest, AFileThatTheRunMadeTooLargeDoesNotLoad)
+{
+    EXPECT_TRUE(Replace("file", std::string(4 << 20, 'x')));
+    EXPECT_EQ(Seen("file"), std::string(4 << 20, 'x'));
+    EXPECT_TRUE(Replace("file", std::string((4 << 20) + 1, 'x')));
+    EXPECT_EQ(Seen("file"), "too large");
 }
 
 TEST_F(StagedFilesTest, AFolderThatIsEmptyCanBeRemoved)
