@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 
+#include "bundledPlatform.h"
 #include "scratchFolder.h"
 #include "xmlText.h"
 
@@ -211,4 +212,21 @@ TEST(RemoteBookV4XToV50, AFailedSaveIsAFailureWithoutAWord)
     }
     EXPECT_EQ(ReadBytes(books.oldPath), "<RemotePhoneBook/>");
     EXPECT_EQ(books.FileCount(), 1u);
+}
+
+TEST(RemoteBookV4XToV50, AListThatWouldPrintToMoreThan16MebibytesIsNotSaved)
+{
+    if (!kHasBundledPlatform)
+        GTEST_SKIP() << "rests on the bundled library's limit";
+    // 201 KB, which print to 40 MB: each empty element on a line of its own, indented by its depth.
+    const std::string text =
+        "<RemotePhoneBook>" + Repeat("<a>", 198) + Repeat("<b/>", 50000) + Repeat("</a>", 198) + "</RemotePhoneBook>";
+    Books books;
+    WriteBytes(books.oldPath, text);
+    EXPECT_EQ(books.Translate(), 0);
+    EXPECT_FALSE(std::filesystem::exists(books.newPath));
+    WriteBytes(books.newPath, "before");
+    EXPECT_EQ(books.Translate(), 0);
+    EXPECT_EQ(ReadBytes(books.newPath), "before");
+    EXPECT_EQ(ReadBytes(books.oldPath), text);
 }

@@ -47,3 +47,39 @@ TEST(BundledXmlFile, ARefusalNamesTheLimit)
     EXPECT_EQ(Failure("<a>" + filling + "x</a>"), "Document too large.");
     EXPECT_EQ(Failure("<a></a><!--" + filling + "-->"), "Document too large.");
 }
+
+TEST(BundledXmlFile, ADocumentThatPrintsToMoreThan16MebibytesIsNotSaved)
+{
+    const ScratchFolder folder;
+    const std::string path = folder.Path("a.xml");
+    constexpr std::size_t kMost = std::size_t{16} << 20;
+    const std::string frame = "<a></a>\n";
+    for (const std::size_t size : {kMost, kMost + 1}) {
+        WriteBytes(path, "old");
+        TiXmlDocument document;
+        auto* element = new TiXmlElement("a");
+        element->LinkEndChild(new TiXmlText(std::string(size - frame.size(), 'x').c_str()));
+        document.LinkEndChild(element);
+        const bool isSaved = size == kMost;
+        EXPECT_EQ(SaveXmlFile(document, path.c_str()) != 0, isSaved);
+        EXPECT_EQ(ReadBytes(path).size(), isSaved ? kMost : 3u);
+    }
+}
+
+TEST(BundledXmlFile, NestedEmptyElementsThatPrintToManyTimesTheirSizeAreNotSaved)
+{
+    const ScratchFolder folder;
+    const std::string path = folder.Path("a.xml");
+    struct Row {
+        int elements;
+        bool isSaved;
+    };
+    for (const Row& row : {Row{20000, true}, Row{50000, false}}) {
+        WriteBytes(path, Repeat("<a>", 199) + Repeat("<b/>", row.elements) + Repeat("</a>", 199));
+        TiXmlDocument document;
+        ASSERT_NE(LoadXmlFile(document, path.c_str()), 0);
+        WriteBytes(path, "old");
+        EXPECT_EQ(SaveXmlFile(document, path.c_str()) != 0, row.isSaved) << row.elements;
+        EXPECT_EQ(ReadBytes(path) == "old", !row.isSaved) << row.elements;
+    }
+}
