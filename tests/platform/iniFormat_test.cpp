@@ -192,6 +192,16 @@ TEST(IniFormat, AnAddedSectionGoesToTheEndBehindABlankLine)
     });
 }
 
+TEST(IniFormat, AReturnInsideAValueIsStored)
+{
+    for (const std::string value : {"a\rb", "\rb", "a\r\rb", "\r \r;"}) {
+        const LoadedFile loaded("[S]\nk=old\nx=1\n");
+        EXPECT_NE(loaded.file->SetTextValue("S", "k", value), 0) << testing::PrintToString(value);
+        EXPECT_EQ(loaded.file->GetTextValue("S", "k", kAbsent), value);
+        EXPECT_EQ(loaded.Saved(), "[S]\nk=" + value + "\nx=1\n");
+    }
+}
+
 TEST(IniFormat, WhatTheFormatCannotHoldIsRefusedAndChangesNothing)
 {
     struct Row {
@@ -200,12 +210,13 @@ TEST(IniFormat, WhatTheFormatCannotHoldIsRefusedAndChangesNothing)
         std::string value;
     };
     const Row rows[] = {
-        {"", "k", "v"},     {"S]", "k", "v"},    {"]", "k", "v"},   {"S\r", "k", "v"}, {"S\nT", "k", "v"},
-        {"S\0"s, "k", "v"}, {"S", "", "v"},      {"S", "k=", "v"},  {"S", "=", "v"},   {"S", "a=b", "v"},
-        {"S", "k\r", "v"},  {"S", "k\n", "v"},   {"S", "\0"s, "v"}, {"S", " k", "v"},  {"S", "\tk", "v"},
-        {"S", "k ", "v"},   {"S", "k\t", "v"},   {"S", " ", "v"},   {"S", "[k", "v"},  {"S", "[", "v"},
-        {"S", ";k", "v"},   {"S", "#", "v"},     {"S", "k", "v\r"}, {"S", "k", "\n"},  {"S", "k", "a\r\nb"},
-        {"S", "k", "\0"s},  {"S", "k", "a\0b"s}, {"S", "x", "1\n"}, {"S", "[x", "v"},  {"new", "k", "\r"},
+        {"", "k", "v"},     {"S]", "k", "v"},     {"]", "k", "v"},   {"S\r", "k", "v"}, {"S\nT", "k", "v"},
+        {"S\0"s, "k", "v"}, {"S", "", "v"},       {"S", "k=", "v"},  {"S", "=", "v"},   {"S", "a=b", "v"},
+        {"S", "k\r", "v"},  {"S", "k\n", "v"},    {"S", "\0"s, "v"}, {"S", " k", "v"},  {"S", "\tk", "v"},
+        {"S", "k ", "v"},   {"S", "k\t", "v"},    {"S", " ", "v"},   {"S", "[k", "v"},  {"S", "[", "v"},
+        {"S", ";k", "v"},   {"S", "#", "v"},      {"S", "k", "v\r"}, {"S", "k", "\n"},  {"S", "k", "a\r\nb"},
+        {"S", "k", "\0"s},  {"S", "k", "a\0b"s},  {"S", "x", "1\n"}, {"S", "[x", "v"},  {"new", "k", "\r"},
+        {"S", "k", "\r\r"}, {"S", "k", "a\rb\r"},
     };
     for (const std::string& before : {""s, "[S]\nk=old\nx=1"s, "[S]\n[x=1\n[]\nk=1\n\n"s}) {
         for (const Row& row : rows) {

@@ -185,7 +185,7 @@ private:
 
 const std::vector<std::string> kSections = {"S", "T", " S", "S=", ";", "[", "\xFF", "new section"};
 const std::vector<std::string> kKeys = {"k", "a", "k k", "]", "k;", "a[S]", "\"k\"", "\xFF\xFE", "\v"};
-const std::vector<std::string> kValues = {"", "v", "v ", "a=b", "[S]", "; c", "\"q\"", "\xFF\x80", "-1", "\v"};
+const std::vector<std::string> kValues = {"", "v", "v ", "a=b", "[S]", "; c", "\"q\"", "\xFF\x80", "-1", "\v", "a\rb"};
 
 /// One change by the code and by the second writing of the rules: the same bytes, the value set, all others as they
 /// were.
