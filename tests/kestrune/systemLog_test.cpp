@@ -3,10 +3,96 @@
 
 // The system log: what it gets of a run, and what it must never get.
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <thread>
 
+#include "bundledPlatform.h"
 #include "logSocket.h"
 #include "phoneImage.h"
+
+namespace
+{
+
+constexpr char kKeyFile[] = "/phone/factory/certs/pwcipher.key";
+const std::string kKey(128, '5');
+
+/// A system log that takes streams, as some daemons do.
+class LogStream
+{
+public:
+    LogStream(const std::string& path, int backlog) : socket_(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0))
+    {
+        path.copy(address_.sun_path, sizeof address_.sun_path - 1);
+        EXPECT_EQ(bind(socket_, Address(), sizeof address_), 0) << path;
+        EXPECT_EQ(listen(socket_, backlog), 0);
+    }
+
+    ~LogStream()
+    {
+        (void)close(socket_);
+        for (const int connection : connections_)
+            (void)close(connection);
+    }
+    LogStream(const LogStream&) = delete;
+    LogStream& operator=(const LogStream&) = delete;
+
+    /// Connects until nobody else can.
+    void FillBacklog()
+    {
+        for (;;) {
+            const int connection = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+            connections_.push_back(connection);
+            if (connect(connection, Address(), sizeof address_) != 0)
+                return;
+        }
+    }
+
+    /// What the connections that wait have sent, each as "<priority>ident: text" without the time of day, and its end.
+    std::vector<std::string> Messages() const
+    {
+        std::vector<std::string> messages;
+        (void)fcntl(socket_, F_SETFL, O_NONBLOCK);
+        for (int connection = -1; (connection = accept4(socket_, nullptr, nullptr, SOCK_CLOEXEC)) >= 0;) {
+            std::string message(1 << 16, '\0');
+            const ssize_t length = recv(connection, message.data(), message.size(), MSG_DONTWAIT);
+            message.resize(length < 0 ? 0 : static_cast<std::size_t>(length));
+            constexpr std::size_t kTimeLength = 16; // "Jan  1 00:00:00 "
+            message.erase(message.find('>') + 1, kTimeLength);
+            messages.push_back(message);
+            (void)close(connection);
+        }
+        return messages;
+    }
+
+private:
+    const sockaddr* Address() const { return reinterpret_cast<const sockaddr*>(&address_); }
+
+    sockaddr_un address_ = {AF_UNIX, ""};
+    int socket_;
+    std::vector<int> connections_;
+};
+
+/// A phone whose table pass and password pass both need the key.
+void PutSecrets(PhoneImage& phone)
+{
+    phone.Put("/config/user/user.ini", "[PhoneSetting]\nEnLock=0\n[Feature]\nRingbackTimeout=90\n[Web]\nA=one\nB=two\n"
+                                       "C=NxCtIZlb8N+vWevKAOqtDvzgV0IboWX12AuHSQ\n");
+    phone.Put("/phone/factory/user/user.ini", "[PhoneSetting]\nEnLock=1\n");
+    phone.Put("/phone/resource/encryptconfig.xml", "<l><e file='/config/user/user.ini' section='Web' key='A'/>"
+                                                   "<e file='/config/user/user.ini' section='Web' key='B'/></l>");
+    phone.Put("/phone/resource/kestrune.xml", "<t><r srcFile='/config/user/user.ini' srcSec='Web' srcKey='C'/></t>");
+}
+
+ProcessResult RunWithin(const std::string& seconds, const PhoneImage& phone, const std::string& mode)
+{
+    std::vector<std::string> command = phone.Command({mode});
+    command.insert(command.begin(), {"timeout", "-s", "KILL", seconds});
+    return RunProcess(command, phone.Environment());
+}
+
+} // namespace
 
 TEST(SystemLog, TheSystemLogGetsEveryReportUnderTheProgramsName)
 {
@@ -46,6 +132,7 @@ TEST(SystemLog, TheSystemLogNeverGetsTraces)
     const ScratchFolder folder;
     const LogSocket log(folder.Path("log"));
     phone.AddSandboxOptions({"--bind", folder.Path("log"), "/dev/log"});
+    phone.Put(kKeyFile, kKey);
     phone.Put("/phone/resource/kestrune.xml", "<table/>\n");
     phone.Put("/config/user/user.ini", "[PhoneSetting]\nEnLock=1\n[Account]\nPassword=secret\n");
     phone.Put("/phone/factory/user/user.ini", "[PhoneSetting]\nEnLock=0\n");
@@ -54,4 +141,84 @@ TEST(SystemLog, TheSystemLogNeverGetsTraces)
     phone.Run("all");
     EXPECT_THAT(phone.Reports(), testing::Contains("etlTrace 2: Decrypt:(secret)->()"));
     EXPECT_THAT(log.Messages(), testing::ElementsAre("<12>kestrune: No config translate record!\n"));
+}
+
+TEST(SystemLog, AKeyThatProtectsNothingIsWarnedOfOnceARunThatNeedsIt)
+{
+    if (!kHasBundledPlatform)
+        GTEST_SKIP() << "rests on the bundled cipher";
+    using Lines = std::vector<std::string>;
+    const Lines kNone;
+    const Lines kMissing = {"<12>kestrune: no cipher key " + std::string(kKeyFile) + ": passwords are not protected"};
+    const Lines kWritable = {"<12>kestrune: others may write the cipher key " + std::string(kKeyFile)};
+    struct Row {
+        const char* mode;
+        mode_t keyMode; // 0: no key file
+        std::string key;
+        Lines messages;
+    };
+    const Row rows[] = {
+        {"all", 0, "", kMissing},       {"pwd", 0, "", kMissing},
+        {"dev", 0, "", kMissing},       {"all", 0620, kKey, kWritable},
+        {"pwd", 0602, kKey, kWritable}, {"all", 0600, kKey, kNone},
+        {"all", 0644, kKey, kNone},     {"pwd", 0600, "no key", kNone},
+        {"fix-ups-only", 0, "", kNone}, {"fix-ups-only", 0666, kKey, kNone},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(testing::Message() << "mode " << row.mode << ", key of " << std::oct << row.keyMode);
+        PhoneImage phone;
+        PutSecrets(phone);
+        if (row.keyMode != 0) {
+            phone.Put(kKeyFile, row.key);
+            ASSERT_EQ(chmod(phone.HostPath(kKeyFile).c_str(), row.keyMode), 0);
+        }
+        const ScratchFolder folder;
+        const LogSocket log(folder.Path("log"));
+        phone.AddSandboxOptions({"--bind", folder.Path("log"), "/dev/log"});
+        phone.Run(row.mode);
+        EXPECT_EQ(log.Messages(), row.messages);
+        EXPECT_THAT(phone.Reports(), testing::Not(testing::Contains(testing::HasSubstr("cipher key"))));
+    }
+}
+
+TEST(SystemLog, ADaemonThatTakesStreamsGetsTheMessages)
+{
+    PhoneImage phone;
+    const ScratchFolder folder;
+    const LogStream log(folder.Path("log"), 16);
+    phone.AddSandboxOptions({"--bind", folder.Path("log"), "/dev/log"});
+    phone.PutFolder("/config/user/user.ini"); // which does not load
+    phone.Run("pwd");
+    EXPECT_THAT(log.Messages(), testing::ElementsAre(std::string("<12>kestrune: Can's load user's inifile!\n") + '\0'));
+    phone.RunWith({});
+    EXPECT_THAT(log.Messages(),
+                testing::ElementsAre(std::string("<14>kestrune: Usage: \n#/kestrune [all|dev|pwd]\n") + '\0'));
+}
+
+TEST(SystemLog, ADaemonWhoseQueueOfStreamsIsFullHoldsUpNothing)
+{
+    PhoneImage phone;
+    const ScratchFolder folder;
+    LogStream log(folder.Path("log"), 0);
+    log.FillBacklog();
+    phone.AddSandboxOptions({"--bind", folder.Path("log"), "/dev/log"});
+    phone.PutFolder("/config/certs/phoneca");
+    for (int i = 0; i < 10; ++i)
+        phone.Put("/phone/factory/certs/phoneca/" + std::to_string(i) + ".pem", "certificate");
+    EXPECT_EQ(RunWithin("60", phone, "dev").exitStatus, 0) << "137: it has not ended";
+    for (int i = 0; i < 10; ++i)
+        EXPECT_TRUE(phone.Has("/config/certs/phoneca/" + std::to_string(i) + ".pem"));
+}
+
+TEST(SystemLog, AZoneThatNamesAPipeHoldsUpNothing)
+{
+    PhoneImage phone;
+    const ScratchFolder folder;
+    const LogSocket log(folder.Path("log"));
+    phone.AddSandboxOptions({"--bind", folder.Path("log"), "/dev/log"});
+    ASSERT_EQ(mkfifo(phone.HostPath("/tmp/zone").c_str(), 0600), 0);
+    phone.SetEnvironment("TZ", ":/tmp/zone");
+    phone.PutFolder("/config/user/user.ini"); // which does not load
+    EXPECT_EQ(RunWithin("30", phone, "pwd").exitStatus, 0) << "137: it has not ended";
+    EXPECT_THAT(log.Messages(), testing::ElementsAre("<12>kestrune: Can's load user's inifile!\n"));
 }

@@ -96,6 +96,32 @@ TEST(CipherKey, WithoutAFileTheDevelopmentKeyIsUsed)
     }
 }
 
+TEST(CipherKey, AKeyThatProtectsNothingIsWarnedOf)
+{
+    struct Row {
+        mode_t mode;
+        bool isWarnedOf;
+    };
+    const Row rows[] = {{0600, false}, {0400, false}, {0644, false}, {0755, false},
+                        {0620, true},  {0602, true},  {0666, true},  {0662, true}};
+    const ScratchFolder folder;
+    const std::string path = folder.Path("key");
+    WriteBytes(path, kDigits);
+    for (const Row& row : rows) {
+        ASSERT_EQ(chmod(path.c_str(), row.mode), 0);
+        CipherKey key = FilledKey();
+        std::string warning = "as it was";
+        EXPECT_TRUE(LoadCipherKey(path.c_str(), key, &warning));
+        EXPECT_EQ(key, CountingKey()) << "it is used all the same";
+        EXPECT_EQ(warning, row.isWarnedOf ? "others may write the cipher key " + path : "as it was")
+            << std::oct << row.mode;
+    }
+    CipherKey key = FilledKey();
+    std::string warning;
+    EXPECT_TRUE(LoadCipherKey(folder.Path("missing").c_str(), key, &warning));
+    EXPECT_EQ(warning, "no cipher key " + folder.Path("missing") + ": passwords are not protected");
+}
+
 TEST(CipherKey, AMalformedFileGivesNoKey)
 {
     const std::string digits = kDigits;
