@@ -2,8 +2,8 @@
 # SPDX-License-Identifier: MIT
 
 """Every file of the phone cut at every byte, and at every second one with zero bytes from there on (above 4 KiB at
-samples). A sanitizer build reports nothing, a damaged file is treated as its format says, and all other files end as in
-an ordinary run."""
+samples). A sanitizer build reports nothing, any other one has an address space of 64 MiB above an empty program, a damaged
+file is treated as its format says, and all other files end as in an ordinary run."""
 
 import dataclasses
 import fnmatch
@@ -13,6 +13,7 @@ import pathlib
 import re
 import sys
 
+import addressSpace
 import comparison
 import documentedPaths
 import iniText
@@ -221,7 +222,7 @@ def try_damage(job, position, folder):
         if position < len(content):
             damages[path] = damaged(content, job.way, position)
             (root / path[1:]).write_bytes(damages[path])
-    result = sandbox.run(job.program, root, job.mode)
+    result = sandbox.run(job.program, root, job.mode, addressSpace.wrapper(job.program))
     found = sandbox.files_of(root)
 
     faults = []

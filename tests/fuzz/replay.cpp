@@ -3,14 +3,39 @@
 
 #include <cstdio>
 #include <filesystem>
-#include <vector>
+#include <fstream>
+#include <sys/resource.h>
+#include <unistd.h>
 
 #include "fuzzInput.h"
 #include "scratchFolder.h"
 
+namespace
+{
+
+/// Leaves an address space of 64 MiB above what the program has before it does anything: an input that would take the
+/// memory of a phone ends the process. Sanitizers take terabytes, so with them there is no limit.
+bool LimitAddressSpace()
+{
+#ifndef __SANITIZE_ADDRESS__
+    rlim_t pages = 0;
+    if (!(std::ifstream("/proc/self/statm") >> pages))
+        return false;
+    const rlim_t size = pages * static_cast<rlim_t>(sysconf(_SC_PAGESIZE)) + (rlim_t{64} << 20);
+    const rlimit limit = {size, size};
+    return setrlimit(RLIMIT_AS, &limit) == 0;
+#else
+    return true;
+#endif
+}
+
+} // namespace
+
 /// Runs the harness on every file of the folders that are named; a property that does not hold ends the process.
 int main(int argumentCount, char** arguments)
 {
+    if (!LimitAddressSpace())
+        return 1;
     int inputs = 0;
     for (int i = 1; i < argumentCount; ++i) {
         if (!std::filesystem::is_directory(arguments[i]))
