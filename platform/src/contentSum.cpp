@@ -16,17 +16,17 @@ constexpr std::size_t kPieceSize = 4096; // on the stack, which may be small
 
 /// Takes a regular file piece by piece.
 ///
-/// @param length  the file's; only a file of this length is read, unless it is -1
-/// @param take    is given each piece; false ends the reading
+/// @param isWanted  is given the file's length; false ends the reading before it begins
+/// @param take      is given each piece; false ends the reading
 /// @return whether all pieces were read and taken
-template <typename Take>
-bool ReadPieces(const char* path, std::int64_t length, Take take)
+template <typename IsWanted, typename Take>
+bool ReadPieces(const char* path, IsWanted isWanted, Take take)
 {
     const Descriptor file(OpenForReading(path));
     struct stat status = {};
     if (!file.IsOpen() || fstat(file.Number(), &status) != 0 || !S_ISREG(status.st_mode))
         return false;
-    if (length != -1 && status.st_size != length)
+    if (!isWanted(static_cast<std::uint64_t>(status.st_size)))
         return false;
 
     char piece[kPieceSize];
@@ -68,14 +68,23 @@ bool SumOfFile(const char* path, ContentSum& sum)
     sha256_ctx context;
     sha256_init(&context);
     std::uint64_t length = 0;
+    std::uint64_t read = 0;
+    const auto isWanted = [&](std::uint64_t found) {
+        length = found;
+        return found <= kLargestContent;
+    };
     const auto take = [&](std::string_view piece) {
-        length += piece.size();
+        read += piece.size();
         Update(context, piece);
         return true;
     };
-    if (!ReadPieces(path, /*length=*/-1, take))
+    if (ReadPieces(path, isWanted, take)) {
+        sum = {read, DigestOf(context)};
+        return true;
+    }
+    if (length <= kLargestContent)
         return false;
-    sum = {length, DigestOf(context)};
+    sum = {length, ""};
     return true;
 }
 
@@ -93,5 +102,6 @@ bool HoldsBytes(const char* path, std::string_view bytes)
         bytes.remove_prefix(piece.size());
         return true;
     };
-    return ReadPieces(path, static_cast<std::int64_t>(bytes.size()), take) && bytes.empty();
+    const auto isWanted = [size = bytes.size()](std::uint64_t found) { return found == size; };
+    return ReadPieces(path, isWanted, take) && bytes.empty();
 }

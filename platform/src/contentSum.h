@@ -12,8 +12,11 @@
 
 struct ContentSum {
     std::uint64_t length = 0; ///< bytes
-    std::string sha256;       ///< 64 hexadecimal digits, lower case
+    std::string sha256;       ///< 64 hexadecimal digits, lower case; empty for a file that is too large to be read
 };
+
+/// No run makes a larger file. One that is to be removed is known by its length.
+constexpr std::uint64_t kLargestContent = std::uint64_t{16} << 20;
 
 ContentSum SumOf(std::string_view bytes);
 

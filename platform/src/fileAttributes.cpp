@@ -77,9 +77,10 @@ mode_t CommonBits(mode_t mode)
     return (mode & S_IRWXU) | common << 3 | common;
 }
 
+/// @param path  the file that has this owner
 /// @param mode  the bits to come, which become fewer when the owner or group may not be given
 /// @return 0; otherwise the error number
-int GiveOwner(int file, const struct stat& like, mode_t& mode)
+int GiveOwner(int file, const std::string& path, const struct stat& like, mode_t& mode)
 {
     struct stat made = {};
     if (fstat(file, &made) != 0)
@@ -88,7 +89,8 @@ int GiveOwner(int file, const struct stat& like, mode_t& mode)
         return 0;
     if (errno != EPERM)
         return errno;
-    mode = CommonBits(mode);
+    // Whom an access list shuts out may count as one of the others now.
+    mode = HasAccessList(path) ? mode & ~kGroupAndOthers : CommonBits(mode);
     return 0;
 }
 
@@ -145,7 +147,7 @@ int GiveAttributes(int file, const FileOrigin& origin)
         return error;
     if (model.path != nullptr) {
         // Before the bits: a change of owner clears some of them.
-        if (const int error = GiveOwner(file, model.status, model.mode))
+        if (const int error = GiveOwner(file, *model.path, model.status, model.mode))
             return error;
         const bool isKept = model.isKeptWhole ? CopyExtendedAttributes(*model.path, file)
                                               : fremovexattr(file, kAccessList) == 0 || IsUnknownHere(errno);

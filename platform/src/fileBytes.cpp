@@ -149,6 +149,14 @@ const StagedFile* FindChanged(const std::string& path)
 
 enum class LastLink { Follow, Refuse };
 
+/// Of the file that the path leads to, if that can be seen.
+void ForbidChangesThrough(const std::string& path)
+{
+    std::string target = path;
+    struct stat ignored = {};
+    ForbidChanges(ResolveLinks(target, ignored) == LinkResult::Resolved ? target : path);
+}
+
 ReadResult Read(const std::string& path, LastLink lastLink, std::string& bytes, struct stat* status)
 {
     if (const StagedFile* staged = FindChanged(path))
@@ -158,7 +166,7 @@ ReadResult Read(const std::string& path, LastLink lastLink, std::string& bytes, 
     for (int tries = 0; tries < kMostTries && attempt == Attempt::Failed; ++tries)
         attempt = ReadOnce(path, bytes, status, result);
     if (attempt == Attempt::Failed)
-        ForbidChanges(path);
+        ForbidChangesThrough(path);
     if (attempt != Attempt::IsLink || lastLink == LastLink::Refuse)
         return result;
 

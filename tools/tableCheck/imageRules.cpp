@@ -99,7 +99,7 @@ void ImageRules::Write(const TableRecord& record, const std::string& value, bool
     if (document.SetTextValue(to.section, to.key, isLost ? std::string() : value) == 0) {
         if (IsStorable(to))
             findings.push_back({"KT029", record.Line(),
-                                "the store refuses the value, which holds a line break or a zero byte: " +
+                                "the store refuses the value, which ends in a line break or holds a zero byte: " +
                                     Describe(to) + " stays as it is"});
         return;
     }

@@ -125,7 +125,8 @@ bool WriteNewFile(const std::string& path, std::string_view bytes, const struct 
 
 /// @param source  the file whose owner and group a new one gets; null for none
 /// @param mode    the permission bits of a new one
-bool Replace(const char* path, std::string_view bytes, const struct stat* source, mode_t mode)
+/// @param most    those that one which is there may keep
+bool Replace(const char* path, std::string_view bytes, const struct stat* source, mode_t mode, mode_t most = 07777)
 {
     const Place place = Find(path);
     if (place.path.empty() || (place.error != 0 && place.error != ENOENT))
@@ -140,7 +141,7 @@ bool Replace(const char* path, std::string_view bytes, const struct stat* source
 
     const std::string newPath = place.path + ".kestrune-new";
     const struct stat* owner = isThere ? &place.status : source;
-    if (!WriteNewFile(newPath, bytes, owner, isThere ? place.status.st_mode & 07777 : mode) ||
+    if (!WriteNewFile(newPath, bytes, owner, isThere ? place.status.st_mode & most : mode) ||
         rename(newPath.c_str(), place.path.c_str()) != 0) {
         (void)unlink(newPath.c_str());
         return false;
@@ -237,5 +238,5 @@ int ETL_SubClass::etlCopyFile(const char* destinationPath, const char* sourcePat
     const bool isLink = destination.error == 0 && destination.path != destinationPath;
     if (isLink && destination.path == Find(sourcePath).path && unlink(destinationPath) != 0)
         return 0;
-    return Replace(destinationPath, bytes, &status, status.st_mode & 07777) ? 1 : 0;
+    return Replace(destinationPath, bytes, &status, status.st_mode & 07777, status.st_mode & 07777) ? 1 : 0;
 }
