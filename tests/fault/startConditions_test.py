@@ -119,7 +119,8 @@ def copied_from(mode, before):
 
 
 def expected_bits(path, mode, before, umask):
-    """An existing file keeps its bits, a copy gets its source's, the device's own copy those less the umask."""
+    """An existing file keeps its bits, a copy gets its source's, a translation those of a new file that its source has as
+    well, the device's own copy its source's less the umask."""
     if path in before:
         return before[path].mode
     if path == documentedPaths.COPIES_TO.get(mode):
@@ -127,7 +128,9 @@ def expected_bits(path, mode, before, umask):
     if path.startswith(documentedPaths.USER_CERTIFICATES):
         name = path.removeprefix(documentedPaths.USER_CERTIFICATES)
         return before[documentedPaths.FACTORY_CERTIFICATES + name].mode & ~umask
-    return NEW_FILE_MODE & ~umask
+    source = next((old for old, new in documentedPaths.XML_DATA.items() if path in new), None)
+    withheld = ~before[source].mode & ~stat.S_IWUSR if source else 0
+    return NEW_FILE_MODE & ~umask & ~withheld
 
 
 def expected_phone(condition, mode, before, ordinary):

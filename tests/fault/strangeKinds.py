@@ -88,6 +88,31 @@ def foreign_link_in_sticky_folder(place):
     foreign_link(place)
 
 
+def make_open(folder):
+    os.chmod(folder, 0o777)
+
+
+def foreign_link_in_open_folder(place):
+    make_open(os.path.dirname(place.file))
+    foreign_link(place)
+
+
+def foreign_file(place):
+    with open(place.file, "wb") as file:
+        file.write(place.content)
+    os.chown(place.file, STRANGER, STRANGER)
+
+
+def foreign_file_in_sticky_folder(place):
+    make_sticky(os.path.dirname(place.file))
+    foreign_file(place)
+
+
+def foreign_file_in_open_folder(place):
+    make_open(os.path.dirname(place.file))
+    foreign_file(place)
+
+
 def foreign_dangling_link_in_sticky_folder(place):
     make_sticky(os.path.dirname(place.file))
     link(f"{CANARY}/absent", place.file, STRANGER)
@@ -162,6 +187,9 @@ KINDS = (
     Kind("hard link", "original", hard_link),
     Kind("dangling link", "missing", dangling_link),
     Kind("foreign link in a sticky folder", "missing", foreign_link_in_sticky_folder, needs_root=True),
+    Kind("foreign link in an open folder", "missing", foreign_link_in_open_folder, needs_root=True),
+    Kind("foreign file in a sticky folder", "missing", foreign_file_in_sticky_folder, needs_root=True),
+    Kind("foreign file in an open folder", "missing", foreign_file_in_open_folder, needs_root=True),
     Kind("foreign dangling link in a sticky folder", "missing", foreign_dangling_link_in_sticky_folder,
          needs_root=True),
     Kind("own link to a foreign one in a sticky folder", "missing", own_link_to_foreign_link, needs_root=True),

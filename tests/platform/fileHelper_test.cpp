@@ -102,7 +102,7 @@ TEST_F(FileHelper, ACopyReplacesAnExistingDestinationWhole)
     EXPECT_EQ(Exists("destination.kestrune-new"), 0);
 }
 
-TEST_F(FileHelper, ANewCopyGetsTheSourcesPermissionBitsAndAnExistingOneKeepsThoseThatTheSourceHasToo)
+TEST_F(FileHelper, ANewCopyGetsTheSourcesPermissionBitsAndAnExistingOneLosesWhatTheSourceWithholds)
 {
     WriteBytes(source_, "x");
     for (const mode_t mode : {0600u, 0666u, 0755u, 0444u}) {
@@ -111,10 +111,14 @@ TEST_F(FileHelper, ANewCopyGetsTheSourcesPermissionBitsAndAnExistingOneKeepsThos
         EXPECT_NE(Copy(), 0);
         EXPECT_EQ(ModeOf(destination_), mode) << "the umask has no part in it";
     }
-    WriteBytes(destination_ + "2", "y");
-    ASSERT_EQ(chmod((destination_ + "2").c_str(), 0640), 0);
-    EXPECT_NE(etlCopyFile((destination_ + "2").c_str(), source_.c_str()), 0);
-    EXPECT_EQ(ModeOf(destination_ + "2"), 0440u);
+    const mode_t rows[][3] = {{0640, 0644, 0640}, {0640, 0666, 0640}, {0644, 0600, 0600}, {0664, 0640, 0640}};
+    for (const auto& [existing, source, expected] : rows) {
+        WriteBytes(destination_ + "2", "y");
+        ASSERT_EQ(chmod((destination_ + "2").c_str(), existing), 0);
+        ASSERT_EQ(chmod(source_.c_str(), source), 0);
+        EXPECT_NE(etlCopyFile((destination_ + "2").c_str(), source_.c_str()), 0);
+        EXPECT_EQ(ModeOf(destination_ + "2"), expected) << std::oct << existing << ' ' << source;
+    }
 }
 
 TEST_F(FileHelper, LinksOnBothSidesAreFollowed)
