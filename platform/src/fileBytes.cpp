@@ -149,7 +149,7 @@ const StagedFile* FindChanged(const std::string& path)
 
 enum class LastLink { Follow, Refuse };
 
-/// Of the file that the path leads to, if that can be seen.
+/// Forbids changes of the file that the path leads to, as far as that can be seen.
 void ForbidChangesThrough(const std::string& path)
 {
     std::string target = path;
