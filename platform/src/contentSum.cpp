@@ -3,6 +3,7 @@
 
 #include "contentSum.h"
 
+#include <cerrno>
 #include <nettle/base16.h>
 #include <nettle/sha2.h>
 #include <sys/stat.h>
@@ -14,29 +15,50 @@ namespace
 
 constexpr std::size_t kPieceSize = 4096; // on the stack, which may be small
 
+constexpr int kMostTries = 3;
+
+enum class Reading {
+    Done,
+    Ended, ///< no regular file, or one that was not wanted any more
+    Failed,
+};
+
 /// Takes a regular file piece by piece.
 ///
 /// @param isWanted  is given the file's length; false ends the reading before it begins
 /// @param take      is given each piece; false ends the reading
-/// @return whether all pieces were read and taken
 template <typename IsWanted, typename Take>
-bool ReadPieces(const char* path, IsWanted isWanted, Take take)
+Reading ReadPieces(const char* path, IsWanted isWanted, Take take)
 {
     const Descriptor file(OpenForReading(path));
+    if (!file.IsOpen())
+        return errno == ENOENT || errno == ENOTDIR || errno == ELOOP ? Reading::Ended : Reading::Failed;
     struct stat status = {};
-    if (!file.IsOpen() || fstat(file.Number(), &status) != 0 || !S_ISREG(status.st_mode))
-        return false;
-    if (!isWanted(static_cast<std::uint64_t>(status.st_size)))
-        return false;
+    if (fstat(file.Number(), &status) != 0)
+        return Reading::Failed;
+    if (!S_ISREG(status.st_mode) || !isWanted(static_cast<std::uint64_t>(status.st_size)))
+        return Reading::Ended;
 
     char piece[kPieceSize];
     for (;;) {
         const ssize_t count = ReadInto(file.Number(), piece, sizeof piece);
-        if (count < 0 || !take(std::string_view(piece, static_cast<std::size_t>(count))))
-            return false;
+        if (count < 0)
+            return Reading::Failed;
+        if (!take(std::string_view(piece, static_cast<std::size_t>(count))))
+            return Reading::Ended;
         if (static_cast<std::size_t>(count) < sizeof piece)
-            return true;
+            return Reading::Done;
     }
+}
+
+/// A reading that fails is tried again twice, each time from the beginning.
+template <typename ReadOnce>
+bool IsRead(ReadOnce readOnce)
+{
+    Reading reading = Reading::Failed;
+    for (int tries = 0; tries < kMostTries && reading == Reading::Failed; ++tries)
+        reading = readOnce();
+    return reading == Reading::Done;
 }
 
 void Update(sha256_ctx& context, std::string_view bytes)
@@ -66,7 +88,6 @@ ContentSum SumOf(std::string_view bytes)
 bool SumOfFile(const char* path, ContentSum& sum)
 {
     sha256_ctx context;
-    sha256_init(&context);
     std::uint64_t length = 0;
     std::uint64_t read = 0;
     const auto isWanted = [&](std::uint64_t found) {
@@ -78,7 +99,12 @@ bool SumOfFile(const char* path, ContentSum& sum)
         Update(context, piece);
         return true;
     };
-    if (ReadPieces(path, isWanted, take)) {
+    const auto readOnce = [&] {
+        sha256_init(&context);
+        length = read = 0;
+        return ReadPieces(path, isWanted, take);
+    };
+    if (IsRead(readOnce)) {
         sum = {read, DigestOf(context)};
         return true;
     }
@@ -96,12 +122,17 @@ bool HoldsContent(const char* path, const ContentSum& content)
 
 bool HoldsBytes(const char* path, std::string_view bytes)
 {
+    std::string_view rest;
+    const auto isWanted = [&](std::uint64_t found) { return found == bytes.size(); };
     const auto take = [&](std::string_view piece) {
-        if (bytes.substr(0, piece.size()) != piece)
+        if (rest.substr(0, piece.size()) != piece)
             return false;
-        bytes.remove_prefix(piece.size());
+        rest.remove_prefix(piece.size());
         return true;
     };
-    const auto isWanted = [size = bytes.size()](std::uint64_t found) { return found == size; };
-    return ReadPieces(path, isWanted, take) && bytes.empty();
+    const auto readOnce = [&] {
+        rest = bytes;
+        return ReadPieces(path, isWanted, take);
+    };
+    return IsRead(readOnce) && rest.empty();
 }
