@@ -177,12 +177,14 @@ bool Move(StagedFile& moved, const StagedFile& copy)
 }
 
 /// Each file whole, in the order of the first saves. The marker comes first: at most once rather than twice.
-void CommitOneByOne(const RunToCommit& run)
+///
+/// @return false when the marker could not be changed, and nothing else has been
+bool CommitOneByOne(const RunToCommit& run)
 {
     if (run.isOfUpgrade) {
         if (const int error = ReplaceAtOnce(kUpgradeMarker, run.laterWords, OriginOfMarker())) {
             TellFailure(kUpgradeMarker, error);
-            return;
+            return false;
         }
     }
     for (StagedFile& staged : StagedFiles()) {
@@ -200,6 +202,7 @@ void CommitOneByOne(const RunToCommit& run)
         if (const int error = RemoveNow(staged))
             Fail(staged, error);
     }
+    return true;
 }
 
 void FlushFoldersOfTemporaries(const RunToCommit& run)
@@ -243,8 +246,9 @@ void TouchTheOthers()
 
 void CommitStaged(const RunToCommit& run)
 {
-    if ((FindChanges() || run.isOfUpgrade) && !CommitTogether(run))
-        CommitOneByOne(run);
+    const bool hasChanges = FindChanges() || run.isOfUpgrade;
+    if (hasChanges && !CommitTogether(run) && !CommitOneByOne(run))
+        return; // a note of copies stays, and the next run takes them back
     if (HasNoteOfCopies())
         (void)RemoveNoteOfCopies(); // one that stays takes the copies with it in the next run, which makes them again
     TouchTheOthers();

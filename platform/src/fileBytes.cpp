@@ -42,31 +42,40 @@ bool IsMissing(int error)
     return error == ENOENT || error == ENOTDIR;
 }
 
-/// Whether somebody else may have put this into the folder.
-bool IsForeign(const std::string& path, const struct stat& found)
-{
-    if (found.st_uid == geteuid() || found.st_uid == 0)
-        return false;
-    struct stat folder = {};
-    return stat(FolderOf(path).c_str(), &folder) != 0 || (folder.st_mode & S_IWOTH) != 0;
-}
-
 constexpr int kMostTries = 3;
 
-/// Looks at the name itself. A failure that is no answer is tried again.
+/// Looks at a name. A failure that is no answer is tried again.
 ///
+/// @param look  `stat` or `lstat`
 /// @return 0; otherwise the error number
-int LookAt(const std::string& path, struct stat& status)
+template <typename Look>
+int LookAt(Look look, const std::string& path, struct stat& status)
 {
     int error = 0;
     for (int tries = 0; tries < kMostTries; ++tries) {
-        if (lstat(path.c_str(), &status) == 0)
+        if (look(path.c_str(), &status) == 0)
             return 0;
         error = errno;
         if (IsMissing(error))
             break;
     }
     return error;
+}
+
+enum class Trust {
+    Ours,
+    Foreign, ///< somebody else may have put it into the folder
+    Unknown, ///< the folder cannot be looked at
+};
+
+Trust TrustIn(const std::string& path, const struct stat& found)
+{
+    if (found.st_uid == geteuid() || found.st_uid == 0)
+        return Trust::Ours;
+    struct stat folder = {};
+    if (LookAt(stat, FolderOf(path), folder) != 0)
+        return Trust::Unknown;
+    return (folder.st_mode & S_IWOTH) != 0 ? Trust::Foreign : Trust::Ours;
 }
 
 bool ReadLinkTarget(const std::string& path, std::string& target)
@@ -123,8 +132,11 @@ Attempt ReadOnce(const std::string& path, std::string& bytes, struct stat* statu
     result = ReadResult::Unreadable;
     if (fstat(file.Number(), &found) != 0)
         return Attempt::Failed;
+    const Trust trust = TrustIn(path, found);
+    if (trust == Trust::Unknown)
+        return Attempt::Failed;
     std::string content;
-    if (IsForeign(path, found))
+    if (trust == Trust::Foreign)
         result = ReadResult::Missing;
     else if (S_ISREG(found.st_mode) && static_cast<std::uint64_t>(found.st_size) > kLargestFile)
         result = ReadResult::TooLarge;
@@ -194,10 +206,11 @@ LinkResult ResolveLinks(std::string& path, struct stat& status)
             status.st_mode = S_IFREG;
             return staged->state == StagedState::Removed ? LinkResult::Missing : LinkResult::Resolved;
         }
-        if (const int error = LookAt(path, status))
+        if (const int error = LookAt(lstat, path, status))
             return IsMissing(error) ? LinkResult::Missing : LinkResult::Unresolvable;
-        if (IsForeign(path, status))
-            return LinkResult::Foreign;
+        const Trust trust = TrustIn(path, status);
+        if (trust != Trust::Ours)
+            return trust == Trust::Foreign ? LinkResult::Foreign : LinkResult::Unresolvable;
         if (!S_ISLNK(status.st_mode))
             return LinkResult::Resolved;
 
@@ -212,5 +225,5 @@ LinkResult ResolveLinks(std::string& path, struct stat& status)
 bool IsForeign(const std::string& path)
 {
     struct stat status = {};
-    return lstat(path.c_str(), &status) == 0 && IsForeign(path, status);
+    return LookAt(lstat, path, status) == 0 && TrustIn(path, status) == Trust::Foreign;
 }

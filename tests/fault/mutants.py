@@ -36,7 +36,7 @@ WRITE_RECORD = """    const CommitRecord record = MakeRecord(run);
 MUTANTS = (
     # Temporary files
     Mutant("no flush of a temporary file", "temporaryFile.cpp",
-           " &&\n                           fsync(file.Number()) == 0", "", POWER_CUT),
+           "return fsync(file.Number()) == 0 ? 0 : errno;", "return 0;", POWER_CUT),
     Mutant("no flush of the temporary files' folders", "commitStaged.cpp",
            "    FlushFoldersOfTemporaries(run);\n", "", POWER_CUT),
     Mutant("no exclusive creation", "temporaryFile.cpp", "O_CREAT | O_EXCL", "O_CREAT", ("oneWayToWrite_test.py",)),

@@ -212,13 +212,13 @@ def once_taken_back(before, found):
 
 
 def check_private(job, folder):
-    """What is no record and no note counts as none, and goes unless it is a folder or locked. What is no marker lists
+    """What is no record and no note counts as none, and goes unless it is a folder. What is no marker lists
     nothing; one that is empty goes."""
     results = []
     for kind in kinds_for(job):
         before, after, faults = try_kind(job, kind, job.path, folder)
         is_locked = kind.taken_as == "no permission"
-        if job.path == documentedPaths.MARKER or (is_locked and job.path == documentedPaths.RECORD):
+        if job.path == documentedPaths.MARKER:
             expected = dict(before.phone)
         else:
             user = strangeFolders.ORDINARY_USER if is_locked else ()
@@ -234,7 +234,7 @@ def check_private(job, folder):
 
 
 def stays(kind):
-    return kind.name in ("folder", "full folder") or kind.taken_as == "no permission"
+    return kind.name in ("folder", "full folder")
 
 
 def check_alias(job, folder):
