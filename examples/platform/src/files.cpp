@@ -57,7 +57,7 @@ struct Place {
     std::string path;        ///< the name that is no link, or the link that is not followed
     struct stat status = {}; ///< of that name
     int error = 0;           ///< why there is no status; ENOENT: nothing is there
-    bool isForeign = false;  ///< the name is another user's link in a folder such as /tmp
+    bool isForeign = false;  ///< the name is another user's in a folder such as /tmp
 };
 
 Place Find(const char* path)
@@ -70,14 +70,12 @@ Place Find(const char* path)
             place.error = errno;
             return place;
         }
-        if (!S_ISLNK(place.status.st_mode))
-            return place;
         struct stat folder = {};
-        if (stat(FolderOf(place.path).c_str(), &folder) == 0 && (folder.st_mode & S_ISVTX) != 0 &&
-            (folder.st_mode & S_IWOTH) != 0 && place.status.st_uid != geteuid()) {
-            place.isForeign = true;
+        const bool isOurs = place.status.st_uid == geteuid() || place.status.st_uid == 0;
+        place.isForeign =
+            !isOurs && (stat(FolderOf(place.path).c_str(), &folder) != 0 || (folder.st_mode & S_IWOTH) != 0);
+        if (place.isForeign || !S_ISLNK(place.status.st_mode))
             return place;
-        }
         char target[4096];
         const ssize_t size = readlink(place.path.c_str(), target, sizeof target);
         if (size <= 0)
@@ -155,7 +153,7 @@ bool Replace(const char* path, std::string_view bytes, const struct stat* source
 bool ReadFile(const char* path, std::string& bytes, struct stat* status)
 {
     const Place place = Find(path);
-    if (place.error != 0 || !S_ISREG(place.status.st_mode))
+    if (place.error != 0 || place.isForeign || !S_ISREG(place.status.st_mode))
         return false;
     const OpenFile file(place.path, O_RDONLY);
     struct stat found = {};

@@ -15,6 +15,7 @@ namespace
 
 constexpr char kBlanks[] = " \t";
 constexpr std::string_view kNoLineHolds("\r\n\0", 3);
+constexpr std::string_view kNoValueHolds("\n\0", 2);
 
 std::string_view Trim(std::string_view text)
 {
@@ -77,19 +78,25 @@ bool IsHolder(std::string_view text)
     return text.find_first_of(kNoLineHolds) == text.npos;
 }
 
+/// A CR at the end would become part of the line end.
+bool IsValue(std::string_view text)
+{
+    return text.find_first_of(kNoValueHolds) == text.npos && (text.empty() || text.back() != '\r');
+}
+
 bool CanBeStored(std::string_view section, std::string_view key, std::string_view text)
 {
     const bool isSection = !section.empty() && IsHolder(section) && section.find(']') == section.npos;
     const bool isKey = !key.empty() && IsHolder(key) && key.find('=') == key.npos && Trim(key) == key &&
                        std::string_view("[;#").find(key.front()) == key.npos;
-    return isSection && isKey && IsHolder(text);
+    return isSection && isKey && IsValue(text);
 }
 
 } // namespace
 
 bool IniLine::SetValue(std::string_view text)
 {
-    if (!IsHolder(text))
+    if (!IsValue(text))
         return false;
     const std::string oldEnd = end;
     *this = ReadLine(lead + std::string(text), /*isInSection=*/true); // blanks that lead the text are not of the value
