@@ -47,7 +47,8 @@ TEST(BundledPrepareProcess, AProcessOfRootLeavesNoCoreFile)
         (void)getrlimit(RLIMIT_CORE, &limit);
         limit.rlim_cur = limit.rlim_max;
         (void)setrlimit(RLIMIT_CORE, &limit);
-        (void)chdir(folder.Path().c_str());
+        if (chdir(folder.Path().c_str()) != 0)
+            return 1;
         PrepareProcess();
         std::abort();
         return 0;
