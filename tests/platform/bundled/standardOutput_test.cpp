@@ -101,7 +101,8 @@ TEST(StandardOutput, WhatIsPrintedArrivesInItsOrderAtTheEndOfTheProcess)
         (void)dup2(pipe.ends[1], STDOUT_FILENO);
         std::fputs("first,", StandardOutput());
         (void)std::fflush(StandardOutput());
-        (void)write(STDOUT_FILENO, "second,", 7);
+        if (write(STDOUT_FILENO, "second,", 7) != 7)
+            return -1;
         std::fprintf(StandardOutput(), "%s%d\n", std::string(20000, 'x').c_str(), 3);
         return waitedMilliseconds;
     });
