@@ -13,11 +13,12 @@ import dataclasses
 import re
 
 REPEATED = {"access", "close", "connect", "copy_file_range", "dup2", "faccessat2", "fchmod", "fchown", "fcntl", "fdatasync",
-            "flock", "fsync", "ftruncate", "getcwd", "getdents64", "getegid", "geteuid", "ioctl", "lseek", "mkdir", "newfstatat",
-            "openat", "pread64", "read", "readlink", "rename", "socket", "umask", "unlink", "utimensat", "write"}
+            "fgetxattr", "flock", "fremovexattr", "fsetxattr", "fsync", "ftruncate", "getcwd", "getdents64", "getegid", "geteuid",
+            "getxattr", "ioctl", "listxattr", "lseek", "mkdir", "newfstatat", "openat", "pread64", "read", "readlink", "rename",
+            "socket", "umask", "unlink", "utimensat", "write"}
 WITH_DATA = {"getcwd", "getdents64", "pread64", "read", "readlink", "write"}
-# Start-up, memory, signals and the end of a process; a child is repeated as the shell command that it is.
-LEFT_OUT = {"arch_prctl", "brk", "clone3", "execve", "exit_group", "futex", "getrandom", "madvise", "mmap", "mprotect", "mremap",
+# Start-up, memory, signals, waiting and the end of a process; a child is repeated as the shell command that it is.
+LEFT_OUT = {"poll", "prctl", "arch_prctl", "brk", "clone3", "execve", "exit_group", "futex", "getrandom", "madvise", "mmap", "mprotect", "mremap",
             "munmap", "prlimit64", "rseq", "rt_sigaction", "rt_sigprocmask", "rt_sigreturn", "set_robust_list",
             "set_tid_address", "vfork", "wait4"}
 
