@@ -19,7 +19,7 @@ SECTIONS = (
     ("Load a file, set one key, save to memory", r"set/(.*)", "the bare read and copy of the file"),
     ("One record", r"record/(.*)", "the recorded system calls"),
     ("500 records over 20 files of 8 KiB", r"records/((?:first|second|apart)/.*)", "the recorded system calls"),
-    ("One run beside records that are saved at once", r"records/((?:together|again)/.*)", "our own 500 saves, each flushed"),
+    ("One run compared with records that are saved at once", r"records/((?:together|again)/.*)", "our own 500 saves, each flushed"),
     ("Conversion of 1,000 contacts", r"xml/(.*)", "the bare XML library's load, build and save of the same documents"),
     ("Whole run on the example phone, beside its system calls", r"run/(\w+)", "the recorded system calls"),
     ("Whole run on the example phone, beside an empty program", r"run/(\w+)/start", "an empty static C++ program"),

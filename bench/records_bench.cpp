@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 // The table pass's work: a record reads its source, loads its destination, sets a key, and saves durably. One record, and 500 of
-// them over 20 files of 8 KiB, in memory and on a disk: as one run, the first time and once more, when nothing changes, and
+// them over 20 files of 8 KiB, in memory and on a disk: as one run, the first time and again, when nothing changes, and
 // each saved at once.
 
 #include "records.h"

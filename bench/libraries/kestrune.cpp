@@ -43,7 +43,7 @@ void iniLibrary::SetInFile(const char* path, const char* section, const char* ke
 
 void iniLibrary::BeginRun()
 {
-    Require(::BeginRun("records") == RunStart::Alone, "begin a run");
+    Require(::BeginRun("records") == RunStart::WithoutMarker, "begin a run");
 }
 
 void iniLibrary::CommitRun()

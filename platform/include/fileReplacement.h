@@ -50,7 +50,7 @@ constexpr mode_t kModeLessUmask = static_cast<mode_t>(-1);
 bool ReplaceFile(const char* path, std::string_view bytes, mode_t newFileMode = kModeLessUmask);
 
 /// Replaces the file's content, which is made out of what another file holds, as a translation is. A new file gets the
-/// other one's owner and group, and nobody may read it who may not read that one.
+/// other one's owner and group, and only those may read it who may read that one.
 ///
 /// @param sourcePath  zero-terminated, not null; a missing one leaves a new file as `ReplaceFile` makes it
 /// @return as `ReplaceFile`

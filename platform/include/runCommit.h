@@ -20,7 +20,7 @@ constexpr char kCommitRecord[] = "/config/kestrune-commit";
 
 enum class RunStart {
     NothingToDo,
-    Alone,     ///< without the marker
+    WithoutMarker,
     OfUpgrade, ///< the marker's first line is this mode
 };
 

@@ -13,14 +13,15 @@ enum class CarryingOut {
 };
 
 /// Makes the changes of a record that is on the device: renames, then removals; then removes the note of the run's copies
-/// (foreignCopies.h), makes the marker's change, and removes the record. Each change that fails, fails alone, and is told to the system log.
+/// (foreignCopies.h), makes the marker's change, and removes the record. A change that fails does not affect the others,
+/// and is reported to the system log.
 ///
 /// Carried out again, a change whose destination has the content is done already, and one whose file is not the recorded
 /// one is passed over. Some flash file systems rename in two writes, and a cut between them leaves one file under both
-/// names: renaming it once more would do nothing, so the temporary name is removed.
+/// names: renaming it again would do nothing, so the temporary name is removed.
 ///
 /// @return false when the note could not be removed or the marker's change not be made: the record stays
 bool CarryOut(const CommitRecord& record, CarryingOut turn);
 
-/// Tells the system log, and nobody else, that a change could not be committed.
+/// Reports to the system log only that a change could not be committed.
 void TellFailure(const std::string& path, int error);

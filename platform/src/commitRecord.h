@@ -28,7 +28,7 @@ struct RecordedChange {
     ChangeKind kind;
     std::string path;
     ContentSum content;       ///< the new content of a renamed file, the last one of a removed file
-    std::string waitsForCopy; ///< of a removal: the path of a renamed file that has to stand first; otherwise empty
+    std::string waitsForCopy; ///< of a removal: the path of a renamed file that has to be there first; otherwise empty
 };
 
 struct CommitRecord {

@@ -102,11 +102,11 @@ bool IsForWantOfRoom(int error)
 FileOrigin OriginOfMarker()
 {
     FileOrigin origin;
-    origin.replaced = kUpgradeMarker; // one that has gone fails: somebody else has dealt with the upgrade
+    origin.replaced = kUpgradeMarker; // one that has gone fails: another program has removed it
     return origin;
 }
 
-/// The new content of every changed file, flushed under its temporary name. A file that fails, fails alone.
+/// The new content of every changed file, flushed under its temporary name. A file that fails does not affect the others.
 ///
 /// @return false when there is no room for all of them, or the marker's is not to be had
 bool WriteTemporaries(const RunToCommit& run, std::list<TemporaryFile>& temporaries)

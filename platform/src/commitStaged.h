@@ -14,7 +14,7 @@ struct RunToCommit {
 
 /// Brings what was staged to the device: all changes as one, with a record that the next run finishes; one after the other,
 /// each whole, when there is no room for all at once. Files that end as they began get another modification time only. What
-/// fails, fails alone, and is told to the system log.
+/// fails does not affect the others, and is reported to the system log.
 ///
 /// A single change has a record too: without it, a run that was killed before it flushed the folder would leave a name that
 /// a file system without a journal may give to another file's bytes, and one that renames in two writes a second name.

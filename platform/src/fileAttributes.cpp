@@ -70,7 +70,7 @@ bool CopyExtendedAttributes(const std::string& from, int to)
     return hasAccessList || fremovexattr(to, kAccessList) == 0 || IsUnknownHere(errno);
 }
 
-/// What nobody has gained who now counts as group or as others.
+/// The bits that add no reader when users count as group or as others who did not before.
 mode_t CommonBits(mode_t mode)
 {
     const mode_t common = (mode >> 3) & mode & S_IRWXO;

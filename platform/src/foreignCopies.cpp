@@ -30,7 +30,7 @@ bool IsRegular(const std::string& path, struct stat& status)
     return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
 }
 
-/// Whether the command can make the file, and what stands there afterwards is its work.
+/// Whether the command can make the file, and what is there afterwards was made by it.
 bool IsToBeMade(const ForeignCopy& copy)
 {
     struct stat status = {};
@@ -39,7 +39,7 @@ bool IsToBeMade(const ForeignCopy& copy)
     return lstat(copy.path.c_str(), &status) != 0 && errno == ENOENT;
 }
 
-/// A link that stood there before the copy is no copy.
+/// A link that was there before the copy is no copy.
 bool IsCutShort(const ForeignCopy& copy)
 {
     struct stat made = {};

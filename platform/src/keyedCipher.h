@@ -12,7 +12,7 @@
 class KeyedCipher
 {
 public:
-    /// Is told once what is wrong with a key that is used all the same.
+    /// Called once with what is wrong with a key that is used nevertheless.
     using Warn = void (*)(const std::string& text);
 
     /// @param keyFile  kept by address; read at the first text that needs the key, and only then

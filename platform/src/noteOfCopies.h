@@ -16,5 +16,5 @@ bool HasNoteOfCopies();
 /// @return false when it is still there
 bool RemoveNoteOfCopies();
 
-/// Removes what stands under the names of a note that a run without a commit has left, then the note.
+/// Removes the files that are listed in a note that a run without a commit has left, then the note.
 void TakeBackForeignCopies();

@@ -5,8 +5,8 @@
 
 #include <string>
 
-/// A run's notes to the next one, beside each other in "/config". They tell it which files to rename and to remove, so one
-/// that somebody else may have written counts as none.
+/// What a run leaves for the next one in "/config". It says which files to rename and to remove, so a file that another
+/// user may have written counts as none.
 
 constexpr char kNoteFolder[] = "/config";
 
@@ -21,7 +21,7 @@ enum class PrivateFileState {
 /// @param text  gets the content of a whole file
 PrivateFileState ReadPrivateFile(const char* path, std::string& text);
 
-/// Makes the file exclusively, readable by its owner alone, and flushes it and its folder.
+/// Makes the file exclusively, readable only by its owner, and flushes it and its folder.
 ///
 /// @return 0; otherwise the error number of the call that failed, and the file is not there
 int WritePrivateFile(const char* path, const std::string& text);

@@ -83,7 +83,7 @@ RunStart Begin(const char* mode)
         if (earlier == EarlierRun::Finished && record.mode == mode)
             return RunStart::NothingToDo;
         run = {mode, /*isOfUpgrade=*/false, ""};
-        return RunStart::Alone;
+        return RunStart::WithoutMarker;
     }
     const UpgradeMarker marker = ReadMarker();
     if (marker.isEmpty)

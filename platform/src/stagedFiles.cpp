@@ -38,7 +38,7 @@ std::string_view FolderText(std::string_view path)
 const KnownFolder* FindFolder(std::string_view path)
 {
     if (!isStaging)
-        knownFolders.clear(); // nobody forgets them after a run
+        knownFolders.clear(); // outside of a run nothing else clears them
     for (const KnownFolder& folder : knownFolders) {
         if (folder.path == path)
             return &folder;

@@ -11,7 +11,7 @@
 
 #include "fileAttributes.h"
 
-/// What a run has changed so far: seen by this run alone, and not on the device before its commit.
+/// What a run has changed so far: seen only by this run, and not on the device before its commit.
 ///
 /// A file is known by its folder's identity and its last name, so that linked folders and folders that are mounted twice
 /// lead to the same one, and another hard link does not.

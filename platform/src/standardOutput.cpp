@@ -27,7 +27,7 @@ bool HasRoomWithin(int descriptor, int milliseconds)
     return poll(&room, 1, milliseconds) > 0;
 }
 
-/// Static, because the wait is bounded for all reports of a run. Counted in slices, since clocks may stand still as well.
+/// Static, because the wait is bounded for all reports of a run. Counted in slices, since clocks may stop as well.
 int slicesLeft = 10'000 / kSliceMilliseconds;
 
 bool WaitForRoom(int descriptor)
@@ -52,7 +52,7 @@ bool SpendSlice()
     return true;
 }
 
-/// A way of our own to the same file, so that nobody else's writes change their ways.
+/// A way of our own to the same file, so that O_NONBLOCK does not affect other users of the descriptor.
 int OpenAgain(int descriptor)
 {
     const std::string path = "/proc/self/fd/" + std::to_string(descriptor);

@@ -20,8 +20,8 @@ namespace
 constexpr char kIdent[] = "kestrune";
 constexpr int kSliceMilliseconds = 10;
 
-/// Static, because a run waits only once for a log daemon that stands still. Counted in slices, since clocks may stand
-/// still as well.
+/// Static, because a run waits only once for a stalled log daemon. Counted in slices, since clocks may stop
+/// as well.
 int slicesLeft = 1000 / kSliceMilliseconds;
 
 enum class LogKind { None, Datagrams, Stream };
@@ -67,7 +67,7 @@ std::string StreamMessage(int level, const std::string& text)
     return message;
 }
 
-/// The C library would wait without end for a place among the connections that nobody accepts.
+/// The C library would wait without end for a place in a full queue of connections.
 void SendToStream(const std::string& message)
 {
     const Descriptor log(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));

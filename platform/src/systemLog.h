@@ -7,7 +7,7 @@
 
 constexpr int kSystemLogWarning = 4; ///< as syslog(3) counts severity
 
-/// Writes to the system log, and nowhere else. A log that nobody reads is waited for only once in a run.
+/// Writes only to the system log. A stalled log daemon is waited for only once in a run.
 ///
 /// @param level  severity, as syslog(3) counts it
 /// @param text   no secret: many people read the system log

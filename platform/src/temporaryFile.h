@@ -20,7 +20,7 @@ public:
     TemporaryFile(const TemporaryFile&) = delete;
     TemporaryFile& operator=(const TemporaryFile&) = delete;
 
-    /// Makes the file afresh (a leftover is removed, no link is followed), readable by its owner alone, writes the bytes,
+    /// Makes the file afresh (a leftover is removed, no link is followed), readable only by its owner, writes the bytes,
     /// gives it its attributes (fileAttributes.h), and flushes it.
     ///
     /// @return 0; otherwise the error number of the call that failed

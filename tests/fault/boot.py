@@ -30,7 +30,7 @@ strAdminPassword=quay-31
 """
 NEW_ACCOUNT = "[account]\nEnable=1\ndirectip=1\nLabel=New direct\nSCALineKeyNumber=7\n"
 
-# Stands where the program is installed. Which call to cut at, or where to record, comes by the environment. Its shell is
+# Takes the place of the installed program. Which call to cut at, or where to record, comes by the environment. Its shell is
 # only there in the sandbox, where "-1" is everybody but process 1.
 PROGRAM = """#!/boot/tools/sh
 if [ "$RECORD" ]; then
@@ -62,7 +62,7 @@ def documented_start():
 
 def replace_once(text, old, new):
     if text.count(old) != 1:
-        raise ValueError(f"{old!r} stands {text.count(old)} times in the text, not once")
+        raise ValueError(f"{old!r} occurs {text.count(old)} times in the text, not once")
     return text.replace(old, new)
 
 

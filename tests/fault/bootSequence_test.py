@@ -63,7 +63,7 @@ class Sequence:
         self.cuts += [cut for cut in self.boot.cuts(root, self.scratch / "trace") if cut not in self.cuts]
 
     def jobs(self, repeated_cuts):
-        """Each cut alone, and so many of which two more follow in the next starts, in the same mode."""
+        """Each single cut, and so many of which two more follow in the next starts, in the same mode."""
         chance = random.Random(SEED)
         repeated = []
         for _ in range(repeated_cuts):
@@ -82,7 +82,7 @@ class Sequence:
         return oneStep.without_tmp(sandbox.snapshot(root))
 
     def has_ended(self, found):
-        """Without a marker nobody but us knows that a run has ended and is not to be repeated."""
+        """Without a marker only this proof knows that a run has ended and is not to be repeated."""
         if any(oneStep.is_of_commit(path) for path in found):
             return False
         if self.marker is None:

@@ -59,7 +59,7 @@ class Cuts:
             self.check(state, {}, where)
 
     def number(self, item):
-        """A number for one state of one file: the sum of them tells a phone from all others."""
+        """A number for one state of one file: their sum identifies a phone."""
         if item not in self.numbers:
             self.numbers[item] = self.random.getrandbits(64)
         return self.numbers[item]
@@ -88,7 +88,7 @@ class Cuts:
             self.sampled[place] = (where, found)
 
     def check_end(self, disk, told):
-        """A run that has ended is on the device for good."""
+        """What a run that has ended has saved is on the device."""
         for group in disk.all_groups():
             names = [name for name in group.names if not is_lost(name) and not oneStep.is_temporary(name)]
             states = disk.possible(group)

@@ -229,7 +229,7 @@ def exactly(expected, found):
 
 
 def outputs_differ(fault, result):
-    """Nothing of a commit is told to the outputs. One of them may be what fails."""
+    """Nothing of a commit is reported on the outputs. One of them may be what fails."""
     if fault.step.call.name == "write":
         return []
     faults = [] if result.stdout == fault.run.printed else [f"printed {result.stdout!r}"]

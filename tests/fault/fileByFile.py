@@ -1,9 +1,9 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""What becomes of a phone when changes of a commit fail: each file alone is as before the run or as after it.
+"""What becomes of a phone when changes of a commit fail: each file is as before the run or as after it.
 
-A failed change fails alone. Without room for all changes at once they are made one after the other, and then a moved
+A failed change does not affect the others. Without room for all changes at once they are made one after the other, and then a moved
 account is its original under another name.
 """
 

@@ -58,7 +58,7 @@ class Kills:
         faults = oneStep.differences(found, expected)
         sandbox.run(self.program, root, self.run.mode)
         again = sandbox.snapshot(root)
-        return faults + [f"{path} is not there after one more run" for path in copies
+        return faults + [f"{path} is not there after another run" for path in copies
                          if again.get(path) != self.run.after[path]]
 
 

@@ -180,7 +180,7 @@ def faults_of(program, run, found, root, is_power_cut=False, runs_again=True):
 
 
 def faults_of_again(program, run, found, root, is_power_cut):
-    """The mode runs once more: no temporary file stays, and the phone is as one never disturbed."""
+    """The mode runs again: no temporary file stays, and the phone is as one never disturbed."""
     sandbox.make_from(found, root)
     if is_power_cut and run.mode == "2" and HAND_OVER_FILE in run.before:
         put_hand_over_back(run, root)
@@ -190,7 +190,7 @@ def faults_of_again(program, run, found, root, is_power_cut):
     final, after = sandbox.snapshot(root), run.after
     if is_power_cut:
         final, after = without_tmp(final), without_tmp(after)
-    return [f"after one more run {fault}" for fault in differences(final, after)]
+    return [f"after another run {fault}" for fault in differences(final, after)]
 
 
 def faults_of_sequence(program, run, found, root):
@@ -207,7 +207,7 @@ def faults_of_sequence(program, run, found, root):
 
 
 def put_hand_over_back(run, root):
-    """Without the marker nobody keeps it past a power cut: mode "1" would have to make it again."""
+    """Without the marker it is lost with the power: mode "1" would have to make it again."""
     entry = run.before[HAND_OVER_FILE]
     path = pathlib.Path(f"{root}{HAND_OVER_FILE}")
     path.write_bytes(entry.content)

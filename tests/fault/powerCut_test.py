@@ -5,7 +5,7 @@
 """Cuts the power after each writing call of a recorded run, in a model of the worst file system: a run is one step.
 
 Then the same of a run that follows a killed one, which has left changes that are not on the device. The modes run
-without the marker, and in the boot's sequence with it. Many of the phones get the next run, and the same run once more.
+without the marker, and in the boot's sequence with it. Many of the phones get the next run, and the same run again.
 """
 
 import dataclasses
@@ -55,7 +55,7 @@ def kill_points(run, count):
 
 
 def run_again(program, run, disk, scratch):
-    """The mode once more after a kill. Its changes are those of the killed run, unless that one had ended."""
+    """The mode again after a kill. Its changes are those of the killed run, unless that one had ended."""
     folders = {path: entry for path, entry in run.before.items() if entry.kind == "folder"}
     root = sandbox.make_from({**folders, **diskModel.files_of(disk.latest())}, scratch / "phone")
     before = sandbox.snapshot(root)
@@ -88,9 +88,9 @@ def cuts_of(program, phone, run, scratch):
         is_finished = oneStep.RECORD in diskModel.files_of(disk.latest())
         again = run_again(program, run, disk, scratch)
         cuts = crashStates.Cuts(again, MOST_SECOND_RUNS[phone])
-        cuts.play(disk, again.calls, f"killed after call {point}, run once more, power cut")
+        cuts.play(disk, again.calls, f"killed after call {point}, run again, power cut")
         if is_finished and not cuts.faults:
-            cuts.check_end(disk, f"killed after call {point}, run once more, power cut after the end")
+            cuts.check_end(disk, f"killed after call {point}, run again, power cut after the end")
         yield again, cuts
 
 

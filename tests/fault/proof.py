@@ -22,7 +22,7 @@ MOST_FAULTS_TOLD = 40
 
 
 def parse_arguments(description, more_modes=()):
-    """`more_modes`: what the proof can do beside the modes."""
+    """`more_modes`: what the proof can do besides the modes."""
     modes = sandbox.MODES + more_modes
     parser = argparse.ArgumentParser(description=description)
     parser.add_argument("--program", required=True, type=pathlib.Path)

@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 
 """Each call that looks at a file, opens it or reads it fails once or twice: the phone ends as if nothing had failed. One
-that fails for good leaves the file as it was: defaults do not take its place, and nothing removes it."""
+that always fails leaves the file as it was: defaults do not take its place, and nothing removes it."""
 
 import dataclasses
 import os

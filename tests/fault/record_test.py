@@ -52,7 +52,7 @@ def with_old(run, *paths):
 
 
 def foreign_records(text):
-    """Name, and what stands at the record's place."""
+    """Name, and what is in the record's place."""
     long_change = [b"remove", b"/config/" + b"x" * MOST_BYTES, b"0", b"", b""]
     large = plantedRecord.text_of(plantedRecord.fields_of(text) + long_change)
     owned = {"another owner's": file_of(text, owner=NOBODY)} if OURS[0] == 0 else {}
@@ -115,7 +115,7 @@ class Records:
         return faults, len(texts)
 
     def plant(self, name, entry, phone):
-        """Also what stays of it, beside a folder."""
+        """Also what stays of it, in addition to a folder."""
         text = phone[oneStep.RECORD].content
         entries = {**without(phone, oneStep.RECORD), **({oneStep.RECORD: entry} if entry else {})}
         if name == "a link to one":

@@ -11,7 +11,7 @@ END = b"end of the log"
 
 class SystemLog:
     """Takes messages from the moment it is made; `options` brings it into the sandbox. It reads all the time: a log
-    that stands still holds few messages, and the program would wait for it."""
+    that is not read holds few messages, and the program would wait for it."""
 
     def __init__(self, folder):
         self.path = folder / "log"

@@ -312,7 +312,7 @@ TEST(MigrateKeyLayouts, OfSeveralRootsTheFirstOfItsNameIsProcessedAndAllAreSaved
     struct Row {
         const char* path;
         std::string before;
-        std::string after; // behind the declaration
+        std::string after; // after the declaration
     };
     const Row rows[] = {
         {kLineKeys, "<dsskey a='1'>" + item + "</dsskey><dsskey a='2'>" + item + "</dsskey>",
@@ -384,7 +384,7 @@ TEST(MigrateKeyLayouts, EachFileIsSavedAsTheLibraryItselfWouldSaveIt)
         Utf16(plain, /*isBigEndian=*/true),
         Utf16(plain, /*isBigEndian=*/false).substr(2),
         Utf16(plain, /*isBigEndian=*/true).substr(2),
-        Utf16(" " + plain, /*isBigEndian=*/false).substr(2), // without a mark nothing tells the encoding
+        Utf16(" " + plain, /*isBigEndian=*/false).substr(2), // without a mark nothing says the encoding
         Utf16(plain, /*isBigEndian=*/false) + "x",           // half a character
         Utf16(plain, /*isBigEndian=*/true).substr(0, 41),
         Utf16(u"\ufeff<dsskey n=\"\xd83d\"/>", /*isBigEndian=*/false), // half a pair

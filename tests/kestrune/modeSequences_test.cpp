@@ -14,7 +14,7 @@ namespace
 
 using Files = std::map<std::string, std::string>;
 
-/// Stands for a file that a step takes away.
+/// Marks a file that a step takes away.
 const std::string kGone = "gone";
 
 constexpr char kUser[] = "/config/user/user.ini";

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 // Runs one operation on the device's fixed paths and prints its result, which no mode looks at: tests start it in the
-// sandbox in the program's place. Behind the result stand the paths that tracked allocations were given.
+// sandbox in the program's place. The result is followed by the paths that tracked allocations were given.
 
 #include <cstdio>
 #include <cstdlib>
@@ -62,7 +62,7 @@ int main(int argumentCount, char** arguments)
     for (const Operation& operation : kOperations) {
         if (name == operation.name) {
             const int result = operation.run();
-            // Behind what the operation itself has printed.
+            // After what the operation itself has printed.
             std::fprintf(StandardOutput(), "result %d\n%s", result, g_allocations.c_str());
             return 0;
         }

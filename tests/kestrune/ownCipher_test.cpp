@@ -71,7 +71,7 @@ namespace
 constexpr char kInput[] = "input";
 const std::string kLong(200, 'l');
 
-/// A buffer that holds this text and nothing behind it.
+/// A buffer that holds this text and nothing after it.
 std::string Buffer(const std::string& text = "")
 {
     return text + std::string(kPasswordBufferSize - text.size(), '\0');

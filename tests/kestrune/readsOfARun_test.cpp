@@ -95,7 +95,7 @@ protected:
     ScratchFolder trace_;
 };
 
-/// Where the first opening of the file stands, and the last.
+/// The places of the first opening of the file and of the last.
 std::ptrdiff_t First(const Lines& opened, const std::string& path)
 {
     return std::find(opened.begin(), opened.end(), path) - opened.begin();

@@ -372,7 +372,7 @@ TEST(RunSequence, RunningOutOfMemoryEndsThePassThatMetItAlone)
     EXPECT_EQ(RunProcess(command, phone.Environment()).exitStatus, 0);
     phone.Remove(kLarge);
 
-    // The first fix-up met the large file first and got no further; all passes behind it ran.
+    // The first fix-up met the large file first and got no further; all passes after it ran.
     phone.Expect(kUserIni, BusyPhone::UserIni(kToken, "RingbackTimeout=60\n"));
     phone.Expect(kUserCert, "certificate");
     phone.ExpectNothingElseChanged();

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// Readers of the outputs that stand still: a run ends, and has done to the phone what every other run does.
+// Stalled readers of the outputs: a run ends, and has done to the phone what every other run does.
 
 #include <fcntl.h>
 #include <filesystem>
@@ -18,7 +18,7 @@ namespace fs = std::filesystem;
 namespace
 {
 
-/// A pipe that is full, and that nobody reads.
+/// A pipe that is full, and that is not read.
 struct FullPipe {
     FullPipe()
     {

@@ -38,7 +38,7 @@ public:
     LogStream(const LogStream&) = delete;
     LogStream& operator=(const LogStream&) = delete;
 
-    /// Connects until nobody else can.
+    /// Connects until the queue is full.
     void FillBacklog()
     {
         for (;;) {

@@ -1,8 +1,8 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""The init script, under BusyBox's shell and tools and under those of Debian, and the page that tells how to use it. A stub
-stands in for the program: it does with the upgrade's marker what the program does, and what a test plants."""
+"""The init script, under BusyBox's shell and tools and under those of Debian, and the page that describes how to use it. A stub
+replaces the program: it does with the upgrade's marker what the program does, and what a test plants."""
 
 import os
 import pathlib

@@ -42,7 +42,7 @@ def replace_once(text, old, new):
 
 
 def documented_block(part):
-    """The one block of commands or settings with this part, on the page that tells how to install the program."""
+    """The one block of commands or settings with this part, on the page that describes how to install the program."""
     blocks = re.findall(r"(?ms)^```(?:sh|ini)\n(.*?)^```$", (SOURCE / "docs" / "installation.md").read_text())
     (found,) = [block for block in blocks if part in block]
     return found

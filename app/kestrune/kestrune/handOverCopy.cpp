@@ -13,7 +13,7 @@ void BringBackHandOver(std::string_view mode)
 {
     if (mode != "2" || ETL_MiscHelper::pathFileExist(kHandOverFile) != 0)
         return;
-    // Not as a copy, whose original would stay until the copy stands: after the next power cut "/tmp" is empty again.
+    // Not as a copy, whose original would stay until the copy is there: after the next power cut "/tmp" is empty again.
     iniFile handOver;
     if (handOver.LoadFromFile(kHandOverCopy) != 0)
         (void)handOver.SaveToFile(kHandOverFile); // without it mode "2" does what it does without a hand-over

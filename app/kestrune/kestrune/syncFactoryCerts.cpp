@@ -35,7 +35,7 @@ void CopyCertificate(const ForeignCopy& copy)
     const std::string command = "cp " + copy.sourcePath + " " + copy.path;
     app_log(kAppLogModule, kAppLogInformation, "Sync cert %s\n", command.c_str());
 
-    (void)std::fflush(StandardOutput()); // what was printed before stands before what the command prints
+    (void)std::fflush(StandardOutput()); // what was printed so far comes before what the command prints
     const int ignoredStatus = std::system(command.c_str()); // the next run copies what is missing then
     (void)ignoredStatus;
     EndForeignCopy(copy);

@@ -69,7 +69,7 @@ int HighestTraceLevel()
 
 std::FILE* StandardOutput()
 {
-    return stdout; // a reader that stands still is waited for here
+    return stdout; // a stalled reader is waited for here
 }
 
 void app_log(int module, int level, const char* format, ...)

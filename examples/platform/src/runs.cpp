@@ -25,7 +25,7 @@ RunStart BeginRun(const char* mode)
 {
     isOfUpgrade = false;
     if (ETL_MiscHelper::pathFileExist(kUpgradeMarker) == 0)
-        return RunStart::Alone;
+        return RunStart::WithoutMarker;
     std::string words;
     if (!ReadFile(kUpgradeMarker, words))
         return RunStart::NothingToDo;

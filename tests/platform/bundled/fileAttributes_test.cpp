@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// Who may read a file that took another one's place, or was made of it: nobody more than before, also where an access list
+// Who may read a file that took another one's place, or was made of it: no more users than before, also where an access list
 // or an owner cannot be kept.
 
 #include "fileAttributes.h"

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// The outputs while their readers stand still: how long they are waited for, and what arrives all the same. The waits are
+// The outputs while their readers are stalled: how long they are waited for, and what arrives all the same. The waits are
 // counted and not sat out.
 
 #include "standardOutput.h"
