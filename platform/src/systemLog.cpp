@@ -6,23 +6,20 @@
 #include <cerrno>
 #include <cstring>
 #include <ctime>
-#include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <syslog.h>
-#include <unistd.h>
 
 #include "descriptor.h"
+#include "patience.h"
 
 namespace
 {
 
 constexpr char kIdent[] = "kestrune";
-constexpr int kSliceMilliseconds = 10;
 
-/// Static, because a run waits only once for a stalled log daemon. Counted in slices, since clocks may stop
-/// as well.
-int slicesLeft = 1000 / kSliceMilliseconds;
+/// Static, because a run waits only once for a stalled log daemon.
+Patience patience(1000);
 
 enum class LogKind { None, Datagrams, Stream };
 
@@ -45,13 +42,7 @@ LogKind FindPlaceForDatagram()
         return LogKind::None;
     if (const int error = Connect(log.Number()))
         return error == EPROTOTYPE ? LogKind::Stream : LogKind::None;
-    for (;; --slicesLeft) {
-        pollfd place = {log.Number(), POLLOUT, 0};
-        if (poll(&place, 1, slicesLeft > 0 ? kSliceMilliseconds : 0) > 0)
-            return LogKind::Datagrams;
-        if (slicesLeft <= 0)
-            return LogKind::None;
-    }
+    return patience.WaitForRoom(log.Number()) ? LogKind::Datagrams : LogKind::None;
 }
 
 /// As the C library writes it to a stream: priority, time, ident, text, and a zero byte.
@@ -74,13 +65,11 @@ void SendToStream(const std::string& message)
     if (!log.IsOpen())
         return;
     while (const int error = Connect(log.Number())) {
-        if (error != EAGAIN || slicesLeft <= 0)
+        if (error != EAGAIN || !patience.WaitForSlice())
             return;
-        --slicesLeft;
-        (void)usleep(kSliceMilliseconds * 1000);
     }
-    (void)send(log.Number(), message.data(), message.size(),
-               MSG_NOSIGNAL); // a new connection has room, or none is to be had
+    // A new connection has room, or none is to be had.
+    (void)send(log.Number(), message.data(), message.size(), MSG_NOSIGNAL);
 }
 
 } // namespace
