@@ -69,10 +69,10 @@ int Remove(const CommitRecord& record, const RecordedChange& change, CarryingOut
     return std::remove(change.path.c_str()) == 0 ? 0 : errno;
 }
 
-void TellIfFailed(const RecordedChange& change, int error)
+void ReportIfFailed(const RecordedChange& change, int error)
 {
     if (error != 0)
-        TellFailure(change.path, error);
+        ReportFailure(change.path, error);
 }
 
 void MakeChanges(const CommitRecord& record, CarryingOut turn)
@@ -81,13 +81,13 @@ void MakeChanges(const CommitRecord& record, CarryingOut turn)
     for (const RecordedChange& change : record.changes) {
         if (change.kind != ChangeKind::Rename)
             continue;
-        TellIfFailed(change, Rename(change, turn));
+        ReportIfFailed(change, Rename(change, turn));
         flush.Add(change.path);
     }
     for (const RecordedChange& change : record.changes) {
         if (change.kind != ChangeKind::Remove && change.kind != ChangeKind::RemoveOther)
             continue;
-        TellIfFailed(change, Remove(record, change, turn));
+        ReportIfFailed(change, Remove(record, change, turn));
         flush.Add(change.path);
     }
 }
@@ -97,7 +97,7 @@ bool ChangeMarker(const CommitRecord& record, CarryingOut turn)
     if (record.changes.empty() || record.changes.back().kind != ChangeKind::Marker)
         return true;
     const int error = Rename(record.changes.back(), turn);
-    TellIfFailed(record.changes.back(), error);
+    ReportIfFailed(record.changes.back(), error);
     FlushFolder(kNoteFolder);
     return error == 0;
 }
@@ -127,11 +127,11 @@ bool CarryOut(const CommitRecord& record, CarryingOut turn)
     return true;
 }
 
-void TellFailure(const std::string& path, int error)
+void ReportFailure(const std::string& path, int error)
 {
     try {
         WriteToSystemLog(kSystemLogWarning, "cannot save " + path + ": " + std::strerror(error));
     } catch (...) {
-        // No memory to tell it: the commit goes on.
+        // No memory for the report: the commit goes on.
     }
 }

@@ -24,4 +24,4 @@ enum class CarryingOut {
 bool CarryOut(const CommitRecord& record, CarryingOut turn);
 
 /// Reports to the system log only that a change could not be committed.
-void TellFailure(const std::string& path, int error);
+void ReportFailure(const std::string& path, int error);

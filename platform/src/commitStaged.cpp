@@ -86,7 +86,7 @@ bool FindChanges()
 void Fail(StagedFile& staged, int error)
 {
     staged.state = StagedState::Failed;
-    TellFailure(staged.path, error);
+    ReportFailure(staged.path, error);
 }
 
 bool IsHeldBack(const StagedFile& removed)
@@ -170,8 +170,9 @@ bool Move(StagedFile& moved, const StagedFile& copy)
 {
     if (std::rename(moved.path.c_str(), copy.path.c_str()) != 0)
         return false;
-    FlushFolder(FolderOf(copy.path).c_str());
-    FlushFolder(FolderOf(moved.path).c_str());
+    FolderFlush flush;
+    flush.Add(copy.path);
+    flush.Add(moved.path);
     moved.state = StagedState::Touched;
     return true;
 }
@@ -183,7 +184,7 @@ bool CommitOneByOne(const RunToCommit& run)
 {
     if (run.isOfUpgrade) {
         if (const int error = ReplaceAtOnce(kUpgradeMarker, run.laterWords, OriginOfMarker())) {
-            TellFailure(kUpgradeMarker, error);
+            ReportFailure(kUpgradeMarker, error);
             return false;
         }
     }

@@ -15,8 +15,6 @@ namespace
 
 constexpr std::size_t kPieceSize = 4096; // on the stack, which may be small
 
-constexpr int kMostTries = 3;
-
 enum class Reading {
     Done,
     Ended, ///< no regular file, or one that was not wanted any more

@@ -26,6 +26,9 @@ private:
     int number_;
 };
 
+/// A look or a read that fails is made again until it has been tried this often.
+constexpr int kMostTries = 3;
+
 /// Opens a file that is no link, without waiting for a pipe or a device.
 ///
 /// @return the descriptor; -1 on failure, with the reason in `errno` (ELOOP for a link)

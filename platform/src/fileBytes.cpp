@@ -42,8 +42,6 @@ bool IsMissing(int error)
     return error == ENOENT || error == ENOTDIR;
 }
 
-constexpr int kMostTries = 3;
-
 /// Looks at a name. A failure that is no answer is tried again.
 ///
 /// @param look  `stat` or `lstat`
@@ -88,7 +86,7 @@ bool ReadLinkTarget(const std::string& path, std::string& target)
     return true;
 }
 
-/// The attributes that the commit will give a staged file, as far as they are known before it.
+/// The kind and the permission bits that the commit will give a staged file.
 struct stat StatusOf(const StagedFile& staged)
 {
     struct stat status = {};
@@ -96,8 +94,6 @@ struct stat StatusOf(const StagedFile& staged)
         return status;
     status = {};
     status.st_mode = S_IFREG | ModeOfNewFile(staged.origin.newFileMode);
-    status.st_uid = geteuid();
-    status.st_gid = getegid();
     return status;
 }
 

@@ -25,8 +25,8 @@ enum class ReadResult {
 /// in this run.
 ///
 /// @param bytes   gets the content; as it was unless the result is `Done`
-/// @param status  gets what `fstat` says of the file when it was read, or what the commit will make of a staged one's
-///                kind, owner and mode; may be null
+/// @param status  gets what `fstat` says of the file when it was read, or the kind and bits that the commit will give a
+///                staged one; may be null
 ReadResult ReadFile(const char* path, std::string& bytes, struct stat* status = nullptr);
 
 enum class LinkResult {

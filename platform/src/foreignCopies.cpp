@@ -118,14 +118,15 @@ bool RemoveNoteOfCopies()
     return true;
 }
 
-void TakeBackForeignCopies()
+bool TakeBackForeignCopies()
 {
     std::string text;
     std::vector<std::string_view> fields;
     const PrivateFileState state = ReadPrivateFile(kNote, text);
     if (state == PrivateFileState::Missing || state == PrivateFileState::Unreadable)
-        return;
+        return state == PrivateFileState::Missing;
     if (state == PrivateFileState::Whole && CheckAndSplit(text, fields) && fields[0] == kNoteName)
         RemoveCopies(fields);
     RemovePrivateFile(kNote); // one that is not whole was cut before the first copy
+    return true;
 }

@@ -17,4 +17,6 @@ bool HasNoteOfCopies();
 bool RemoveNoteOfCopies();
 
 /// Removes the files that are listed in a note that a run without a commit has left, then the note.
-void TakeBackForeignCopies();
+///
+/// @return false when there may be a note, but it cannot be read now
+bool TakeBackForeignCopies();

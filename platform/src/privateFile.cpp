@@ -4,22 +4,22 @@
 #include "privateFile.h"
 
 #include <cerrno>
+#include <cstdint>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include "descriptor.h"
+#include "fileBytes.h"
 
 namespace
 {
-
-constexpr off_t kMostBytes = 4 << 20;
 
 bool IsTrusted(const struct stat& status)
 {
     return S_ISREG(status.st_mode) && status.st_uid == geteuid() && status.st_nlink == 1 &&
            (status.st_mode & S_IRUSR) != 0 && (status.st_mode & (S_IWGRP | S_IWOTH)) == 0 &&
-           status.st_size <= kMostBytes;
+           static_cast<std::uint64_t>(status.st_size) <= kLargestFile;
 }
 
 bool ReadTrusted(const char* path, std::string& text)
@@ -31,6 +31,16 @@ bool ReadTrusted(const char* path, std::string& text)
     text.resize(static_cast<std::size_t>(status.st_size));
     const ssize_t count = ReadInto(file.Number(), text.data(), text.size());
     return count == static_cast<ssize_t>(text.size());
+}
+
+PrivateFileState ReadOnce(const char* path, std::string& text)
+{
+    struct stat status = {};
+    if (lstat(path, &status) != 0)
+        return errno == ENOENT || errno == ENOTDIR ? PrivateFileState::Missing : PrivateFileState::Unreadable;
+    if (!IsTrusted(status))
+        return PrivateFileState::Untrusted;
+    return ReadTrusted(path, text) ? PrivateFileState::Whole : PrivateFileState::Unreadable;
 }
 
 int WriteAndFlush(const char* path, const std::string& text)
@@ -50,16 +60,16 @@ int WriteAndFlush(const char* path, const std::string& text)
 
 PrivateFileState ReadPrivateFile(const char* path, std::string& text)
 {
-    struct stat status = {};
-    if (lstat(path, &status) != 0)
-        return errno == ENOENT || errno == ENOTDIR ? PrivateFileState::Missing : PrivateFileState::Unreadable;
-    if (!IsTrusted(status))
-        return PrivateFileState::Untrusted;
-    return ReadTrusted(path, text) ? PrivateFileState::Whole : PrivateFileState::Unreadable;
+    PrivateFileState state = PrivateFileState::Unreadable;
+    for (int tries = 0; tries < kMostTries && state == PrivateFileState::Unreadable; ++tries)
+        state = ReadOnce(path, text);
+    return state;
 }
 
 int WritePrivateFile(const char* path, const std::string& text)
 {
+    if (text.size() > kLargestFile)
+        return EFBIG; // the next run would not trust it
     const int error = WriteAndFlush(path, text);
     if (error == 0)
         FlushFolder(kNoteFolder);

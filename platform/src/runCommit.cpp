@@ -63,8 +63,7 @@ EarlierRun FinishEarlierRun(CommitRecord& record)
     case PrivateFileState::Missing:
         break;
     }
-    TakeBackForeignCopies();
-    return EarlierRun::None;
+    return TakeBackForeignCopies() ? EarlierRun::None : EarlierRun::Unfinished;
 }
 
 RunStart Begin(const char* mode)

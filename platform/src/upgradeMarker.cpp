@@ -3,29 +3,23 @@
 
 #include "upgradeMarker.h"
 
+#include <cerrno>
 #include <sys/stat.h>
 
 #include "fileBytes.h"
 #include "runCommit.h"
 
-namespace
-{
-
-constexpr off_t kMostMarkerBytes = 4 << 20;
-
-} // namespace
-
 bool IsMarkerThere()
 {
     struct stat status = {};
-    return lstat(kUpgradeMarker, &status) == 0;
+    return lstat(kUpgradeMarker, &status) == 0 || (errno != ENOENT && errno != ENOTDIR);
 }
 
 UpgradeMarker ReadMarker()
 {
     struct stat status = {};
     std::string text;
-    if (lstat(kUpgradeMarker, &status) != 0 || !S_ISREG(status.st_mode) || status.st_size > kMostMarkerBytes)
+    if (lstat(kUpgradeMarker, &status) != 0 || !S_ISREG(status.st_mode))
         return {};
     if (ReadFile(kUpgradeMarker, text) != ReadResult::Done)
         return {};

@@ -14,10 +14,11 @@ struct UpgradeMarker {
     bool isEmpty = false; ///< a file without a word. One that cannot be read lists none either, but is not empty.
 };
 
-/// @return whether anything has the marker's name
+/// @return whether anything has the marker's name, or may have it: without an answer it counts as there, so that no mode
+///         happens twice
 bool IsMarkerThere();
 
-/// Reads the marker from the device: a regular file of at most 4 MiB.
+/// Reads the marker: a regular file of at most 4 MiB.
 UpgradeMarker ReadMarker();
 
 /// @return the marker that the text is
