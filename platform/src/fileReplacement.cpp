@@ -20,7 +20,7 @@ namespace
 
 constexpr mode_t kPermissionBits = 07777;
 
-/// What stands at the destination before it is replaced.
+/// What the destination is before it is replaced.
 struct Destination {
     std::string path;    ///< the name that the new file takes
     bool exists = false; ///< as a regular file
@@ -37,7 +37,7 @@ bool FindDestination(const char* path, Destination& destination)
     if (result == LinkResult::Unresolvable)
         return false;
 
-    // Another user's link is replaced itself, as if nothing stood there.
+    // What another user has put there is replaced itself, as if it were missing.
     destination.exists = result == LinkResult::Resolved;
     return !destination.exists || S_ISREG(destination.status.st_mode);
 }

@@ -27,15 +27,7 @@ std::list<StagedFile> stagedFiles;
 std::list<KnownFolder> knownFolders;    // looked up once each: a run reads the same folders again and again
 std::list<std::string> unreadableFiles; // paths of files that may not be changed any more
 
-std::string_view FolderText(std::string_view path)
-{
-    const std::size_t slash = path.rfind('/');
-    if (slash == std::string_view::npos)
-        return ".";
-    return path.substr(0, slash == 0 ? 1 : slash);
-}
-
-const KnownFolder* FindFolder(std::string_view path)
+const KnownFolder* FindFolder(std::string path)
 {
     if (!isStaging)
         knownFolders.clear(); // outside of a run nothing else clears them
@@ -43,11 +35,10 @@ const KnownFolder* FindFolder(std::string_view path)
         if (folder.path == path)
             return &folder;
     }
-    std::string text(path);
     struct stat status = {};
-    if (stat(text.c_str(), &status) != 0)
+    if (stat(path.c_str(), &status) != 0)
         return nullptr;
-    knownFolders.push_back({std::move(text), status.st_dev, status.st_ino});
+    knownFolders.push_back({std::move(path), status.st_dev, status.st_ino});
     return &knownFolders.back();
 }
 
@@ -166,7 +157,7 @@ std::list<StagedFile>& StagedFiles()
 
 bool FindFileName(const std::string& path, FileName& name)
 {
-    const KnownFolder* folder = FindFolder(FolderText(path));
+    const KnownFolder* folder = FindFolder(FolderOf(path));
     if (folder == nullptr)
         return false;
     name = {folder->device, folder->number, std::string_view(path).substr(path.rfind('/') + 1)};
