@@ -242,7 +242,7 @@ TEST_F(RunCommit, ARunWaitsForTheOneBeforeIt)
         if (folder == -1 || flock(folder, LOCK_EX) != 0)
             _exit(1);
         (void)usleep(700'000);
-        WriteBytes(phone.HostPath(kUserIni), "[Feature]\nRingbackTimeout=77\n"); // its last save
+        WriteBytes(phone.HostPath(kUserIni), "[Feature]\nlast=1\n"); // its last save, which drops what came too early
         _exit(0);
     }
     (void)usleep(200'000);
@@ -250,7 +250,7 @@ TEST_F(RunCommit, ARunWaitsForTheOneBeforeIt)
     int status = -1;
     ASSERT_EQ(waitpid(other, &status, 0), other);
     ASSERT_EQ(status, 0);
-    phone.Expect(kUserIni, "[Feature]\nRingbackTimeout=77\n");
+    phone.Expect(kUserIni, "[Feature]\nlast=1\nRingbackTimeout=180\n");
 }
 
 TEST_F(RunCommit, WhatCannotBeCommittedIsToldToTheSystemLogAlone)
