@@ -34,6 +34,17 @@ void PutQuietPhone(PhoneImage& phone)
     phone.Put("/config/user/user.ini", "[Feature]\nRingbackTimeout=90\n[Backlight]\nnBacklightTime=0\n");
 }
 
+/// Mode "2" makes this of the line keys, and changes nothing else.
+void ExpectLayout(const std::string& before, const std::string& after)
+{
+    PhoneImage phone;
+    PutQuietPhone(phone);
+    phone.Put(kLineKeys, before);
+    phone.Run("2");
+    phone.Expect(kLineKeys, after);
+    phone.ExpectNothingElseChanged();
+}
+
 /// A layout of one item, in the way in which the library saves it; `Old` writes the same on one line.
 std::string New(const std::string& root, const std::string& itemAttributes, const std::string& dataAttributes)
 {
@@ -180,12 +191,7 @@ TEST(MigrateKeyLayouts, NoOtherTypeAndNoItemWithoutTypeOrDataChanges)
              "/>\n\t</item>\n"
              "\t<item type=\"28\" />\n\t<item type=\"28\">\n\t\t<ItemData line=\"2\" />\n\t</item>\n"
              "\t<Item type=\"28\">\n\t\t<itemdata line=\"2\" />\n\t</Item>\n</dsskey>\n";
-    PhoneImage phone;
-    PutQuietPhone(phone);
-    phone.Put(kLineKeys, before);
-    phone.Run("2");
-    phone.Expect(kLineKeys, after);
-    phone.ExpectNothingElseChanged();
+    ExpectLayout(before, after);
 }
 
 TEST(MigrateKeyLayouts, NumbersAreReadByTheLibrarysOwnRules)
@@ -296,12 +302,7 @@ TEST(MigrateKeyLayouts, ReferencesInNumbersAreReadByTheLibrarysOwnRules)
     after += "\t<item type=\" 28\">\n\t\t<itemdata history_type=\"0\" />\n\t</item>\n"
              "\t<item type=\"28\">\n\t\t<itemdata history_type=\"0\" />\n\t</item>\n"
              "\t<item type=\"&#11;28\">\n\t\t<itemdata />\n\t</item>\n</dsskey>\n";
-    PhoneImage phone;
-    PutQuietPhone(phone);
-    phone.Put(kLineKeys, before);
-    phone.Run("2");
-    phone.Expect(kLineKeys, after);
-    phone.ExpectNothingElseChanged();
+    ExpectLayout(before, after);
 }
 
 TEST(MigrateKeyLayouts, OfSeveralRootsTheFirstOfItsNameIsProcessedAndAllAreSaved)
