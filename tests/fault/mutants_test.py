@@ -25,7 +25,7 @@ MAIN = ROOT / "app/kestrune/kestrune/main.cpp"
 FAULTS = "FAULTS"  # in the last line of a proof that found some; one that broke off proves nothing
 MOST_SHOWN = 200
 COMPILE = ["c++", "-std=c++17", "-O0", "-D_FILE_OFFSET_BITS=64", "-D_TIME_BITS=64"] + [
-    f"-I{ROOT / folder}" for folder in ("platform/include", "platform/src", "app/kestrune/kestrune")]
+    f"-I{ROOT / folder}" for folder in ("platform/include", "platform/src", "platform/host", "app/kestrune/kestrune")]
 
 
 def mutated(mutant):

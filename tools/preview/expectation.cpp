@@ -5,10 +5,10 @@
 
 #include <nlohmann/json.hpp>
 
-#include "jsonOutput.h"
-#include "previewError.h"
-#include "printable.h"
-#include "scratch.h"
+#include "output/jsonOutput.h"
+#include "phoneImage/printable.h"
+#include "phoneImage/scratch.h"
+#include "phoneImage/toolError.h"
 
 using nlohmann::json;
 
@@ -22,9 +22,9 @@ json ReadExpected(const std::filesystem::path& path)
     json expected = json::parse(ReadWhole(path, kMostBytes), /*cb=*/nullptr, /*allow_exceptions=*/false);
     if (!expected.is_object() || expected.value("format", "") != "kestrune-preview" ||
         !expected.value("previews", json()).is_array())
-        throw PreviewError(path.string() + " is no JSON text of a preview");
+        throw ToolError(path.string() + " is no JSON text of a preview");
     if (expected.value("version", 0) != kJsonVersion)
-        throw PreviewError(path.string() + " has another version of the form");
+        throw ToolError(path.string() + " has another version of the form");
     return expected;
 }
 
@@ -110,6 +110,6 @@ std::vector<std::string> CompareWithExpected(const std::vector<Preview>& preview
         }
         return differences;
     } catch (const json::exception&) {
-        throw PreviewError(path.string() + " is no JSON text of a preview");
+        throw ToolError(path.string() + " is no JSON text of a preview");
     }
 }

@@ -7,10 +7,10 @@
 #include <string>
 #include <vector>
 
-#include "preview.h"
+#include "shown/shownPreview.h"
 
 /// Compares previews with an approved JSON text of them. The reports do not count: their order is the file system's.
-/// Neither do the names of the images. Throws `PreviewError` when the file cannot be read or is no such text.
+/// Neither do the names of the images. Throws `ToolError` when the file cannot be read or is no such text.
 ///
 /// @return what differs, a line each; empty when nothing does
 std::vector<std::string> CompareWithExpected(const std::vector<Preview>& previews,

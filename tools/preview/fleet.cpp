@@ -7,7 +7,7 @@
 #include <mutex>
 #include <thread>
 
-#include "progressBar.h"
+#include "output/progressBar.h"
 
 std::vector<Preview> MakePreviews(const std::vector<std::filesystem::path>& images, const PreviewRequest& request,
                                   unsigned jobs)

@@ -8,14 +8,14 @@
 
 #include "expectation.h"
 #include "fleet.h"
-#include "htmlOutput.h"
-#include "jsonOutput.h"
 #include "options.h"
-#include "previewError.h"
-#include "printable.h"
-#include "scratch.h"
-#include "tableOutput.h"
-#include "textOutput.h"
+#include "output/htmlOutput.h"
+#include "output/jsonOutput.h"
+#include "output/tableOutput.h"
+#include "output/textOutput.h"
+#include "phoneImage/printable.h"
+#include "phoneImage/scratch.h"
+#include "phoneImage/toolError.h"
 
 namespace
 {
@@ -78,7 +78,7 @@ int Run(const Options& options)
     WriteFiles(options, previews);
     std::cout.flush();
     if (!std::cout)
-        throw PreviewError("cannot write to standard output");
+        throw ToolError("cannot write to standard output");
     return status;
 }
 

@@ -10,7 +10,7 @@
 #include <thread>
 #include <unistd.h>
 
-#include "printable.h"
+#include "phoneImage/printable.h"
 
 namespace fs = std::filesystem;
 

@@ -3,16 +3,16 @@
 
 #include "preview.h"
 
-#include "childProcess.h"
-#include "imageCopy.h"
-#include "phoneHelper.h"
-#include "previewError.h"
-#include "printable.h"
-#include "reports.h"
-#include "sandbox.h"
-#include "scratch.h"
-#include "shownFiles.h"
-#include "warnings.h"
+#include "phoneImage/childProcess.h"
+#include "phoneImage/imageCopy.h"
+#include "phoneImage/printable.h"
+#include "phoneImage/sandbox.h"
+#include "phoneImage/scratch.h"
+#include "phoneImage/toolError.h"
+#include "shown/shownFiles.h"
+#include "shown/shownReports.h"
+#include "steps/stepsClient.h"
+#include "warnings/findWarnings.h"
 
 namespace fs = std::filesystem;
 
@@ -25,7 +25,7 @@ std::vector<RunReports> RunModes(const PreviewRequest& request, const fs::path& 
     for (const std::string& mode : request.modes) {
         ChildResult result = RunChild(SandboxCommand(phone, request.programs.program, {mode}));
         if (result.exitStatus != 0) // the program's own is always 0
-            throw PreviewError("the run of mode " + mode + " failed: " + SandboxWords(result));
+            throw ToolError("the run of mode " + mode + " failed: " + SandboxWords(result));
         reports.push_back({mode, std::move(result.output), std::move(result.errors)});
     }
     return reports;
@@ -34,7 +34,7 @@ std::vector<RunReports> RunModes(const PreviewRequest& request, const fs::path& 
 /// The phone between the passes.
 ///
 /// @return empty when the passes, run one by one, end with another phone than the program did
-std::vector<PassState> RunPassByPass(const PreviewRequest& request, const PhoneHelper& helper, const fs::path& phone,
+std::vector<PassState> RunPassByPass(const PreviewRequest& request, const StepsClient& helper, const fs::path& phone,
                                      const Snapshot& before, const Snapshot& after)
 {
     std::vector<PassState> states = {{std::string(), before}};
@@ -62,7 +62,7 @@ public:
         lists_ = helper_.ReadLists();
         reports_ = RunModes(request_, phone_);
         after_ = TakeSnapshot(phone_, before_);
-        states_ = RunPassByPass(request_, PhoneHelper(request_.programs.steps, scratch_.Path("steps")),
+        states_ = RunPassByPass(request_, StepsClient(request_.programs.steps, scratch_.Path("steps")),
                                 scratch_.Path("steps"), before_, after_);
         SavePhone();
         (void)RunModes(request_, phone_); // its reports say nothing new
@@ -92,7 +92,7 @@ private:
         if (request_.savedPhone.empty())
             return;
         if (fs::exists(fs::symlink_status(request_.savedPhone)))
-            throw PreviewError(request_.savedPhone.string() + " is there already");
+            throw ToolError(request_.savedPhone.string() + " is there already");
         CopyPhone(phone_, request_.savedPhone);
     }
 
@@ -109,7 +109,7 @@ private:
     const PreviewRequest& request_;
     Scratch scratch_;
     fs::path phone_;
-    PhoneHelper helper_;
+    StepsClient helper_;
     PhoneLists lists_;
     Snapshot before_;
     Snapshot after_;
@@ -139,22 +139,4 @@ Preview MakePreview(const fs::path& image, const PreviewRequest& request)
         preview.error = Printable(error.what());
     }
     return preview;
-}
-
-Counts CountFiles(const std::vector<ShownFile>& files)
-{
-    Counts counts;
-    for (const ShownFile& file : files)
-        ++counts[file.kind];
-    return counts;
-}
-
-Counts CountValues(const std::vector<ShownFile>& files)
-{
-    Counts counts;
-    for (const ShownFile& file : files) {
-        for (const ShownChange& change : file.changes)
-            counts[change.kind] += change.name.empty() ? static_cast<int>(change.attributes.size()) : 1;
-    }
-    return counts;
 }

@@ -14,7 +14,7 @@
 #include "fileRules.h"
 #include "imageRules.h"
 #include "orderRules.h"
-#include "phoneFolder.h"
+#include "phoneImage/phoneFolder.h"
 #include "placeRules.h"
 #include "quotedText.h"
 #include "suppressions.h"

@@ -6,7 +6,7 @@
 #include <tinyxml.h>
 
 #include "passwordCipher.h"
-#include "phoneFolder.h"
+#include "phoneImage/phoneFolder.h"
 #include "quotedText.h"
 #include "tableRecord.h"
 

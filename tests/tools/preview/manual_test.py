@@ -14,7 +14,7 @@ import previewTool
 MANUAL = previewTool.PROJECT / "man" / "kestrune-preview.1"
 COMPLETION = previewTool.PROJECT / "packaging" / "completions" / "kestrune-preview"
 PAGE = previewTool.PROJECT / "docs" / "preview.md"
-RULES = previewTool.PROJECT / "tools" / "preview" / "warnings.h"
+RULES = previewTool.PROJECT / "tools" / "preview" / "warnings" / "warningList.h"
 
 
 def options_of_the_program():

@@ -1,0 +1,129 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
+#include "imageCopy.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <iterator>
+#include <sys/stat.h>
+#include <vector>
+
+#include "archiveExtraction.h"
+#include "imageLimits.h"
+#include "scratch.h"
+#include "toolError.h"
+
+namespace fs = std::filesystem;
+
+namespace
+{
+
+/// What has been copied so far, held to the limits.
+struct Amount {
+    std::uint64_t bytes = 0;
+    std::size_t entries = 0;
+};
+
+void Count(Amount& amount, std::uint64_t bytes)
+{
+    amount.bytes += bytes;
+    if (++amount.entries > kMostEntries)
+        throw ToolError("the image has more than " + std::to_string(kMostEntries) + " files");
+    if (amount.bytes > kMostImageBytes)
+        throw ToolError("the image has more than " + std::to_string(kMostImageBytes) + " bytes");
+}
+
+/// We have to read and remove the copy, whatever the phone's own bits say.
+void GiveBits(const fs::path& path, mode_t bits)
+{
+    if (chmod(path.c_str(), bits) != 0)
+        throw ToolError("cannot set the bits of " + path.string() + ": " + std::strerror(errno));
+}
+
+struct stat StatusOf(const fs::path& path)
+{
+    struct stat status = {};
+    if (lstat(path.c_str(), &status) != 0)
+        throw ToolError("cannot read " + path.string() + ": " + std::strerror(errno));
+    return status;
+}
+
+void CopyFolder(const fs::path& source, const fs::path& destination, Amount& amount, int depth)
+{
+    constexpr int kMostLevels = 100;
+    if (depth > kMostLevels)
+        throw ToolError("folders nested too deep: " + source.string());
+    fs::create_directory(destination);
+    for (const fs::directory_entry& entry : fs::directory_iterator(source)) {
+        const fs::path copy = destination / entry.path().filename();
+        const struct stat status = StatusOf(entry.path());
+        Count(amount, 0);
+        if (S_ISLNK(status.st_mode)) {
+            fs::create_symlink(fs::read_symlink(entry.path()), copy);
+        } else if (S_ISDIR(status.st_mode)) {
+            CopyFolder(entry.path(), copy, amount, depth + 1);
+        } else if (S_ISREG(status.st_mode)) {
+            const std::string bytes = ReadWhole(entry.path(), kMostFileBytes);
+            Count(amount, bytes.size());
+            WriteWhole(copy, bytes);
+            GiveBits(copy, (status.st_mode & 0777) | S_IRUSR);
+        }
+    }
+    GiveBits(destination, (StatusOf(source).st_mode & 01777) | S_IRWXU);
+}
+
+bool IsRealFolder(const fs::path& path)
+{
+    return fs::is_directory(fs::symlink_status(path));
+}
+
+bool HasTrees(const fs::path& folder)
+{
+    return std::any_of(std::begin(kPhoneTrees), std::end(kPhoneTrees),
+                       [&folder](const char* tree) { return IsRealFolder(folder / tree); });
+}
+
+/// The folder that has the trees: the archive's top, or the one folder in it. A "phone" at the top may be the tree of
+/// that name or a folder that holds a whole phone: the latter has a "config", the former never.
+fs::path FindTrees(const fs::path& top)
+{
+    std::vector<fs::path> folders;
+    for (const fs::directory_entry& entry : fs::directory_iterator(top))
+        folders.push_back(entry.path());
+    if (folders.size() == 1 && IsRealFolder(folders.front()) &&
+        (IsRealFolder(folders.front() / "config") || (!HasTrees(top) && HasTrees(folders.front()))))
+        return folders.front();
+    return top;
+}
+
+} // namespace
+
+void CopyPhone(const fs::path& source, const fs::path& phone)
+{
+    Amount amount;
+    fs::create_directory(phone);
+    for (const char* tree : kPhoneTrees) {
+        if (IsRealFolder(source / tree))
+            CopyFolder(source / tree, phone / tree, amount, 0);
+        else if (!fs::exists(fs::symlink_status(source / tree)))
+            fs::create_directory(phone / tree);
+        else
+            throw ToolError(std::string("the image's ") + tree + " is no folder"); // a link may lead anywhere
+    }
+}
+
+void CopyImage(const fs::path& image, const fs::path& phone, const fs::path& scratch)
+{
+    fs::path trees = image;
+    if (fs::is_regular_file(image)) {
+        ExtractArchive(image, scratch);
+        trees = FindTrees(scratch);
+    } else if (!fs::is_directory(image)) {
+        throw ToolError("no such image");
+    }
+    if (!HasTrees(trees))
+        throw ToolError("no image of a phone: it has neither config nor phone nor tmp");
+    CopyPhone(trees, phone);
+}

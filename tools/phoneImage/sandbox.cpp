@@ -1,0 +1,34 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
+#include "sandbox.h"
+
+#include <initializer_list>
+
+#include "imageLimits.h"
+
+namespace fs = std::filesystem;
+
+std::vector<std::string> SandboxCommand(const fs::path& phone, const fs::path& program,
+                                        const std::vector<std::string>& arguments)
+{
+    std::vector<std::string> command = {"bwrap", "--die-with-parent", "--new-session"};
+    const auto add = [&command](const std::vector<std::string>& options) {
+        command.insert(command.end(), options.begin(), options.end());
+    };
+    add({"--unshare-pid", "--unshare-net", "--unshare-ipc", "--unshare-uts"});
+    add({"--clearenv", "--setenv", "PATH", "/usr/bin:/bin"});
+    add({"--tmpfs", "/", "--ro-bind", "/usr", "/usr"});
+    for (const char* name : {"/bin", "/sbin", "/lib", "/lib32", "/lib64", "/libx32"}) {
+        if (fs::is_symlink(name))
+            add({"--symlink", fs::read_symlink(name).string(), name});
+        else if (fs::exists(name))
+            add({"--ro-bind", name, name});
+    }
+    add({"--proc", "/proc", "--dev", "/dev", "--ro-bind", program.string(), "/kestrune"});
+    for (const char* tree : kPhoneTrees)
+        add({"--bind", (phone / tree).string(), std::string("/") + tree});
+    add({"--remount-ro", "/", "--chdir", "/", "--", "/kestrune"});
+    add(arguments);
+    return command;
+}

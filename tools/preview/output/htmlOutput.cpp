@@ -1,0 +1,161 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
+#include "htmlOutput.h"
+
+#include "htmlChart.h"
+#include "htmlStyle.h"
+#include "htmlText.h"
+#include "summaryText.h"
+
+namespace
+{
+
+std::string PassText(const std::vector<std::string>& passes)
+{
+    return passes.empty() ? std::string() : " " + Element("span", "pass", Join(passes, ", then "));
+}
+
+std::string Tile(const std::string& number, const std::string& what)
+{
+    return "<li><b>" + EscapeHtml(number) + "</b>" + EscapeHtml(what) + "</li>";
+}
+
+std::string Tiles(const Preview& preview)
+{
+    const Counts files = CountFiles(preview.files);
+    const Counts values = CountValues(preview.files);
+    return "<ul class=\"tiles\">" + Tile(std::to_string(files.Sum()), "files: " + CountWords(files)) +
+           Tile(std::to_string(values.Sum()), "keys: " + CountWords(values)) +
+           Tile(std::to_string(preview.warnings.size()), "warnings") +
+           Tile(std::to_string(preview.secondRun.size()), "files that a second run would still change") + "</ul>\n";
+}
+
+std::string Warnings(const std::vector<ShownWarning>& warnings)
+{
+    std::string html;
+    for (const ShownWarning& warning : warnings)
+        html += "<div class=\"warning\"><b>" + EscapeHtml(warning.rule) + "</b>" + EscapeHtml(warning.place) + "<br>" +
+                EscapeHtml(warning.text) + "<br>" + Element("span", "dim", warning.advice) + "</div>\n";
+    return html.empty() ? html : "<h2>Warnings</h2>\n" + html;
+}
+
+std::string Cell(const std::optional<std::string>& value)
+{
+    if (!value)
+        return "<td></td>";
+    return value->empty() ? "<td>" + Element("span", "dim", "(empty)") + "</td>"
+                          : "<td>" + EscapeHtml(*value) + "</td>";
+}
+
+std::string RecordCells(const ShownChange& change)
+{
+    std::string attributes;
+    for (const auto& [name, value] : change.attributes)
+        attributes += (attributes.empty() ? "" : " ") + Element("span", "dim", name + "=") + EscapeHtml(value);
+    return "<td class=\"name\">" + EscapeHtml(change.group) + "</td><td colspan=\"2\">" + attributes + "</td>";
+}
+
+std::string Row(const ShownChange& change, const ShownFile& file)
+{
+    const std::string place = file.format == "ini" ? "[" + change.group + "] " : change.group + " ";
+    std::string html = "<tr><td>" + Element("span", KindWord(change.kind), KindWord(change.kind)) + "</td>";
+    if (change.name.empty())
+        html += RecordCells(change);
+    else
+        html += "<td class=\"name\">" + Element("span", "dim", place) + EscapeHtml(change.name) + "</td>" +
+                Cell(change.before) + Cell(change.after);
+    html += "<td>" + EscapeHtml(change.secret);
+    if (change.passes != file.passes)
+        html += PassText(change.passes);
+    return html + "</td></tr>\n";
+}
+
+std::string File(const ShownFile& file)
+{
+    std::string html = "<h3>" + EscapeHtml(file.path) + " " +
+                       Element("span", KindWord(file.kind), KindWord(file.kind)) + PassText(file.passes) + "</h3>\n";
+    if (!file.note.empty())
+        html += "<p>" + EscapeHtml(file.note) + "</p>\n";
+    if (!file.changes.empty()) {
+        html += "<div class=\"wide\"><table><tr><th></th><th>place</th><th>before</th><th>after</th><th></th></tr>\n";
+        for (const ShownChange& change : file.changes)
+            html += Row(change, file);
+        html += "</table></div>\n";
+    }
+    if (!file.diff.empty()) {
+        html += "<pre>";
+        for (const std::string& line : file.diff)
+            html += Element("span",
+                            line.empty()     ? "dim"
+                            : line[0] == '+' ? "added"
+                            : line[0] == '-' ? "removed"
+                                             : "dim",
+                            line) +
+                    "\n";
+        html += "</pre>\n";
+    }
+    return html;
+}
+
+std::string Files(const char* title, const std::vector<ShownFile>& files)
+{
+    std::string html = "<h2>" + EscapeHtml(title) + "</h2>\n";
+    for (const ShownFile& file : files)
+        html += File(file);
+    return files.empty() ? html + "<p>None.</p>\n" : html;
+}
+
+std::string Reports(const std::vector<ShownReports>& reports)
+{
+    std::string html;
+    for (const ShownReports& report : reports)
+        html += "<h2>Reports of mode " + EscapeHtml(report.mode) + "</h2>\n<pre>" +
+                EscapeHtml(Join(report.output, "\n")) + "</pre>\n<pre>" + EscapeHtml(Join(report.errors, "\n")) +
+                "</pre>\n";
+    return html;
+}
+
+std::string Section(const Preview& preview, bool withReports)
+{
+    std::string html = "<section><h1>" + EscapeHtml(preview.image) + " " +
+                       Element("span", "dim", "mode " + Join(preview.modes, ", then ")) + "</h1>\n";
+    if (!preview.error.empty())
+        return html + "<p>" + Element("span", "error", "error: " + preview.error) + "</p></section>\n";
+    html += Tiles(preview) + ChangesChart(preview) + Warnings(preview.warnings) + Files("Changes", preview.files) +
+            Files("What a second run would still change", preview.secondRun);
+    return html + (withReports ? Reports(preview.reports) : std::string()) + "</section>\n";
+}
+
+std::string FleetTable(const std::vector<Preview>& previews)
+{
+    std::string html =
+        "<div class=\"wide\"><table><tr><th>image</th><th>files</th><th>keys</th><th>warnings</th></tr>\n";
+    for (const Preview& preview : previews) {
+        html += "<tr><td>" + EscapeHtml(preview.image) + "</td>";
+        if (!preview.error.empty())
+            html += "<td colspan=\"3\">" + Element("span", "error", preview.error) + "</td></tr>\n";
+        else
+            html += "<td>" + CountWords(CountFiles(preview.files)) + "</td><td>" +
+                    CountWords(CountValues(preview.files)) + "</td><td>" + std::to_string(preview.warnings.size()) +
+                    "</td></tr>\n";
+    }
+    return html + "</table></div>\n";
+}
+
+} // namespace
+
+std::string HtmlPage(const std::vector<Preview>& previews, bool withReports)
+{
+    std::string html = "<!DOCTYPE html>\n<html lang=\"en\"><head><meta charset=\"utf-8\">\n"
+                       "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; style-src "
+                       "'unsafe-inline'\">\n"
+                       "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
+                       "<title>What the upgrade changes</title>\n<style>" +
+                       std::string(kPageStyle) + "</style></head>\n<body>\n";
+    if (previews.size() > 1)
+        html += FleetTable(previews);
+    for (const Preview& preview : previews)
+        html += Section(preview, withReports);
+    return html + "</body></html>\n";
+}

@@ -1,0 +1,156 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
+#include "shownFiles.h"
+
+#include <set>
+
+#include "changes/unifiedDiff.h"
+#include "phoneImage/printable.h"
+
+namespace
+{
+
+const char* NameOf(FileFormat format)
+{
+    switch (format) {
+    case FileFormat::Ini:
+        return "ini";
+    case FileFormat::Xml:
+        return "xml";
+    case FileFormat::Text:
+        return "text";
+    case FileFormat::Binary:
+        return "binary";
+    }
+    return "other";
+}
+
+std::set<std::string> GroupsOf(FileFormat format, const std::string& content)
+{
+    std::set<std::string> groups;
+    for (const Item& item : ReadItems(format, content).value_or(std::vector<Item>()))
+        groups.insert(item.group);
+    return groups;
+}
+
+/// Makes the shown changes of one file that was taken apart.
+class ItemsToShow
+{
+public:
+    ItemsToShow(const FileChange& file, const Secrets& secrets) : secrets_(secrets)
+    {
+        if (file.format == FileFormat::Xml) {
+            groupsBefore_ = GroupsOf(file.format, file.before);
+            groupsAfter_ = GroupsOf(file.format, file.after);
+        }
+        for (const ItemChange& item : file.items) {
+            if (file.format == FileFormat::Xml && IsOfWholeRecord(item))
+                AddToRecord(item);
+            else
+                AddValue(item);
+        }
+    }
+
+    std::vector<ShownChange> Take() { return std::move(changes_); }
+
+private:
+    bool IsOfWholeRecord(const ItemChange& item) const
+    {
+        return (item.kind == ChangeKind::Added && groupsBefore_.count(item.place.group) == 0) ||
+               (item.kind == ChangeKind::Removed && groupsAfter_.count(item.place.group) == 0);
+    }
+
+    std::string Show(const ItemChange& item, const std::string& value) const
+    {
+        return Printable(secrets_.Places().IsSecret(item.place) ? secrets_.Mask(value) : secrets_.Hide(value));
+    }
+
+    std::optional<std::string> Show(const ItemChange& item, const std::optional<std::string>& value) const
+    {
+        return value ? std::optional<std::string>(Show(item, *value)) : std::nullopt;
+    }
+
+    void AddToRecord(const ItemChange& item)
+    {
+        const std::string group = Printable(item.place.group);
+        if (changes_.empty() || changes_.back().group != group || !changes_.back().name.empty()) {
+            changes_.emplace_back();
+            changes_.back().kind = item.kind;
+            changes_.back().group = group;
+            changes_.back().passes = item.passes;
+        }
+        changes_.back().attributes.emplace_back(Printable(item.place.name),
+                                                Show(item, item.after.value_or(item.before.value_or(""))));
+    }
+
+    void AddValue(const ItemChange& item)
+    {
+        ShownChange change = {};
+        change.kind = item.kind;
+        change.group = Printable(item.place.group);
+        change.name = Printable(item.place.name);
+        if (item.place.number > 1)
+            change.name += " (" + std::to_string(item.place.number) + ")";
+        change.before = Show(item, item.before);
+        change.after = Show(item, item.after);
+        if (secrets_.Places().IsSecret(item.place))
+            change.secret = secrets_.Relation(item.before, item.after);
+        change.passes = item.passes;
+        changes_.push_back(std::move(change));
+    }
+
+    const Secrets& secrets_;
+    std::set<std::string> groupsBefore_;
+    std::set<std::string> groupsAfter_;
+    std::vector<ShownChange> changes_;
+};
+
+void ShowDiff(const FileChange& file, Secrets& secrets, ShownFile& shown)
+{
+    const std::string before = secrets.HideInFile(file.format, file.before);
+    const std::string after = secrets.HideInFile(file.format, file.after);
+    for (const std::string& line : UnifiedDiff(before, after))
+        shown.diff.push_back(Printable(line));
+    if (shown.diff.empty())
+        shown.note = "nothing but secrets changed";
+}
+
+std::string BytesNote(const FileChange& file)
+{
+    return std::to_string(file.before.size()) + " bytes before, " + std::to_string(file.after.size()) + " after";
+}
+
+ShownFile Show(const FileChange& file, Secrets& secrets)
+{
+    ShownFile shown = {};
+    shown.path = Printable(file.path);
+    shown.kind = file.kind;
+    shown.format = file.isFile ? NameOf(file.format) : "other";
+    shown.passes = file.passes;
+    if (!file.isFile)
+        shown.note = "a link, a folder or something else: " + Printable(secrets.Hide(file.before)) + " -> " +
+                     Printable(secrets.Hide(file.after));
+    else if (!file.sameAs.empty())
+        shown.note =
+            (file.kind == ChangeKind::Removed ? "its bytes are now " : "the same bytes as ") + Printable(file.sameAs);
+    else if (file.format == FileFormat::Binary)
+        shown.note = BytesNote(file);
+    else if (file.hasItems && (!file.items.empty() || file.format == FileFormat::Xml))
+        shown.changes = ItemsToShow(file, secrets).Take();
+    else
+        ShowDiff(file, secrets, shown);
+    if (file.hasItems && file.items.empty() && file.format == FileFormat::Xml && shown.note.empty())
+        shown.note = "the same values, written anew";
+    return shown;
+}
+
+} // namespace
+
+std::vector<ShownFile> ShowFiles(const std::vector<FileChange>& changes, Secrets& secrets)
+{
+    std::vector<ShownFile> files;
+    for (const FileChange& change : changes)
+        files.push_back(Show(change, secrets));
+    return files;
+}

@@ -1,0 +1,14 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <vector>
+
+#include "changes/fileChanges.h"
+#include "secrets/secrets.h"
+#include "shownPreview.h"
+
+/// Makes changes fit to be shown: secrets hidden, texts printable, records of XML files that are new or gone as one
+/// change each.
+std::vector<ShownFile> ShowFiles(const std::vector<FileChange>& changes, Secrets& secrets);

@@ -1,0 +1,76 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
+#include "warningList.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <tuple>
+
+#include "phoneImage/printable.h"
+
+const std::vector<WarningText>& WarningRules()
+{
+    static const std::vector<WarningText> rules = {
+        {WarningRule::ValueEmptied, "a value is set to empty",
+         "look at the record that writes it: its source is missing, misspelt or empty"},
+        {WarningRule::TooLongToEncipher, "a value is too long to encipher",
+         "shorten it to 103 characters of 7 bits before the upgrade, or set it anew after it"},
+        {WarningRule::EncipheredTwice, "a value is enciphered twice",
+         "set the user's EnLock to the factory's after the run, and give the table a record for every listed secret"},
+        {WarningRule::SecondsAlready, "a time is in seconds already",
+         "run mode \"2\" once, or set the time anew after the run"},
+        {WarningRule::LimitReached, "a limit is reached",
+         "what is beyond it stays in the old file alone: thin it out first"},
+        {WarningRule::PassStopped, "a pass stopped early", "mend the file that it names and run again"},
+        {WarningRule::FileNotLoaded, "a file does not load", "mend or restore the file and run again"},
+        {WarningRule::EmptyCertificate, "a certificate has the size 0",
+         "remove it: the certificate sync copies a missing one and never replaces one"},
+        {WarningRule::AccountRemoved, "an account is removed",
+         "mode \"2\" makes the direct-IP account number 16: keep what was there if it was in use"},
+        {WarningRule::SecondRunChanges, "a second run would still change something", "run this mode once"},
+        {WarningRule::PassesUnknown, "nobody knows which pass made which change",
+         "use kestrune-preview and kestrune of one build"},
+    };
+    return rules;
+}
+
+std::string WarningId(WarningRule rule)
+{
+    char id[8];
+    std::snprintf(id, sizeof id, "KP%03d", static_cast<int>(rule));
+    return id;
+}
+
+void WarningList::Add(WarningRule rule, const std::string& place, const std::string& text)
+{
+    ShownWarning warning = {WarningId(rule), Printable(place), Printable(text), std::string()};
+    for (const WarningText& known : WarningRules()) {
+        if (known.rule == rule) {
+            warning.text = std::string(known.title) + ": " + warning.text;
+            warning.advice = known.advice;
+        }
+    }
+    warnings_.emplace_back(rule, std::move(warning));
+}
+
+bool WarningList::Has(WarningRule rule, const std::string& place) const
+{
+    return std::any_of(warnings_.begin(), warnings_.end(), [rule, shown = Printable(place)](const auto& entry) {
+        return entry.first == rule && entry.second.place == shown;
+    });
+}
+
+std::vector<ShownWarning> WarningList::Take()
+{
+    const auto keyOf = [](const auto& entry) { return std::tie(entry.first, entry.second.place, entry.second.text); };
+    std::sort(warnings_.begin(), warnings_.end(),
+              [keyOf](const auto& one, const auto& other) { return keyOf(one) < keyOf(other); });
+    warnings_.erase(std::unique(warnings_.begin(), warnings_.end(),
+                                [keyOf](const auto& one, const auto& other) { return keyOf(one) == keyOf(other); }),
+                    warnings_.end());
+    std::vector<ShownWarning> taken;
+    for (auto& [rule, warning] : warnings_)
+        taken.push_back(std::move(warning));
+    return taken;
+}
