@@ -21,8 +21,8 @@ SECTIONS = (
     ("500 records over 20 files of 8 KiB", r"records/((?:first|second|apart)/.*)", "the recorded system calls"),
     ("One run compared with records that are saved at once", r"records/((?:together|again)/.*)", "our own 500 saves, each flushed"),
     ("Conversion of 1,000 contacts", r"xml/(.*)", "the bare XML library's load, build and save of the same documents"),
-    ("Whole run on the example phone, beside its system calls", r"run/(\w+)", "the recorded system calls"),
-    ("Whole run on the example phone, beside an empty program", r"run/(\w+)/start", "an empty static C++ program"),
+    ("Whole run on the example phone, compared with its system calls", r"run/(\w+)", "the recorded system calls"),
+    ("Whole run on the example phone, compared with an empty program", r"run/(\w+)/start", "an empty static C++ program"),
 )
 
 

@@ -49,7 +49,7 @@ def of_modes(program, peak_memory_of):
 
 def table(rows):
     lines = ["### Cost of a first run on the example phone", "",
-             "Calls, flushes and bytes are exact, and the tests hold each mode to them (`tests/cost/`).", "",
+             "Calls, flushes and bytes are exact, and the tests check them for each mode (`tests/cost/`).", "",
              "| mode | " + " | ".join(COLUMNS) + " |", "| --- |" + " ---: |" * len(COLUMNS)]
     for mode, row in rows.items():
         lines.append(f"| {mode} | " + " | ".join(f"{row[column]:,}" for column in COLUMNS) + " |")
