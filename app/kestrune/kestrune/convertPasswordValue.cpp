@@ -29,14 +29,14 @@ void Encipher(const std::string& input, std::string& output)
 {
     char lpOutPassword[kPasswordBufferSize] = {};
     if (pw_data_decrypt(input.c_str(), lpOutPassword) == 0 && IsSevenBit(lpOutPassword)) {
-        // Enciphered already. The buffer shows as much of it as fits; the value goes on whole.
+        // Already enciphered. Only the printed buffer may be truncated, not the value.
         std::snprintf(lpOutPassword, sizeof lpOutPassword, "%s", input.c_str());
         PrintBuffer(lpOutPassword, 0);
         output = input;
         return;
     }
-    // The buffer goes to the second call as the first one left it, and what stands in it then is the result even where
-    // the cipher reports a failure.
+    // The second call reuses the buffer uncleared, and its content is the result even when the cipher reports a
+    // failure.
     (void)pw_data_encrypt(input.c_str(), lpOutPassword);
     PrintBuffer(lpOutPassword, 0);
     output = lpOutPassword;
@@ -61,5 +61,5 @@ void ConvertPasswordValue(const std::string* input, std::string& output, bool wa
     else
         Decipher(*input, output);
     if (input->find('\0') != std::string::npos)
-        output = *input; // the cipher saw its beginning alone; the store refuses it whole, and nothing is lost
+        output = *input; // the cipher saw only its beginning; the file refuses a zero byte, so nothing is lost
 }

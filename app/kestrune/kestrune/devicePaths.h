@@ -11,12 +11,12 @@ constexpr char kUserIni[] = "/config/user/user.ini";
 constexpr char kFactoryUserIni[] = "/phone/factory/user/user.ini";
 constexpr char kSystemIni[] = "/config/system/system.ini";
 
-/// Through this file mode "1" hands settings over to mode "2".
+/// The file in which mode "1" passes settings to mode "2".
 constexpr char kHandOverFile[] = "/tmp/VersionInfo.cfg";
-/// The same, while an upgrade is pending: "/tmp" is empty after a power cut.
+/// A copy of it while an upgrade is pending, because "/tmp" is empty after a power cut.
 constexpr char kHandOverCopy[] = "/config/kestrune-handover";
 
-/// The account files are numbered from 0 to this.
+/// The account files are numbered from 0 to this number.
 constexpr int kLastAccount = 16;
 
 /// @return "/config/user/voip/sipAccount<number>.cfg"

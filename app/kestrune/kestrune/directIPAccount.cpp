@@ -46,11 +46,11 @@ void ExtractDirectIPAccount()
         if (etlGetRegistryInt(path.c_str(), "account", "directip", 0) != 1)
             continue;
         if (!isCopied) {
-            // The device takes the account away regardless.
+            // A failure is ignored because the device removes the account regardless.
             (void)ETL_SubClass::etlCopyFile(kDirectIPFile, path.c_str());
             isCopied = true;
         }
-        (void)RemoveFile(path.c_str()); // an account that stays is taken by the next run
+        (void)RemoveFile(path.c_str()); // the next run handles an account that could not be removed
     }
 }
 
@@ -58,7 +58,7 @@ void RestoreDirectIPAccount()
 {
     const std::string account = AccountFilePath(kLastAccount);
     if (ETL_MiscHelper::pathFileExist(kDirectIPFile) != 0) {
-        (void)ETL_SubClass::etlCopyFile(account.c_str(), kDirectIPFile); // the device takes the file away regardless
+        (void)ETL_SubClass::etlCopyFile(account.c_str(), kDirectIPFile); // the device removes the file regardless
         (void)RemoveFile(kDirectIPFile);
         return;
     }
@@ -73,7 +73,7 @@ bool StripValueMarks(const char* path)
     if (path == nullptr || ETL_MiscHelper::pathFileExist(path) == 0)
         return false;
     iniFile file;
-    (void)file.LoadFromFile(path); // what could not be read is not saved either
+    (void)file.LoadFromFile(path); // a file that could not be read is not saved either
 
     pointer_chain_pNext* head = file.objects();
     for (pointer_chain_pNext* node = head->get_pNext(); node != head; node = node->get_pNext()) {

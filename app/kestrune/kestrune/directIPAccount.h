@@ -15,15 +15,15 @@ void ExtractDirectIPAccount();
 
 /// Direct-IP account, mode "2": makes it account 16.
 ///
-/// Reads:     /config/user/voip/directip.cfg, or /phone/factory/user/voip/sipAccount16.cfg where that is missing
+/// Reads:     /config/user/voip/directip.cfg, or /phone/factory/user/voip/sipAccount16.cfg if that is missing
 /// Writes:    /config/user/voip/sipAccount16.cfg; removes directip.cfg
 /// Result:    none
 /// Failures:  directip.cfg is removed even if its copy failed; with neither file nothing happens
-/// Twice:     a second run finds no directip.cfg, and so puts the factory's account in its place
+/// Twice:     a second run finds no directip.cfg, and so replaces the account with the factory's
 void RestoreDirectIPAccount();
 
-/// Takes one leading "?" off every value of a configuration file and saves it, changed or not.
+/// Removes one leading "?" from every value of a configuration file and saves the file, whether changed or not.
 ///
-/// @param path  null, or a missing file: nothing happens
-/// @return true when the file was saved
+/// @param path  if null, or if the file is missing, nothing happens
+/// @return true if the file was saved
 bool StripValueMarks(const char* path);

@@ -5,20 +5,20 @@
 
 #include <string_view>
 
-/// The hand-over file past a power cut: while an upgrade is pending, mode "1" keeps a copy of it in "/config", and mode "2"
-/// takes it from there when "/tmp" has lost it.
+/// Protects the hand-over file from power cuts: while an upgrade is pending, mode "1" keeps a copy of it in "/config",
+/// and mode "2" uses the copy if the file in "/tmp" is lost.
 
-/// Before the passes. Mode "2" brings a missing hand-over file back from its copy.
+/// Called before the passes. Mode "2" restores a missing hand-over file from its copy.
 ///
 /// Reads:     /tmp/VersionInfo.cfg, /config/kestrune-handover
 /// Writes:    /tmp/VersionInfo.cfg
-/// Failures:  no copy, or one that cannot be read: nothing happens
+/// Failures:  without a readable copy, nothing happens
 void BringBackHandOver(std::string_view mode);
 
-/// After the passes. Mode "1" copies the hand-over file that it has made, or removes the copy of an earlier upgrade when it
-/// has made none; mode "2" removes the copy.
+/// Called after the passes. Mode "1" copies the hand-over file if this run has written it, and otherwise removes the
+/// copy of an earlier upgrade; mode "2" removes the copy.
 ///
 /// Reads:     /tmp/VersionInfo.cfg
 /// Writes:    /config/kestrune-handover
-/// Failures:  go unnoticed
+/// Failures:  ignored
 void KeepHandOver(std::string_view mode);

@@ -12,7 +12,7 @@ namespace
 
 constexpr int kLayoutFiles = 8;
 
-/// In the order in which they are processed; the two tables go side by side.
+/// In processing order; the two tables have matching indexes.
 constexpr const char* kLayoutPaths[kLayoutFiles] = {
     "/config/data/linekey.xml", "/config/data/programkey.xml", "/config/data/expkey0.xml", "/config/data/expkey1.xml",
     "/config/data/expkey2.xml", "/config/data/expkey3.xml",    "/config/data/expkey4.xml", "/config/data/expkey5.xml",
@@ -49,14 +49,14 @@ AddedAttribute AttributeFor(int keyType)
     }
 }
 
-/// The attribute to write; appended behind the others when the element has none. Null when there is no memory for it.
+/// The attribute to write; appended after the others if the element does not have it. Null if memory is exhausted.
 pugi::xml_attribute FindOrAppend(pugi::xml_node element, const char* name)
 {
     const pugi::xml_attribute present = element.attribute(name);
     return present.empty() ? element.append_attribute(name) : present;
 }
 
-/// @return false when there is no memory for the attribute
+/// @return false if there is no memory for the attribute
 bool MigrateItem(pugi::xml_node item)
 {
     const pugi::xml_attribute type = item.attribute("type");
@@ -91,7 +91,7 @@ bool MigrateKeyLayout(pugi::xml_document& document, const char* path, const char
         return false;
     for (pugi::xml_node item = root.child("item"); !item.empty(); item = item.next_sibling("item")) {
         if (!MigrateItem(item))
-            return false; // the file stays as it was rather than lose an attribute
+            return false; // leaving the file unchanged is better than losing an attribute
     }
     return SavePugiXmlFile(document, path, "\t", pugi::format_indent) != 0;
 }

@@ -17,15 +17,15 @@ class xml_document;
 /// | 22, 45, 46, 47, 54 | xml_phonebook           | that of "line", a number  |
 ///
 /// Reads:     /config/data/linekey.xml, programkey.xml, expkey0.xml to expkey5.xml
-/// Writes:    the same files, each that has its root element, changed or not
+/// Writes:    each of these files that has the right root element, whether changed or not
 /// Result:    none
 /// Failures:  a file that is missing, does not load or has another root is skipped
 /// Twice:     a second run writes the same bytes
 void MigrateKeyLayouts();
 
-/// The same for one file.
+/// Migrates one file.
 ///
-/// @param document  holds the file meanwhile; one document serves all files
-/// @param rootName  name of the element that holds the file's items
-/// @return true when the file was saved; otherwise it is as it was
+/// @param document  working storage, which is reused for all files
+/// @param rootName  name of the element that contains the file's items
+/// @return true if the file was saved; otherwise it is unchanged
 bool MigrateKeyLayout(pugi::xml_document& document, const char* path, const char* rootName);

@@ -20,7 +20,7 @@ constexpr int kSecondsPerMinute = 60;
 constexpr int kLongestBacklightMinutes = 59;
 constexpr int kDefaultBacklightMinutes = 1;
 
-// Account 16 is left out on purpose: it has no call centre.
+// Account 16 is deliberately left out: it has no call centre.
 constexpr int kLastCallCentreAccount = 15;
 
 int ToInt(const std::string& text)
@@ -53,7 +53,7 @@ void SwitchOffPowerLight(_HREGISTRY_* target)
     PutOutQueueStatusLights();
 }
 
-/// The light when idle and in talk: a saved 0 follows the saved power light, turned round, where there is one.
+/// The light when idle and in talk: a saved 0 becomes the inverse of the saved power light, if present.
 int IdleAndTalkLight(const std::string& idleAndTalk, const std::string& closePowerLight)
 {
     const int light = ToInt(idleAndTalk);
@@ -84,7 +84,7 @@ void MigrateBLFLed()
     const std::string notifyType =
         ETL_SubClass::registryGetString(saved, "BLfNotifyType", ""); // the device's own spelling
     if (offIdle.empty() || notifyType.empty())
-        return; // mode "1" saved none: "BLFLedMode" stays as it is
+        return; // mode "1" saved no value: "BLFLedMode" is not changed
 
     registrySetInt(target, "BLFLedMode", ToInt(notifyType) == 1 ? 1 : ClampToInt32(std::int64_t{2} * ToInt(offIdle)));
     registryFlush(target);

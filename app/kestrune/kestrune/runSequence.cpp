@@ -28,20 +28,20 @@
 namespace
 {
 
-/// Runs one pass after another and tells who watches when each has ended.
+/// Runs passes in order and calls an observer after each.
 class PassRunner
 {
 public:
     explicit PassRunner(PassEnd passEnd) : passEnd_(passEnd) {}
 
-    /// Runs one pass. An exception (no memory, mostly) ends the pass that met it, never the run.
+    /// Runs one pass. An exception (usually lack of memory) ends this pass, never the run.
     template <typename Pass>
     void operator()(const char* name, Pass pass) const
     {
         try {
             (void)pass(); // each pass reports its own failure
         } catch (...) {
-            // What the pass has saved counts; the passes after it do not depend on it.
+            // Changes that the pass has saved are kept; later passes do not depend on it.
         }
         if (passEnd_ != nullptr)
             passEnd_(name);
@@ -74,7 +74,7 @@ void SyncFactoryByVersion()
 
 void ReportUsage(const char* program)
 {
-    // Modes "1" and "2" belong to the upgrade scripts and are left out on purpose.
+    // Modes "1" and "2" are for upgrade scripts and are deliberately left out.
     app_log(kAppLogModule, kAppLogInformation, "Usage: \n#%s [all|dev|pwd]\n", program);
 }
 

@@ -8,11 +8,11 @@
 /// Reads:  /config/version.ini ([SyncConfig] bEnableFromOld; absent counts as enabled)
 bool IsEnableFromOld();
 
-/// Called when a pass has ended, with its name. What the pass has changed is in its files by then. Passes nest: the pass
-/// "XML data" ends after those that it consists of.
+/// Called with the name of a pass after it has ended. Its changes are in the files by then. Passes nest: the pass
+/// "XML data" ends after the passes that it contains.
 using PassEnd = void (*)(const char* pass);
 
-/// Runs the passes of the mode that the first argument names, one after another in their fixed order.
+/// Runs the passes of the mode named by the first argument, in their fixed order.
 ///
 /// | mode      | passes                                                                                            |
 /// | --------- | ------------------------------------------------------------------------------------------------- |
@@ -24,10 +24,10 @@ using PassEnd = void (*)(const char* pass);
 /// | any other | start-up fix-ups                                                                                  |
 /// | none      | the usage line goes to the application log; no pass runs                                          |
 ///
-/// A pass that fails, or meets an exception, ends by itself; the next one runs. All that they change reaches the device as
-/// one step (runCommit.h), which may also find that this mode has nothing to do.
+/// A pass that fails or throws an exception ends; the next one still runs. All changes reach the device as one step
+/// (runCommit.h), which may also find that this mode has nothing to do.
 ///
-/// @param passEnd  called after each pass, for programs that watch a run; null in the program itself. Must not throw. With
-///                 it each change is made at once, so that the files show it, and no other run is looked for.
-/// @return 0 in every case: the program's exit status
+/// @param passEnd  called after each pass, for programs that observe a run; null in the program itself. Must not throw.
+///                 If set, each change is made at once, so that the files show it, and other runs are not waited for.
+/// @return the program's exit status: always 0
 int RunSequence(int argumentCount, const char* const* arguments, PassEnd passEnd = nullptr);

@@ -8,7 +8,7 @@
 
 void SaveVersionInfo()
 {
-    // The sources are never flushed: the live configuration stays as it is.
+    // The sources are never flushed, so the live configuration does not change.
     _HREGISTRY_* features = registryOpen(kUserIni, "Features");
     _HREGISTRY_* savedFeatures = registryOpen(kHandOverFile, "Features");
     // "BLfNotifyType" is the device's own spelling.

@@ -24,7 +24,7 @@ void SetDefaultSCALineKeyNumber()
         const std::string path = AccountFilePath(number);
         if (ETL_MiscHelper::pathFileExist(path.c_str()) == 0)
             continue;
-        // An absent key and one that says "none" already need not be told apart: writing the second again does no harm.
+        // No need to distinguish an absent key from -1: rewriting -1 is harmless.
         if (etlGetProfileInt(path.c_str(), "account", "SCALineKeyNumber", kNoSharedLineKey) == kNoSharedLineKey)
             etlSetProfileInt(path.c_str(), "account", "SCALineKeyNumber", kNoSharedLineKey);
     }
@@ -32,7 +32,7 @@ void SetDefaultSCALineKeyNumber()
 
 void InitRingbackTimeout()
 {
-    // "Feature" is a section of its own beside "Features".
+    // "Feature" and "Features" are different sections.
     if (etlGetProfileInt(kUserIni, "Feature", "RingbackTimeout", kNoRingbackTimeout) != kNoRingbackTimeout)
         return;
     const int timeout = etlGetProfileInt(AccountFilePath(0).c_str(), "account", "CancelTimer", kDefaultCancelTimer);

@@ -7,17 +7,17 @@
 /// out.
 ///
 /// Reads:     /config/user/voip/sipAccount16.cfg down to sipAccount0.cfg
-/// Writes:    the same files, where the key is absent or -1 ([account] SCALineKeyNumber=-1)
+/// Writes:    the same files, if the key is absent or -1 ([account] SCALineKeyNumber=-1)
 /// Result:    none
-/// Failures:  a missing account file is skipped and never made; a failed write goes unnoticed
+/// Failures:  a missing account file is skipped and never created; a failed write is ignored
 /// Twice:     a second run changes nothing
 void SetDefaultSCALineKeyNumber();
 
-/// Start-up fix-up: seeds the global ring-back time-out from that of the first account.
+/// Start-up fix-up: initialises the global ring-back time-out from that of the first account.
 ///
-/// Reads:     /config/user/user.ini, /config/user/voip/sipAccount0.cfg ([account] CancelTimer; 180 when absent)
-/// Writes:    /config/user/user.ini ([Feature] RingbackTimeout), where the key is absent or -1
+/// Reads:     /config/user/user.ini, /config/user/voip/sipAccount0.cfg ([account] CancelTimer; 180 if absent)
+/// Writes:    /config/user/user.ini ([Feature] RingbackTimeout), if the key is absent or -1
 /// Result:    none
-/// Failures:  a failed write goes unnoticed
+/// Failures:  a failed write is ignored
 /// Twice:     a second run changes nothing
 void InitRingbackTimeout();

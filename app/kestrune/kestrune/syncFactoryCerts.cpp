@@ -31,12 +31,12 @@ bool IsMissing(const ForeignCopy& copy)
 
 void CopyCertificate(const ForeignCopy& copy)
 {
-    // The names go to the shell as they stand: the factory chooses them.
+    // The names are passed to the shell unquoted: the factory chooses them.
     const std::string command = "cp " + copy.sourcePath + " " + copy.path;
     app_log(kAppLogModule, kAppLogInformation, "Sync cert %s\n", command.c_str());
 
-    (void)std::fflush(StandardOutput()); // what was printed so far comes before what the command prints
-    const int ignoredStatus = std::system(command.c_str()); // the next run copies what is missing then
+    (void)std::fflush(StandardOutput());                    // keeps the output of the command after earlier output
+    const int ignoredStatus = std::system(command.c_str()); // the next run copies missing files
     (void)ignoredStatus;
     EndForeignCopy(copy);
 }
@@ -57,7 +57,7 @@ void SyncFactoryCerts()
 
     NoteForeignCopies(missing);
     for (const ForeignCopy& copy : missing) {
-        if (IsMissing(copy)) // what the shell makes of an odd name may be this one
+        if (IsMissing(copy)) // an earlier command with an odd name may have created this file
             CopyCertificate(copy);
     }
 }

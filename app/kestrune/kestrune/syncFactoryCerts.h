@@ -6,19 +6,19 @@
 #include <string>
 #include <vector>
 
-/// Certificate sync: gives the user every factory certificate that the user folder lacks.
+/// Certificate sync: copies every factory certificate whose name is missing in the user folder.
 ///
 /// Reads:     /phone/factory/certs/phoneca/
-/// Writes:    /config/certs/phoneca/ (adds files with the shell's copy command; never replaces one, and removes none but
-///            a copy that came out short)
+/// Writes:    /config/certs/phoneca/ (adds files with the shell's copy command; never replaces a file, and removes only
+///            copies that are too short)
 /// Result:    none
-/// Failures:  no factory folder: nothing happens; a copy that fails goes unnoticed, and the next run tries it again
+/// Failures:  without a factory folder, nothing happens; a failed copy is ignored, and the next run tries it again
 /// Twice:     a second run copies nothing
 void SyncFactoryCerts();
 
 /// Lists a folder.
 ///
 /// @param path     folder
-/// @param entries  emptied, then filled with the names of all entries of any kind but "." and "..", in the order in
-///                 which the directory reading returns them; stays empty when the folder cannot be opened
+/// @param entries  cleared, then filled with the names of all entries of any kind except "." and "..", in the order in
+///                 which the system returns them; stays empty if the folder cannot be opened
 void ListDirectoryEntries(const char* path, std::vector<std::string>& entries);

@@ -29,13 +29,13 @@ void ConvertEntry(CipherDirection direction, const CIniConfigInfo& entry)
         return;
     }
     for (int number = 0; number < kConvertedAccounts; ++number) {
-        // An account that fails does not keep the next one from its conversion.
+        // A failure in one account does not stop the conversion of the next.
         (void)TransEncryptValue(direction, AccountFilePath(number).c_str(), entry.section.c_str(), entry.key.c_str(),
                                 entry.defaultText.c_str());
     }
 }
 
-/// Traces what the cipher gave, also when it failed.
+/// Traces the output of the cipher, also if it failed.
 int Convert(CipherDirection direction, const char* value, char* output)
 {
     const bool isEncipher = direction == CipherDirection::Encipher;
@@ -91,7 +91,7 @@ int TransEncryptValue(CipherDirection direction, const char* file, const char* s
     if (file == nullptr || section == nullptr || key == nullptr)
         return 0;
 
-    // Static: consecutive entries of one file share one load, with the changes of the entries before in it.
+    // Static: consecutive entries of one file share one load, which includes the changes of earlier entries.
     static iniFile document;
     static std::string loadedPath;
     if (loadedPath != file) {
@@ -104,9 +104,9 @@ int TransEncryptValue(CipherDirection direction, const char* file, const char* s
     }
 
     const std::string stored = document.GetTextValue(section, key, defaultText);
-    const std::string value = stored.substr(0, kPasswordBufferSize - 1).c_str(); // a zero byte ends it as well
+    const std::string value = stored.substr(0, kPasswordBufferSize - 1).c_str(); // a zero byte also ends it
     char output[kPasswordBufferSize] = {};
     if (!value.empty() && Convert(direction, value.c_str(), output) == 0)
-        (void)document.SetTextValue(section, key, output); // a name that no file can hold: the entry stays as it is
+        (void)document.SetTextValue(section, key, output); // a name that no file can contain changes nothing
     return document.SaveToFile(file);
 }

@@ -20,7 +20,7 @@ namespace
 
 constexpr char kTableFile[] = "/phone/resource/kestrune.xml";
 
-/// Never released: static, so that the document stays in reach until the process ends.
+/// Never released; static, so that the document stays reachable until the process ends.
 TiXmlDocument* NewTableDocument()
 {
     static TiXmlDocument* document = nullptr;
@@ -34,7 +34,7 @@ bool IsDeviceLocked()
     return userIni.LoadFromFile(kUserIni) != 0 && userIni.GetIntValue("PhoneSetting", "EnLock", 0) != 0;
 }
 
-/// The first of the two attributes that is present, an empty one included.
+/// Reads the first of the two attributes that is present, even if it is empty.
 void ReadFirstPresent(const TiXmlElement& record, const char* name, const char* fallbackName, std::string& text)
 {
     const char* present = record.Attribute(name);
@@ -44,7 +44,7 @@ void ReadFirstPresent(const TiXmlElement& record, const char* name, const char* 
         text = present;
 }
 
-/// @return false when the destination does not load, which ends the pass
+/// @return false if the destination does not load, which ends the pass
 bool TranslateRecord(const TiXmlElement& record, bool bEncrypt)
 {
     std::string file;
@@ -57,14 +57,14 @@ bool TranslateRecord(const TiXmlElement& record, bool bEncrypt)
     std::fprintf(StandardOutput(), "Translate dst: %s %s %s value:%s bThisKeyEncrypt:%d\n", file.c_str(),
                  section.c_str(), key.c_str(), value.c_str(), bThisKeyEncrypt);
 
-    // Loaded afresh for every record, which so sees what the records before it have saved.
+    // Loaded again for every record, so that each record sees the results of earlier ones.
     iniFile destination;
     if (destination.LoadFromFile(file.c_str()) == 0) {
         std::fputs("Can's load user's inifile!\n", StandardOutput()); // the device's own spelling
         return false;
     }
     if (destination.SetTextValue(section, key, value) != 0)
-        (void)destination.SaveToFile(/*path=*/nullptr); // the next record is none the worse for it
+        (void)destination.SaveToFile(/*path=*/nullptr); // a failure does not affect the next record
     return true;
 }
 
@@ -109,7 +109,7 @@ void GetDstInfo(const TiXmlElement& record, std::string& file, std::string& sect
     ReadFirstPresent(record, "dstSec", "srcSec", section);
     ReadFirstPresent(record, "dstKey", "srcKey", key);
     if (!QueryXmlFlag(&record, "dstEncrypt", bThisKeyEncrypt))
-        (void)QueryXmlFlag(&record, "srcEncrypt", bThisKeyEncrypt); // else the flag stays
+        (void)QueryXmlFlag(&record, "srcEncrypt", bThisKeyEncrypt); // otherwise the flag is not changed
 }
 
 std::string GetSrcValue(const TiXmlElement& record, bool wantEnciphered)

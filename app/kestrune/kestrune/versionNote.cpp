@@ -1,15 +1,15 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// The program's version as a note of its ELF file, since the program itself has no option that could print it:
-// `readelf -n` shows it, and a stripped program keeps it.
+// The program's version as an ELF note, since the program has no option that prints it. `readelf -n` prints the note,
+// and stripping keeps it.
 
 #include <cstdint>
 
 namespace
 {
 
-/// The layout that ELF fixes: both texts with their final zero, each padded to four bytes.
+/// The layout that ELF defines: both texts with their final zero, each padded to four bytes.
 struct VersionNote {
     std::uint32_t nameSize;
     std::uint32_t versionSize;
@@ -20,7 +20,7 @@ struct VersionNote {
 
 constexpr std::uint32_t kVersionType = 1;
 
-// Nothing refers to it: "used" holds the compiler, and linkers never drop notes.
+// Nothing refers to it: "used" makes the compiler keep it, and linkers never drop notes.
 [[gnu::used, gnu::section(".note.kestrune")]] alignas(4) constexpr VersionNote kVersionNote = {
     sizeof("kestrune"), sizeof(KESTRUNE_VERSION), kVersionType, "kestrune", KESTRUNE_VERSION,
 };

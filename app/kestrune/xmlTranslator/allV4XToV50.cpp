@@ -13,7 +13,7 @@
 
 int AllV4XToV50()
 {
-    // A translator that fails does not keep the next one from its work.
+    // A failure in one translator does not stop the next.
     (void)ContactV4XToV50(kOldContacts, kNewContactList, kNewContactGroups);
     (void)DialPlanV4XToV50(kOldDialPlan, kNewDialPlan);
     (void)DialNowV4XToV50(kOldDialNow, kNewDialNow);

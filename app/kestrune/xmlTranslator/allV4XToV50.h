@@ -3,8 +3,8 @@
 
 #pragma once
 
-/// Runs all six translators on the device's files, in the driver's order. No mode calls it: the driver runs them one by
-/// one, under its own condition.
+/// Runs all six translators on the device's files, in the same order as the driver. No mode calls it: the driver runs
+/// them one by one, under its own condition.
 ///
 /// @return the result of the last one, the remote phone books
 int AllV4XToV50();

@@ -18,11 +18,11 @@ constexpr std::int32_t kAllGroup = 0;
 constexpr std::int32_t kBlackListGroup = 1;
 constexpr std::int32_t kFirstCustomGroup = 2;
 
-// Each limit is tested before another record is read, so one more than this is kept; "All" is among the groups.
+// Each limit is tested before a record is read, so one more than this is kept; "All" counts as a group.
 constexpr std::size_t kGroupLimit = 50;
 constexpr std::size_t kContactLimit = 1000;
 
-/// The folder for photos moved.
+/// The folder of the photos has moved.
 std::string NewPhotoPath(const std::string& oldPath)
 {
     constexpr std::string_view kOldFolder = "/rundata/";
@@ -31,7 +31,7 @@ std::string NewPhotoPath(const std::string& oldPath)
     return "/data/" + oldPath.substr(kOldFolder.size());
 }
 
-/// A custom group takes the next free id.
+/// A custom group gets the next free id.
 std::int32_t GroupIdOf(const std::string& groupName, std::int32_t& nextCustomId)
 {
     if (groupName.empty() || groupName == "Anonymous")
@@ -153,7 +153,7 @@ int GetV4XContactData(const char* oldPath, std::list<ContactRecord>& contacts, s
     TiXmlDocument document;
     std::string errorDesc;
     if (LoadDataFile(document, oldPath, &errorDesc) == 0) {
-        // The message has room for the path, and was only ever given the description.
+        // The device puts the description where the path should be.
         ETL_TraceHelper::etlTrace(ETL_TraceHelper::kTraceData, "Fail to load file [%s]. Error Desc [%s]",
                                   errorDesc.c_str(), "");
         return 0;

@@ -14,7 +14,7 @@ struct ContactRecord {
     std::string mobileNumber;
     std::string otherNumber;
     std::string photoPath;
-    std::int32_t groupId = 0; ///< id of the group in which the contact stood
+    std::int32_t groupId = 0; ///< id of the group that contained the contact
 };
 
 /// One group of contacts.
@@ -24,18 +24,18 @@ struct GroupRecord {
     bool isReadOnly = false;
 };
 
-/// Contacts: the groups with contacts inside become a flat contact list and a flat group list.
+/// Contacts: groups that contain contacts become a flat contact list and a flat group list.
 ///
 /// Reads:     `oldPath`
 /// Writes:    `newContactPath`, then `newGroupPath`
-/// Result:    1 when both were saved, else 0; 0 when a path is null
-/// Failures:  no, unreadable or empty contact data: nothing is written
+/// Result:    1 if both were saved, else 0; 0 if a path is null
+/// Failures:  if the contact data is missing, unreadable or empty, nothing is written
 /// Twice:     writes the same files again
 int ContactV4XToV50(const char* oldPath, const char* newContactPath, const char* newGroupPath);
 
 /// Reads at most 1001 contacts with a name, and 50 custom groups.
 ///
-/// @param contacts, groups  emptied when the file exists, then filled in document order; the group list begins with
+/// @param contacts, groups  cleared if the file exists, then filled in document order; the group list begins with
 ///                          "All" and ends with "Black List"
-/// @return 1 when the file was read; 0 when it is missing, does not load or has another root
+/// @return 1 if the file was read; 0 if it is missing, does not load or has another root
 int GetV4XContactData(const char* oldPath, std::list<ContactRecord>& contacts, std::list<GroupRecord>& groups);

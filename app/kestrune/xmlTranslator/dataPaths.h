@@ -3,7 +3,7 @@
 
 #pragma once
 
-/// The old XML data files and the new ones that the translators make of them. Some differ in letter case alone.
+/// The old XML data files and the new ones that the translators write. Some paths differ only in letter case.
 
 constexpr char kOldContacts[] = "/config/data/contactData.xml";
 constexpr char kNewContactList[] = "/config/data/contact_list.xml";

@@ -14,10 +14,10 @@
 namespace
 {
 
-/// A model's number is its place in the table; null marks the end.
+/// A model's number is its index in the table; null marks the end.
 constexpr const char* DoorPhoneModelTable[] = {"Mobotix", "2N", "Linkcom", "Custom", nullptr};
 
-constexpr int kUnknownModel = 0; // the first model's number as well
+constexpr int kUnknownModel = 0; // also the first model's number
 
 int FindModel(const char* name)
 {
@@ -28,8 +28,8 @@ int FindModel(const char* name)
     return kUnknownModel;
 }
 
-/// @return the text of the first child element of that name; null without the element or without a text at its
-///         beginning
+/// @return the text of the first child element of that name; null if there is no such element or its first node is not
+///         text
 const char* TextOf(const TiXmlElement& item, const char* name)
 {
     const TiXmlElement* element = item.FirstChildElement(name);

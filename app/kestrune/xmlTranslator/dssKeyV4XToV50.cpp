@@ -14,7 +14,7 @@ namespace
 {
 
 constexpr char kNoKeyType[] = "N/A";
-constexpr int kMostKeys = 18; // the device has no more; those of type "N/A" count as well
+constexpr int kMostKeys = 18; // the device has no more; those of type "N/A" count too
 
 std::string NewType(const std::string& oldType)
 {
@@ -39,7 +39,7 @@ DSSKeyRecord ReadKey(const TiXmlElement& item)
     return key;
 }
 
-/// @return false when there is no memory for an element
+/// @return false if there is no memory for an element
 bool AppendKey(TiXmlElement& root, const DSSKeyRecord& key)
 {
     TiXmlElement* item = AppendElement(root, "item");

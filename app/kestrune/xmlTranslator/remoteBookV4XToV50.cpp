@@ -24,7 +24,7 @@ int CountItems(const TiXmlElement& root)
     return count;
 }
 
-/// @return false when there is no memory for an element
+/// @return false if there is no memory for an element
 bool PadItems(TiXmlElement& root)
 {
     for (int count = CountItems(root); count < kFewestItems; ++count) {
