@@ -8,7 +8,7 @@
 #include <string_view>
 #include <sys/types.h>
 
-/// Descriptors, and what is read from and written to them. All are close-on-exec.
+/// Descriptors, and functions that read from and write to them. All are close-on-exec.
 
 /// Owns a descriptor and closes it.
 class Descriptor
@@ -26,26 +26,26 @@ private:
     int number_;
 };
 
-/// A look or a read that fails is made again until it has been tried this often.
+/// A failing lookup or read is tried this many times.
 constexpr int kMostTries = 3;
 
-/// Opens a file that is no link, without waiting for a pipe or a device.
+/// Opens a file that is not a link, without waiting for a pipe or a device.
 ///
 /// @return the descriptor; -1 on failure, with the reason in `errno` (ELOOP for a link)
 int OpenForReading(const char* path);
 
-/// Reads until the size is reached or the file ends before it.
+/// Reads until the size or the end of the file is reached.
 ///
-/// @return how many bytes were read; -1 on failure
+/// @return the number of bytes that were read; -1 on failure
 ssize_t ReadInto(int descriptor, char* bytes, std::size_t size);
 
-/// Writes all bytes, however many calls it takes.
+/// Writes all bytes, in as many calls as necessary.
 ///
-/// @return false when a write failed, with the reason in `errno`
+/// @return false if a write failed, with the reason in `errno`
 bool WriteAll(int descriptor, std::string_view bytes);
 
-/// @return the folder that holds the path's last name: "." for a bare name
+/// @return the folder that contains the path's last name: "." for a bare name
 std::string FolderOf(const std::string& path);
 
-/// Flushes a folder's entries to the device. A folder that cannot be flushed is left to the system.
+/// Flushes a folder's entries to the device. Failures are ignored: the system writes the folder later.
 void FlushFolder(const char* path);

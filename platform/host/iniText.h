@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-/// Reading and changing the text of a configuration file in place: the rules of the format, and nothing else.
+/// Reads and changes the text of a configuration file in place. Contains only the rules of the format.
 
 enum class IniLineKind {
     Section,
@@ -19,8 +19,8 @@ enum class IniLineKind {
 /// One line, as positions in the text.
 struct IniLine {
     IniLineKind kind;
-    std::size_t contentEnd; ///< where its line end, if it has one, begins
-    std::size_t end;        ///< where the next line begins
+    std::size_t contentEnd; ///< the beginning of its line end, if it has one
+    std::size_t end;        ///< the beginning of the next line
     std::string_view name;  ///< of the section or key
     std::string_view value; ///< of the key
 };
@@ -29,13 +29,13 @@ struct IniLine {
 ///               section line, where it does not count.
 IniLine ReadIniLine(std::string_view text, std::size_t begin);
 
-/// @return where the first line begins: behind a UTF-8 byte order mark, if the text has one
+/// @return the beginning of the first line: after a UTF-8 byte order mark, if the text has one
 std::size_t FirstIniLine(std::string_view text);
 
-/// @return the value of the first key of that name in the first section of that name that has it; refers to `text`
+/// @return the value of the first key of that name in the first section of that name that contains it; refers to `text`
 std::optional<std::string_view> FindIniValue(std::string_view text, std::string_view section, std::string_view key);
 
-/// Sets a key, adding the key and the section when they are absent.
+/// Sets a key; adds the key and the section if they are absent.
 ///
-/// @return false, and the text is as it was, for what the format cannot hold
+/// @return false, with the text unchanged, if the format cannot contain the key or value
 bool SetIniValue(std::string& text, std::string_view section, std::string_view key, std::string_view value);

@@ -7,15 +7,15 @@
 #include <optional>
 #include <string>
 
-/// The password cipher with the key of any file, for programs that look at a phone's files from outside;
-/// `pw_data_encrypt` and `pw_data_decrypt` are this with the device's.
+/// The password cipher with the key of any file, for programs that examine a phone's files from outside.
+/// `pw_data_encrypt` and `pw_data_decrypt` call this with the device's key.
 class KeyedCipher
 {
 public:
-    /// Called once with what is wrong with a key that is used nevertheless.
+    /// Called once with the problem of a key that is used nevertheless.
     using Warn = void (*)(const std::string& text);
 
-    /// @param keyFile  kept by address; read at the first text that needs the key, and only then
+    /// @param keyFile  not copied; read when the first text needs the key
     explicit KeyedCipher(const char* keyFile, Warn warn = nullptr) : keyFile_(keyFile), warn_(warn) {}
     KeyedCipher(const KeyedCipher&) = delete;
     KeyedCipher& operator=(const KeyedCipher&) = delete;
@@ -35,6 +35,6 @@ private:
 
     const char* keyFile_;
     Warn warn_;
-    // Made once: the key never changes while a program runs, and every value of the table pass asks for it.
+    // Read once: the key never changes while a program runs, and every value of the table pass needs it.
     mutable std::optional<KeySchedule> key_;
 };

@@ -11,25 +11,25 @@
 /// One configuration entry that the device keeps enciphered.
 struct CIniConfigInfo {
     std::string name;        ///< not read by this program
-    std::string defaultText; ///< stands for an absent key
+    std::string defaultText; ///< value of an absent key
     std::string filePath;    ///< ignored when `perAccount` is set
     std::string section;
     std::string key;
-    bool perAccount = false; ///< the entry lives in every account file instead of `filePath`
-    bool active = true;      ///< clear: to be skipped
+    bool perAccount = false; ///< the entry is in every account file instead of `filePath`
+    bool active = true;      ///< false: to be skipped
 };
 
 /// The device's list of enciphered entries (docs/encryptconfig.md).
 class CConfigMapper
 {
 public:
-    /// @param path  the list's file; kept by address, so a literal or at least alive as long as the mapper
+    /// @param path  the list's file; not copied, so it must live as long as the mapper
     explicit CConfigMapper(const char* path = "/phone/resource/encryptconfig.xml") : path_(path) {}
 
-    /// Fills the list in the file's order.
+    /// Fills the list in file order.
     ///
-    /// @param entries  gets pointers to records that this mapper owns
-    /// @return non-zero on success; 0, and the list stays as it was, when the file is missing or does not load
+    /// @param entries  receives pointers to records that this mapper owns
+    /// @return non-zero on success; 0 if the file is missing or does not load; the list is then unchanged
     int GetAllEncryptConfig(std::list<CIniConfigInfo*>& entries);
 
 private:

@@ -6,20 +6,20 @@
 #include <string>
 #include <vector>
 
-/// Files that the device's own copy command makes in a run. It is neither atomic nor flushed: what a run that was cut has
-/// left of its copies, the next one removes.
+/// Files that the device's own copy command creates in a run. The command is neither atomic nor flushed: the next run
+/// removes the copies of an interrupted one.
 
 struct ForeignCopy {
-    std::string path;       ///< the file that the command makes
+    std::string path;       ///< the file that the command creates
     std::string sourcePath; ///< the file that it copies
 };
 
-/// To be called before the first copy. In a run (runCommit.h), notes the files durably in "/config/kestrune-certificates";
-/// the commit removes the note. Outside of one, nothing happens.
+/// Call before the first copy. In a run (runCommit.h), writes the file names durably to
+/// "/config/kestrune-certificates"; the commit removes this note. Outside of a run, does nothing.
 ///
-/// @param copies  one that cannot be made, or whose path something has already, is passed over
+/// @param copies  a copy that cannot be made, or whose path already exists, is skipped
 void NoteForeignCopies(const std::vector<ForeignCopy>& copies);
 
-/// To be called after a copy. Removes one that is not as long as its source. In a run the commit flushes the copy and its
-/// folder; outside of one they are flushed at once.
+/// Call after a copy. Removes a copy that is not as long as its source. In a run the commit flushes the copy and its
+/// folder; outside of a run they are flushed at once.
 void EndForeignCopy(const ForeignCopy& copy);

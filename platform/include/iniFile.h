@@ -10,11 +10,11 @@
 #include "iniObject.h"
 #include "phraseConstTextA.h"
 
-/// The text of one configuration file and what can be read from and changed in it.
+/// The text of one configuration file, with operations that read and change its keys.
 ///
-/// The text is kept byte for byte; a change touches the bytes of its value alone (docs/configuration-files.md has the
-/// rules of the format). Names are compared byte for byte. Where a section or key stands more than once, an operation
-/// goes to the first key of that name in the first section of that name that has it.
+/// The text is kept byte for byte; a change affects only the bytes of its value (docs/configuration-files.md has the
+/// rules of the format). Names are compared byte for byte. If a section or key occurs more than once, an operation uses
+/// the first key of that name in the first section of that name that contains it.
 class iniDocument
 {
 public:
@@ -22,29 +22,29 @@ public:
     iniDocument(const iniDocument&) = delete;
     iniDocument& operator=(const iniDocument&) = delete;
 
-    /// @return the value; the default when the section or the key is absent
+    /// @return the value; the default if the section or the key is absent
     std::string GetTextValue(const phraseConstTextA& section, const phraseConstTextA& key,
                              const phraseConstTextA& defaultText) const;
 
-    /// @return the value as `ParseInt32` reads it (0 when it is no number); the default when the section or the key is
+    /// @return the value as `ParseInt32` reads it (0 if it is not a number); the default if the section or the key is
     ///         absent
     int GetIntValue(const phraseConstTextA& section, const phraseConstTextA& key, int defaultValue) const;
 
-    /// Sets a key, making the section and the key when they are absent. Objects of the document's chain die with it.
+    /// Sets a key; creates the section and the key if they are absent. Invalidates the objects of the document's chain.
     ///
-    /// @return non-zero on success. 0, and nothing is changed, for what a file cannot hold: an empty name; a section
-    ///         name with "]", CR, LF or NUL; a key name with "=", CR, LF, NUL or blanks at its ends, or that starts
-    ///         with "[", ";" or "#"; a value with CR, LF or NUL
+    /// @return non-zero on success. 0, without a change, for text that a file cannot contain: an empty name; a section
+    ///         name with "]", CR, LF or NUL; a key name with "=", CR, LF, NUL or leading or trailing blanks, or that
+    ///         starts with "[", ";" or "#"; a value with CR, LF or NUL
     int SetTextValue(const phraseConstTextA& section, const phraseConstTextA& key, const phraseConstTextA& text);
 
     /// @return head of the chain of the document's sections, in file order; see `iniSection::objects` for their keys.
-    ///         The chain is the document's and lives until the next load or `SetTextValue`.
+    ///         The document owns the chain, which is valid until the next load or `SetTextValue`.
     pointer_chain_pNext* objects();
 
 protected:
     ~iniDocument() = default;
 
-    /// The whole text, with the changes made through keys in it.
+    /// The whole text, including changes made through keys.
     const std::string& Text() const;
     void Assign(std::string&& text);
 
@@ -52,7 +52,7 @@ private:
     void ApplyKeyChanges() const;
     void DropObjects() const;
 
-    // Keys hold their changes until somebody needs the text: one pass over the document then brings all of them in.
+    // Keys keep their changes until the text is needed: one pass over the document then applies all of them.
     mutable std::string text_;
     mutable pointer_chain_pNext head_;
     mutable std::vector<std::unique_ptr<iniSection>> sections_;
@@ -65,22 +65,21 @@ class iniFile : public iniDocument
 public:
     /// An empty document.
     ///
-    /// @param path  what `SaveToFile` without a path writes as long as nothing was loaded; may be null
+    /// @param path  the destination of `SaveToFile` without a path until a file is loaded; may be null
     explicit iniFile(const char* path = nullptr);
     ~iniFile() = default;
 
-    /// Replaces what the document holds by the file's content.
+    /// Replaces the content of the document with that of the file.
     ///
     /// @return non-zero on success; 0 for a null or empty path and a file that is missing, unreadable or not a regular
-    ///         file. The document is empty then. After a file that is there but could not be read nothing is saved
-    ///         before the next load: an empty document must not take the place of a configuration that merely could not
-    ///         be read.
+    ///         file. The document is then empty. If the file exists but could not be read, every save fails until the
+    ///         next load: an empty document must not replace a configuration that could not be read.
     int LoadFromFile(const char* path);
 
     /// Writes the whole document by `ReplaceFile`.
     ///
-    /// @param path  destination; null for the file last loaded, and a failure when that load failed
-    /// @return non-zero on success; on 0 the destination is as it was
+    /// @param path  destination; null for the file last loaded, which fails if that load failed
+    /// @return non-zero on success; on 0 the destination is unchanged
     int SaveToFile(const char* path);
 
 private:

@@ -11,8 +11,8 @@
 
 #include "phraseConstTextA.h"
 
-/// Node of a circular chain. The head is a bare node; a walk starts at `head.get_pNext()` and ends when it is back at
-/// the head.
+/// Node of a circular chain. The head is a bare node; an iteration starts at `head.get_pNext()` and ends when it
+/// reaches the head again.
 class pointer_chain_pNext
 {
 public:
@@ -23,21 +23,21 @@ public:
     /// @return the next node; the chain's head after the last one
     pointer_chain_pNext* get_pNext() const { return next_; }
 
-    /// Puts a node right behind this one. The chain does not own it.
+    /// Inserts a node right after this one. The chain does not own it.
     void InsertNext(pointer_chain_pNext& node)
     {
         node.next_ = next_;
         next_ = &node;
     }
 
-    /// Makes this node an empty chain's head; the nodes of its old chain are the owner's to release.
+    /// Makes this node the head of an empty chain; the owner must release the nodes of the old chain.
     void Unlink() { next_ = this; }
 
 private:
     pointer_chain_pNext* next_ = this;
 };
 
-/// One object of a loaded configuration file, in the file's order.
+/// One object of a loaded configuration file, in file order.
 class iniObject : public pointer_chain_pNext
 {
 public:
@@ -50,7 +50,7 @@ public:
     virtual int type() const = 0;
 };
 
-/// One key line of a section. Owned by the document; dies with the next load or `SetTextValue` of its document.
+/// One key line of a section. Owned by the document; valid until the next load or `SetTextValue` of the document.
 class iniKey : public iniObject
 {
 public:
@@ -60,12 +60,12 @@ public:
 
     int type() const override { return kKey; }
 
-    /// @return the value as stored, an empty one included. The default is the device's; a key of a file always has a
-    ///         value.
+    /// @return the value as stored, which may be empty. The device's interface has the default; a key of a file always
+    ///         has a value.
     std::string GetValue(const phraseConstTextA& defaultText) const;
 
-    /// Replaces the value in the document; the file follows with the document's next save. A text with a line feed,
-    /// which no line can hold, is refused without a word.
+    /// Replaces the value in the document; the next save of the document changes the file. A text with a line feed,
+    /// which no line can contain, is silently refused.
     void SetValue(const phraseConstTextA& text);
 
 private:
@@ -73,10 +73,10 @@ private:
 
     std::string value_;
     std::size_t begin_;
-    std::size_t size_; ///< of the value that the document's text holds
+    std::size_t size_; ///< of the value in the document's text
 };
 
-/// One section: from its line to the next section line or the end of the file. Owned by the document, as its keys are.
+/// One section: from its line to the next section line or the end of the file. The document owns it and its keys.
 class iniSection : public iniObject
 {
 public:

@@ -5,8 +5,8 @@
 
 #include <cstdint>
 
-/// The nearest value of the signed 32-bit range. Arithmetic on numbers from files is done in 64 bits and brought back
-/// by this, so that it neither overflows nor differs between machines.
+/// The nearest value of the signed 32-bit range. Arithmetic on numbers from files is done in 64 bits and converted back
+/// by this function, so that it neither overflows nor differs between machines.
 std::int32_t ClampToInt32(std::int64_t value);
 
 /// Reads a number as `strtol` does in base 10: leading white space and one sign are accepted, the first character that

@@ -6,8 +6,8 @@
 #include <string>
 #include <string_view>
 
-/// Read-only text argument of the document and key operations. It refers to the caller's characters and outlives no
-/// call.
+/// Read-only text argument of the document and key operations. It refers to the caller's characters and must not
+/// outlive the call.
 class phraseConstTextA
 {
 public:

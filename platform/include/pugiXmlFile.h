@@ -8,8 +8,7 @@ namespace pugi
 class xml_document;
 }
 
-/// Loads an XML file as pugixml's own `load_file` does, from regular files only and with the limits that `LoadXmlFile`
-/// has.
+/// Loads an XML file as pugixml's own `load_file` does, but only regular files, and with the limits of `LoadXmlFile`.
 ///
 /// @param document  replaced; empty after a failure
 /// @param options   pugixml's parse options
@@ -18,7 +17,7 @@ int LoadPugiXmlFile(pugi::xml_document& document, const char* path, unsigned int
 
 /// Saves the bytes that pugixml's own `save_file` writes, by `ReplaceFile`.
 ///
-/// @param indent  text that stands before an element once for each level
+/// @param indent  text that is written before an element once for each level
 /// @param flags   pugixml's format flags
-/// @return 1 on success; 0 when the file cannot be replaced, which then is as it was
+/// @return 1 on success; 0 if the file cannot be replaced; it is then unchanged
 int SavePugiXmlFile(const pugi::xml_document& document, const char* path, const char* indent, unsigned int flags);

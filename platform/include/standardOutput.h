@@ -5,8 +5,8 @@
 
 #include <cstdio>
 
-/// Standard output for progress reports. A stalled reader is waited for, ten seconds in all for standard output
-/// and standard error together; what finds no room after that is dropped.
+/// Standard output for progress reports. Waits for a stalled reader, at most ten seconds in all for standard output and
+/// standard error together; reports that do not fit after that are dropped.
 ///
 /// @return a buffered stream, which is flushed at the end of the process; owned by the platform
 std::FILE* StandardOutput();

@@ -5,8 +5,8 @@
 
 #include <cstddef>
 
-/// The device's tracking allocation: `new (file, line) T`. Gives a null pointer when there is no memory, so the
-/// expression does too. The memory is released by the ordinary `delete`.
+/// The device's tracking allocation: `new (file, line) T`. Returns null if there is no memory, and so does the
+/// expression. The memory is released by the ordinary `delete`.
 ///
 /// @param size  bytes
 /// @param file  folder of the allocating source, for the device's allocation tracker (the bundled platform keeps no
@@ -14,5 +14,5 @@
 /// @param line  line of the allocating source
 void* operator new(std::size_t size, const char* file, int line) noexcept;
 
-/// Releases the memory when a constructor throws.
+/// Releases the memory if a constructor throws.
 void operator delete(void* memory, const char* file, int line) noexcept;

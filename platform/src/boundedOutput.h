@@ -5,6 +5,6 @@
 
 #include <string_view>
 
-/// Writes to a descriptor whose reader may be stalled: waits for it, ten seconds in all calls of the process together, and
-/// drops what finds no room after that. Failures are ignored.
+/// Writes to a descriptor whose reader may be stalled: waits at most ten seconds in all calls of the process together,
+/// and drops bytes that do not fit after that. Failures are ignored.
 void WriteWithinBounds(int descriptor, std::string_view bytes);

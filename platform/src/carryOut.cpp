@@ -38,7 +38,7 @@ int Rename(const RecordedChange& change, CarryingOut turn)
     if (std::rename(temporary.c_str(), change.path.c_str()) == 0)
         return 0;
     const int error = errno;
-    if (change.kind != ChangeKind::Marker) // which the next run tries again
+    if (change.kind != ChangeKind::Marker) // the next run tries the marker again
         (void)unlink(temporary.c_str());
     return error;
 }
@@ -102,7 +102,7 @@ bool ChangeMarker(const CommitRecord& record, CarryingOut turn)
     return error == 0;
 }
 
-/// A run that was killed may have left its record unflushed; without it, a cut from now on would leave half a run.
+/// A killed run may have left its record unflushed; if a power cut then loses the record, half a run remains.
 void FlushRecord()
 {
     {
@@ -132,6 +132,6 @@ void ReportFailure(const std::string& path, int error)
     try {
         WriteToSystemLog(kSystemLogWarning, "cannot save " + path + ": " + std::strerror(error));
     } catch (...) {
-        // No memory for the report: the commit goes on.
+        // No memory for the report: the commit continues.
     }
 }

@@ -11,7 +11,7 @@
 namespace
 {
 
-/// Stands in on developers' machines and phones that were given no key of their own. It protects nothing.
+/// Used on developers' machines and on phones without a key of their own. It protects nothing.
 CipherKey DevelopmentKey()
 {
     CipherKey key = {};

@@ -13,8 +13,8 @@ using CipherKey = std::array<std::uint8_t, kCipherKeySize>;
 
 /// Reads the key file: 128 hexadecimal digits, white space ignored.
 ///
-/// @param key  gets the key; the fixed development key when the file is missing; as it was on failure
-/// @param warning  gets what is wrong with a key that is used all the same: the file is missing, or others may write it; as
-///                 it was otherwise; may be null
-/// @return false when the file is there but malformed or unreadable
+/// @param key  receives the key; the fixed development key if the file is missing; unchanged on failure
+/// @param warning  receives the problem of a key that is used all the same: the file is missing, or other users may
+///                 write to it; unchanged otherwise; may be null
+/// @return false if the file exists but is malformed or unreadable
 bool LoadCipherKey(const char* path, CipherKey& key, std::string* warning = nullptr);

@@ -25,7 +25,7 @@
 namespace
 {
 
-/// Sees which file a staged one takes the place of.
+/// Finds the file that a staged one replaces.
 ///
 /// @return 0; otherwise the error number
 int FindOrigin(const StagedFile& staged, FileOrigin& origin)
@@ -65,9 +65,9 @@ int RemoveNow(const StagedFile& staged)
     return 0;
 }
 
-/// Marks what ends as it began.
+/// Marks the files that end unchanged.
 ///
-/// @return whether anything else is left
+/// @return whether there are other files
 bool FindChanges()
 {
     bool isAnyLeft = false;
@@ -102,13 +102,14 @@ bool IsForWantOfRoom(int error)
 FileOrigin OriginOfMarker()
 {
     FileOrigin origin;
-    origin.replaced = kUpgradeMarker; // one that has gone fails: another program has removed it
+    origin.replaced = kUpgradeMarker; // a missing marker makes the write fail: another program has removed it
     return origin;
 }
 
-/// The new content of every changed file, flushed under its temporary name. A file that fails does not affect the others.
+/// Writes and flushes the new content of every changed file under its temporary name. A failure does not affect the
+/// others.
 ///
-/// @return false when there is no room for all of them, or the marker's is not to be had
+/// @return false if there is no space for all of them, or the marker's could not be written
 bool WriteTemporaries(const RunToCommit& run, std::list<TemporaryFile>& temporaries)
 {
     for (StagedFile& staged : StagedFiles()) {
@@ -132,7 +133,7 @@ RecordedChange RemovalOf(const StagedFile& removed)
     if (lstat(removed.path.c_str(), &status) == 0 && !S_ISREG(status.st_mode))
         change.kind = ChangeKind::RemoveOther;
     else
-        (void)SumOfFile(removed.path.c_str(), change.content); // one that cannot be read is removed now or not at all
+        (void)SumOfFile(removed.path.c_str(), change.content); // if it cannot be read, only this run can remove it
     if (removed.copy != nullptr && removed.copy->state == StagedState::Saved)
         change.waitsForCopy = removed.copy->path;
     return change;
@@ -153,8 +154,8 @@ CommitRecord MakeRecord(const RunToCommit& run)
     return record;
 }
 
-/// The file that this run has moved to the staged one's path, as a copy and a removal; null when it is none that a rename
-/// can move.
+/// The file that this run has moved to the staged one's path, as a copy and a removal; null if there is none that a
+/// rename can move.
 StagedFile* FindMoved(const StagedFile& copy)
 {
     for (StagedFile& staged : StagedFiles()) {
@@ -165,7 +166,7 @@ StagedFile* FindMoved(const StagedFile& copy)
     return nullptr;
 }
 
-/// A rename needs no room: a moved account is never lost for want of it.
+/// A rename needs no space, so a moved account is never lost on a full disk.
 bool Move(StagedFile& moved, const StagedFile& copy)
 {
     if (std::rename(moved.path.c_str(), copy.path.c_str()) != 0)
@@ -177,9 +178,10 @@ bool Move(StagedFile& moved, const StagedFile& copy)
     return true;
 }
 
-/// Each file whole, in the order of the first saves. The marker comes first: at most once rather than twice.
+/// Replaces one file after the other, in the order of the first saves. The marker comes first, so that no mode runs
+/// twice.
 ///
-/// @return false when the marker could not be changed, and nothing else has been
+/// @return false if the marker could not be changed; then nothing else has been changed
 bool CommitOneByOne(const RunToCommit& run)
 {
     if (run.isOfUpgrade) {
@@ -217,9 +219,9 @@ void FlushFoldersOfTemporaries(const RunToCommit& run)
         flush.Add(kUpgradeMarker);
 }
 
-/// All changes as one: from the moment when the record is on the device they count, and the next run finishes them.
+/// Makes all changes as one step: as soon as the record is on the device, the next run finishes them.
 ///
-/// @return false when nothing has changed, since there is no room for that
+/// @return false if there is no space for that; then nothing has changed
 bool CommitTogether(const RunToCommit& run)
 {
     std::list<TemporaryFile> temporaries;
@@ -249,8 +251,8 @@ void CommitStaged(const RunToCommit& run)
 {
     const bool hasChanges = FindChanges() || run.isOfUpgrade;
     if (hasChanges && !CommitTogether(run) && !CommitOneByOne(run))
-        return; // a note of copies stays, and the next run takes them back
+        return; // the note of copies stays, and the next run removes them
     if (HasNoteOfCopies())
-        (void)RemoveNoteOfCopies(); // one that stays takes the copies with it in the next run, which makes them again
+        (void)RemoveNoteOfCopies(); // if the note stays, the next run removes the copies and makes them again
     TouchTheOthers();
 }

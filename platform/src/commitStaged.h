@@ -9,13 +9,14 @@
 struct RunToCommit {
     std::string mode;         ///< its word
     bool isOfUpgrade = false; ///< whether the marker lists it
-    std::string laterWords;   ///< what the marker is to list afterwards
+    std::string laterWords;   ///< the content of the marker afterwards
 };
 
-/// Brings what was staged to the device: all changes as one, with a record that the next run finishes; one after the other,
-/// each whole, when there is no room for all at once. Files that end as they began get another modification time only. What
-/// fails does not affect the others, and is reported to the system log.
+/// Writes the staged changes to the device: all as one step, with a record that the next run finishes; or one after the
+/// other, each whole, if there is no space for all at once. Files that end unchanged only get a new modification time.
+/// A failure does not affect the other files, and is reported to the system log.
 ///
-/// A single change has a record too: without it, a run that was killed before it flushed the folder would leave a name that
-/// a file system without a journal may give to another file's bytes, and one that renames in two writes a second name.
+/// A single change has a record too: without it, a run that was killed before it flushed the folder would leave a name
+/// that a file system without a journal may assign to another file's bytes, or, if the file system renames in two
+/// writes, a second name.
 void CommitStaged(const RunToCommit& run);

@@ -18,7 +18,7 @@ std::unique_ptr<CIniConfigInfo> ReadRecord(const TiXmlElement& element)
     record->filePath = TinyXml_GetStringAttr(&element, "file", "");
     record->section = TinyXml_GetStringAttr(&element, "section", "");
     record->key = TinyXml_GetStringAttr(&element, "key", "");
-    // A text that is no boolean leaves the flag as it is made.
+    // A text that is not a boolean leaves the flag at its default.
     (void)QueryXmlFlag(&element, "perAccount", record->perAccount);
     (void)QueryXmlFlag(&element, "active", record->active);
     return record;

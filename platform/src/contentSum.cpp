@@ -17,14 +17,14 @@ constexpr std::size_t kPieceSize = 4096; // on the stack, which may be small
 
 enum class Reading {
     Done,
-    Ended, ///< no regular file, or one that was not wanted any more
+    Ended, ///< not a regular file, or one that is not wanted
     Failed,
 };
 
-/// Takes a regular file piece by piece.
+/// Reads a regular file piece by piece.
 ///
-/// @param isWanted  is given the file's length; false ends the reading before it begins
-/// @param take      is given each piece; false ends the reading
+/// @param isWanted  receives the file's length; returning false ends the reading before it begins
+/// @param take      receives each piece; returning false ends the reading
 template <typename IsWanted, typename Take>
 Reading ReadPieces(const char* path, IsWanted isWanted, Take take)
 {
@@ -49,7 +49,7 @@ Reading ReadPieces(const char* path, IsWanted isWanted, Take take)
     }
 }
 
-/// A reading that fails is tried again twice, each time from the beginning.
+/// A failed read is tried again twice, each time from the beginning.
 template <typename ReadOnce>
 bool IsRead(ReadOnce readOnce)
 {

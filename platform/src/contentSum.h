@@ -7,25 +7,25 @@
 #include <string>
 #include <string_view>
 
-/// What a file holds, by length and SHA-256 (FIPS 180-4), and whether a file on the device holds it. All of this is past
-/// the stage, and follows no link.
+/// The content of a file, by length and SHA-256 (FIPS 180-4), and whether a file on the device has it. These functions
+/// ignore staged changes and follow no link.
 
 struct ContentSum {
     std::uint64_t length = 0; ///< bytes
     std::string sha256;       ///< 64 hexadecimal digits, lower case; empty for a file that is too large to be read
 };
 
-/// No run makes a larger file. One that is to be removed is known by its length.
+/// No run writes a larger file. A larger file that is to be removed is identified by its length.
 constexpr std::uint64_t kLargestContent = std::uint64_t{16} << 20;
 
 ContentSum SumOf(std::string_view bytes);
 
-/// @param sum  gets the sum of a regular file; of no meaning otherwise
-/// @return false when the path is no regular file or cannot be read
+/// @param sum  receives the sum of a regular file; meaningless otherwise
+/// @return false if the path is not a regular file or cannot be read
 bool SumOfFile(const char* path, ContentSum& sum);
 
 /// @return whether the path is a regular file with that content
 bool HoldsContent(const char* path, const ContentSum& content);
 
-/// @return whether the path is a regular file with these bytes; compares as it reads, and needs no memory
+/// @return whether the path is a regular file with these bytes; compares while reading, and allocates no memory
 bool HoldsBytes(const char* path, std::string_view bytes);

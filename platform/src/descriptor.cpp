@@ -11,7 +11,7 @@ namespace
 {
 
 constexpr int kMostInterruptions =
-    8; // no signal of ours interrupts a call, so a call that fails this often fails for good
+    8; // the program has no signal handlers, so a call that fails this often will not succeed
 
 bool IsInterrupted(int& interruptions)
 {

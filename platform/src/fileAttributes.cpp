@@ -23,14 +23,14 @@ bool IsUnknownHere(int error)
     return error == ENOTSUP || error == ENODATA || error == ENOSYS;
 }
 
-/// Without certainty a file counts as one that has an access list.
+/// If in doubt, a file counts as one that has an access list.
 bool HasAccessList(const std::string& path)
 {
     return getxattr(path.c_str(), kAccessList, nullptr, 0) >= 0 || !IsUnknownHere(errno);
 }
 
-/// The bits that everybody may have of a file that is made of this one. Where an access list decides, the group's bits are
-/// its mask, and others may be named in it.
+/// The permission bits that a file made from this one may have. If the file has an access list, the group's bits are
+/// its mask, and the list may name other users.
 mode_t BitsToShow(const std::string& path, const struct stat& status)
 {
     const mode_t bits = status.st_mode & kPermissionBits;
@@ -47,9 +47,9 @@ bool CopyAttribute(const std::string& from, const char* name, int to)
     return read >= 0 && fsetxattr(to, name, value.data(), static_cast<std::size_t>(read), 0) == 0;
 }
 
-/// Also takes away the access list that the folder has given the new file, when the other one has none.
+/// Also removes an access list that the new file got from its folder, if the other file has none.
 ///
-/// @return false when the access list could not be kept; others than that are kept as far as they can
+/// @return false if the access list could not be kept; other attributes are kept as far as possible
 bool CopyExtendedAttributes(const std::string& from, int to)
 {
     const ssize_t size = listxattr(from.c_str(), nullptr, 0);
@@ -70,7 +70,7 @@ bool CopyExtendedAttributes(const std::string& from, int to)
     return hasAccessList || fremovexattr(to, kAccessList) == 0 || IsUnknownHere(errno);
 }
 
-/// The bits that add no reader when users count as group or as others who did not before.
+/// The bits that add no reader if users become members of "group" or "others" who were not before.
 mode_t CommonBits(mode_t mode)
 {
     const mode_t common = (mode >> 3) & mode & S_IRWXO;
@@ -78,7 +78,7 @@ mode_t CommonBits(mode_t mode)
 }
 
 /// @param path  the file that has this owner
-/// @param mode  the bits to come, which become fewer when the owner or group may not be given
+/// @param mode  the future bits; reduced if the owner or group cannot be set
 /// @return 0; otherwise the error number
 int GiveOwner(int file, const std::string& path, const struct stat& like, mode_t& mode)
 {
@@ -89,17 +89,17 @@ int GiveOwner(int file, const std::string& path, const struct stat& like, mode_t
         return 0;
     if (errno != EPERM)
         return errno;
-    // Whom an access list shuts out may count as one of the others now.
+    // A user whom an access list excludes may count as one of the others now.
     mode = HasAccessList(path) ? mode & ~kGroupAndOthers : CommonBits(mode);
     return 0;
 }
 
-/// Where the new file's owner, group and bits come from.
+/// The source of the new file's owner, group and bits.
 struct Model {
-    const std::string* path; ///< null for a new file that is made of nothing
+    const std::string* path; ///< null for a new file without a source
     struct stat status;
     mode_t mode;
-    bool isKeptWhole; ///< its access list and extended attributes as well
+    bool isKeptWhole; ///< including its access list and extended attributes
 };
 
 /// @return 0; otherwise the error number
@@ -146,7 +146,7 @@ int GiveAttributes(int file, const FileOrigin& origin)
     if (const int error = FindModel(origin, model))
         return error;
     if (model.path != nullptr) {
-        // Before the bits: a change of owner clears some of them.
+        // Before the bits, since a change of owner clears some of them.
         if (const int error = GiveOwner(file, *model.path, model.status, model.mode))
             return error;
         const bool isKept = model.isKeptWhole ? CopyExtendedAttributes(*model.path, file)

@@ -12,30 +12,30 @@ mode_t ModeOfNewFile(mode_t newFileMode);
 
 enum class MadeOf {
     Nothing,
-    ACopy,  ///< of the source's bytes
-    Another ///< out of what the source holds, as a translation is
+    ACopy,  ///< a copy of the source's bytes
+    Another ///< converted from the source, such as a translation
 };
 
-/// What a file that takes a name is made of, and what it replaces.
+/// The source of a new file, and the file that it replaces.
 struct FileOrigin {
-    std::string replaced;            ///< the regular file whose place it takes; empty for a new file
-    std::string source;              ///< the file that it is made of; empty, or missing, when there is none
-    MadeOf madeOf = MadeOf::Nothing; ///< how
+    std::string replaced;            ///< the regular file that it replaces; empty for a new file
+    std::string source;              ///< the file that it is made from; empty, or missing, if there is none
+    MadeOf madeOf = MadeOf::Nothing; ///< how it is made from the source
     mode_t newFileMode = 0;          ///< permission bits of a new file that has no source; may be `kModeLessUmask`
 };
 
-/// Gives an open file the owner, group and permission bits that keep anybody from reading more than before.
+/// Sets the owner, group and permission bits of an open file so that no user can read more than before.
 ///
 /// | file                     | gets                                                                                       |
 /// | ------------------------ | ------------------------------------------------------------------------------------------ |
-/// | takes a file's place     | that one's owner, group, bits, access list and extended attributes                         |
-/// | the same, and is a copy  | of the bits only what the source has as well                                               |
-/// | new, a copy              | everything of the source's                                                                 |
-/// | new, made out of another | the source's owner and group; of the bits of a new file only what the source has as well   |
+/// | replaces a file          | that file's owner, group, bits, access list and extended attributes                        |
+/// | the same, and is a copy  | of the bits only those that the source also has                                            |
+/// | new, a copy              | all attributes of the source                                                               |
+/// | new, made from another   | the source's owner and group; of a new file's bits only those that the source also has     |
 /// | new                      | `newFileMode`                                                                              |
 ///
-/// An access list that cannot be kept leaves the file to its owner. An owner or group that we may not give leaves group and
-/// others what both had.
+/// If an access list cannot be kept, only the owner has access. If the owner or group cannot be set, group and others
+/// get the access that both had.
 ///
 /// @return 0; otherwise the error number of the call that failed
 int GiveAttributes(int file, const FileOrigin& origin);

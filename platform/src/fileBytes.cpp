@@ -15,11 +15,10 @@
 namespace
 {
 
-constexpr int kMostLinks = 40; // as many as the kernel follows
+constexpr int kMostLinks = 40; // the kernel's limit
 constexpr std::size_t kRoomForChanges = 512;
 
-/// Reads the file into a text that has room for a changed value, so that a change need not move the text elsewhere: that
-/// took as long as reading did.
+/// Reads the file into a text with room for a changed value: moving the text would take as long as reading it.
 bool ReadAll(int descriptor, std::size_t size, std::string& bytes)
 {
     ssize_t count = 0;
@@ -28,7 +27,7 @@ bool ReadAll(int descriptor, std::size_t size, std::string& bytes)
         return count < 0 ? std::size_t{0} : static_cast<std::size_t>(count);
     };
 #ifdef __cpp_lib_string_resize_and_overwrite
-    // Zeroing the room first would take a third of the time that reading takes.
+    // Avoids zeroing the buffer, which takes a third of the time of reading.
     bytes.resize_and_overwrite(size + kRoomForChanges, fill);
 #else
     bytes.resize(size + kRoomForChanges);
@@ -42,7 +41,7 @@ bool IsMissing(int error)
     return error == ENOENT || error == ENOTDIR;
 }
 
-/// Looks at a name. A failure that is no answer is tried again.
+/// Looks up a name. Tries again on any error other than a missing file.
 ///
 /// @param look  `stat` or `lstat`
 /// @return 0; otherwise the error number
@@ -62,8 +61,8 @@ int LookAt(Look look, const std::string& path, struct stat& status)
 
 enum class Trust {
     Ours,
-    Foreign, ///< somebody else may have put it into the folder
-    Unknown, ///< the folder cannot be looked at
+    Foreign, ///< another user may have put it into the folder
+    Unknown, ///< the folder cannot be examined
 };
 
 Trust TrustIn(const std::string& path, const struct stat& found)
@@ -123,7 +122,7 @@ Attempt ReadOnce(const std::string& path, std::string& bytes, struct stat* statu
         result = IsMissing(errno) ? ReadResult::Missing : ReadResult::Unreadable;
         if (errno == ELOOP)
             return Attempt::IsLink;
-        return IsMissing(errno) || errno == ENXIO ? Attempt::Ended : Attempt::Failed; // a socket cannot be opened
+        return IsMissing(errno) || errno == ENXIO ? Attempt::Ended : Attempt::Failed; // ENXIO: a socket
     }
     result = ReadResult::Unreadable;
     if (fstat(file.Number(), &found) != 0)
@@ -148,7 +147,7 @@ Attempt ReadOnce(const std::string& path, std::string& bytes, struct stat* statu
     return Attempt::Ended;
 }
 
-/// What was staged under this name, past what was only touched; null when the device has the file.
+/// The staged change of this name, if its content differs; null if the device has the file.
 const StagedFile* FindChanged(const std::string& path)
 {
     const StagedFile* staged = FindStaged(path);
@@ -157,7 +156,7 @@ const StagedFile* FindChanged(const std::string& path)
 
 enum class LastLink { Follow, Refuse };
 
-/// Forbids changes of the file that the path leads to, as far as that can be seen.
+/// Forbids changes of the file that the path leads to, as far as it can be resolved.
 void ForbidChangesThrough(const std::string& path)
 {
     std::string target = path;
@@ -178,7 +177,7 @@ ReadResult Read(const std::string& path, LastLink lastLink, std::string& bytes, 
     if (attempt != Attempt::IsLink || lastLink == LastLink::Refuse)
         return result;
 
-    // The last name is a link. They are rare here, so only now is it looked at.
+    // The last name is a link. Links are rare here, so they are resolved only now.
     std::string target = path;
     struct stat ignored = {};
     const LinkResult link = ResolveLinks(target, ignored);

@@ -7,41 +7,41 @@
 #include <string_view>
 #include <sys/stat.h>
 
-/// Reading files and following links, with the rules that every service of the platform shares: what a run has changed
-/// is seen by it, only regular files are read, opening one never blocks, no descriptor reaches a child, and in a folder
-/// that everyone may write to, such as "/tmp", nothing of another user but root is trusted.
+/// Reads files and follows links, with rules that every service of the platform shares: a run sees its own changes,
+/// only regular files are read, opening a file never blocks, no child inherits a descriptor, and in a world-writable
+/// folder such as "/tmp" only files of root and of the running user are trusted.
 
-/// No file of the phone is larger; one that is would take more memory than the device has.
+/// No file of the phone is larger; a larger one would need more memory than the device has.
 constexpr std::size_t kLargestFile = std::size_t{4} << 20;
 
 enum class ReadResult {
     Done,
-    Missing,    ///< nothing has that path
-    Unreadable, ///< something has it, but it cannot be read as a file
+    Missing,    ///< the path does not exist
+    Unreadable, ///< the path exists, but cannot be read as a file
     TooLarge,   ///< a file of more than `kLargestFile` bytes, which were not read
 };
 
-/// Reads a whole regular file. A read that fails is tried again twice; when it still fails, the file is not changed any more
-/// in this run.
+/// Reads a whole regular file. A failed read is tried again twice; if it still fails, this run no longer changes the
+/// file.
 ///
-/// @param bytes   gets the content; as it was unless the result is `Done`
-/// @param status  gets what `fstat` says of the file when it was read, or the kind and bits that the commit will give a
-///                staged one; may be null
+/// @param bytes   receives the content; unchanged unless the result is `Done`
+/// @param status  receives the result of `fstat` when the file was read, or the kind and bits that the commit will give
+///                a staged file; may be null
 ReadResult ReadFile(const char* path, std::string& bytes, struct stat* status = nullptr);
 
 enum class LinkResult {
     Resolved,
-    Missing,      ///< the path, or the last of its links, names nothing
-    Foreign,      ///< the path reaches something of another user in a folder that everyone may write to
+    Missing,      ///< the path, or the last of its links, does not exist
+    Foreign,      ///< the path leads to a file or link of another user in a world-writable folder
     Unresolvable, ///< a loop, or a link that cannot be read
 };
 
-/// Follows the link, or chain of links, that the path's last name may be.
+/// Follows the link, or chain of links, if the path's last name is one.
 ///
-/// @param path    on `Resolved` and `Missing` the path that is no link; on `Foreign` that of what is not trusted
-/// @param status  on `Resolved` what `lstat` says of that path (of a staged file only its kind is right); otherwise of
-///                no meaning
+/// @param path    on `Resolved` and `Missing` the path that is not a link; on `Foreign` the path that is not trusted
+/// @param status  on `Resolved` the result of `lstat` for that path (of a staged file only its kind is right);
+///                otherwise meaningless
 LinkResult ResolveLinks(std::string& path, struct stat& status);
 
-/// @return whether the name has something of another user, root excepted, in a folder that everyone may write to
+/// @return whether the name is a file or link of another user except root in a world-writable folder
 bool IsForeign(const std::string& path);

@@ -20,16 +20,16 @@ namespace
 
 constexpr mode_t kPermissionBits = 07777;
 
-/// What the destination is before it is replaced.
+/// The destination before it is replaced.
 struct Destination {
-    std::string path;    ///< the name that the new file takes
+    std::string path;    ///< the name of the new file
     bool exists = false; ///< as a regular file
     struct stat status = {};
 };
 
 /// Finds the file to replace, through its links.
 ///
-/// @return false when there is something that cannot be replaced
+/// @return false if it cannot be replaced
 bool FindDestination(const char* path, Destination& destination)
 {
     destination.path = path;
@@ -37,7 +37,7 @@ bool FindDestination(const char* path, Destination& destination)
     if (result == LinkResult::Unresolvable)
         return false;
 
-    // What another user has put there is replaced itself, as if it were missing.
+    // A file or link of another user is replaced itself, as if it were missing.
     destination.exists = result == LinkResult::Resolved;
     return !destination.exists || S_ISREG(destination.status.st_mode);
 }

@@ -6,7 +6,7 @@
 #include <list>
 #include <string>
 
-/// Collects folders, and flushes each once when it goes out of scope.
+/// Collects folders, and flushes each once on destruction.
 class FolderFlush
 {
 public:
@@ -15,7 +15,7 @@ public:
     FolderFlush(const FolderFlush&) = delete;
     FolderFlush& operator=(const FolderFlush&) = delete;
 
-    /// Adds the folder that holds the path's last name.
+    /// Adds the folder that contains the path's last name.
     void Add(const std::string& path);
 
 private:

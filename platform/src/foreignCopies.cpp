@@ -30,7 +30,7 @@ bool IsRegular(const std::string& path, struct stat& status)
     return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
 }
 
-/// Whether the command can make the file, and what is there afterwards was made by it.
+/// Whether the command can create the file, and the file does not exist yet.
 bool IsToBeMade(const ForeignCopy& copy)
 {
     struct stat status = {};
@@ -39,7 +39,7 @@ bool IsToBeMade(const ForeignCopy& copy)
     return lstat(copy.path.c_str(), &status) != 0 && errno == ENOENT;
 }
 
-/// A link that was there before the copy is no copy.
+/// A link does not count: it existed before the copy.
 bool IsCutShort(const ForeignCopy& copy)
 {
     struct stat made = {};
@@ -78,7 +78,7 @@ void NoteForeignCopies(const std::vector<ForeignCopy>& copies)
         if (IsToBeMade(copy))
             fields.push_back(copy.path);
     }
-    // Without the note the copies are made all the same: only a cut right then would leave one of them unfinished.
+    // Without the note the copies are made all the same: only a power cut during a copy would leave it unfinished.
     hasNote = fields.size() > 1 && WritePrivateFile(kNote, WithChecksum(fields)) == 0;
 }
 
@@ -127,6 +127,6 @@ bool TakeBackForeignCopies()
         return state == PrivateFileState::Missing;
     if (state == PrivateFileState::Whole && CheckAndSplit(text, fields) && fields[0] == kNoteName)
         RemoveCopies(fields);
-    RemovePrivateFile(kNote); // one that is not whole was cut before the first copy
+    RemovePrivateFile(kNote); // an incomplete note was interrupted before the first copy
     return true;
 }

@@ -103,7 +103,7 @@ int iniFile::LoadFromFile(const char* path)
     const ReadResult result = path == nullptr ? ReadResult::Missing : ReadFile(path, bytes);
     isUnreadable_ = result == ReadResult::Unreadable || result == ReadResult::TooLarge;
     Assign(std::move(bytes));
-    path_ = result == ReadResult::Done ? path : ""; // what was not loaded has no file to go back to
+    path_ = result == ReadResult::Done ? path : ""; // after a failed load there is no file to save to
     return result == ReadResult::Done;
 }
 

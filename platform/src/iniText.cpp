@@ -21,7 +21,7 @@ std::string_view TrimLeft(std::string_view text)
 
 std::string_view TrimRight(std::string_view text)
 {
-    return text.substr(0, text.find_last_not_of(kBlanks) + 1); // npos + 1 is 0: nothing but blanks
+    return text.substr(0, text.find_last_not_of(kBlanks) + 1); // npos + 1 is 0: only blanks
 }
 
 std::size_t PositionIn(std::string_view text, std::string_view part)
@@ -46,17 +46,17 @@ bool IsStorable(std::string_view section, std::string_view key, std::string_view
     return !HasAnyOf(value, kLineFeedAndZero) && (value.empty() || value.back() != '\r');
 }
 
-/// New lines end as the first line does.
+/// New lines use the line end of the first line.
 std::string_view LineEndOf(std::string_view text)
 {
     const std::size_t feed = text.find('\n');
     return feed != std::string_view::npos && feed > 0 && text[feed - 1] == '\r' ? "\r\n" : "\n";
 }
 
-/// Where a new key of the section goes.
+/// The place of a new key in the section.
 struct KeyPlace {
-    std::size_t position;          ///< behind this line
-    std::string_view blanksBefore; ///< the blanks that the key line before it writes around its "="
+    std::size_t position;          ///< after this line
+    std::string_view blanksBefore; ///< the blanks around the "=" of the key line before it
     std::string_view blanksBehind;
 };
 
@@ -76,11 +76,11 @@ bool IsFirstInLine(std::string_view text, std::size_t position)
     return position == firstLine || text[position - 1] == '\n';
 }
 
-/// Finds a section line of any name by its bracket. Looking for one character is many times faster than taking every line
-/// apart: with that, getting a key of a file of 64 KiB took seven times as long as reading the file.
+/// Finds a section line of any name by its bracket. Parsing every line instead takes seven times as long as reading a
+/// file.
 ///
 /// @param begin  where a line begins
-/// @return where the bracket of the first section line stands; the text's size when there is none
+/// @return the position of the bracket of the first section line; the text's size if there is none
 std::size_t FindSectionLine(std::string_view text, std::size_t begin)
 {
     std::size_t bracket = text.find('[', begin);
@@ -91,14 +91,11 @@ std::size_t FindSectionLine(std::string_view text, std::size_t begin)
     return text.size();
 }
 
-/// Finds the section line of that name. Most lines are told apart by the name alone, without a look at where they end:
-/// that halves the time once more. A search for the whole "[name]" at once takes twice as long, since each bracket is found
-/// by the processor's widest registers; pointers instead of views, and a look at the name's last character first, give less
-/// than a tenth.
+/// Finds the section line of that name. Comparing the name before looking for the line end halves the time.
 std::size_t FindSectionNamed(std::string_view section, std::string_view text, std::size_t begin)
 {
     if (section.find_first_of("]\n") != std::string_view::npos)
-        return text.size(); // no section line holds such a name
+        return text.size(); // no section line can contain such a name
     std::size_t bracket = text.find('[', begin);
     for (; bracket != std::string_view::npos; bracket = text.find('[', bracket + 1)) {
         const std::string_view behind = text.substr(bracket + 1);
@@ -110,7 +107,7 @@ std::size_t FindSectionNamed(std::string_view section, std::string_view text, st
     return text.size();
 }
 
-/// Finds the key by its name anywhere between the two line beginnings, and takes only the lines apart that begin with it.
+/// Searches for the key's name between the two line beginnings, and parses only the lines that start with it.
 std::optional<std::string_view> FindKey(std::string_view text, std::size_t begin, std::size_t end, std::string_view key)
 {
     if (key.empty())
@@ -127,7 +124,7 @@ std::optional<std::string_view> FindKey(std::string_view text, std::size_t begin
     return std::nullopt;
 }
 
-/// Behind the last key line of the first section of that name, or behind its section line when it has no key.
+/// After the last key line of the first section of that name, or after its section line if it has no key.
 std::optional<KeyPlace> FindPlaceInSection(std::string_view text, std::string_view section)
 {
     const std::size_t begin = FindSectionNamed(section, text, FirstIniLine(text));
@@ -148,13 +145,13 @@ std::optional<KeyPlace> FindPlaceInSection(std::string_view text, std::string_vi
 /// @param text  not empty
 bool EndsInBlankLine(std::string_view text)
 {
-    const std::string_view lessLastByte = text.substr(0, text.size() - 1); // which may be the last line's own line feed
+    const std::string_view lessLastByte = text.substr(0, text.size() - 1); // the last byte may be a line feed
     const std::size_t lastLine = lessLastByte.rfind('\n') + 1;             // npos + 1 is 0: there is one line
     const IniLine line = ReadIniLine(text, lastLine);
     return TrimLeft(text.substr(lastLine, line.contentEnd - lastLine)).empty();
 }
 
-/// Inserts behind the line that ends at the position; a last line without a line end gets one first.
+/// Inserts after the line that ends at the position; a last line without a line end gets one first.
 void InsertBehindLine(std::string& text, std::size_t position, std::string inserted, std::string_view lineEnd)
 {
     if (position > FirstIniLine(text) && text[position - 1] != '\n')

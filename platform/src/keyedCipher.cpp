@@ -43,8 +43,8 @@ std::string_view Encode(const Bytes& message, char (&buffer)[BASE64_ENCODE_RAW_L
     return padded.substr(0, padded.find_last_not_of('=') + 1);
 }
 
-/// Accepts the exact form that `Encode` gives and no other: the library's decoder alone would let pass white space,
-/// padding and stray low bits in the last character.
+/// Accepts only the exact form that `Encode` produces: the library's decoder would also accept white space, padding and
+/// stray low bits in the last character.
 bool Decode(std::string_view token, Bytes& message)
 {
     if (token.size() >= kPasswordBufferSize)
@@ -102,7 +102,7 @@ int KeyedCipher::Decrypt(const char* text, char* output) const
     if (!Decode(token, message) || message.size() <= kIvSize || !Key().isUsable)
         return -1;
 
-    // The size bounds above keep it within the buffer.
+    // The size checks above ensure that it fits into the buffer.
     char plain[kLongestPassword + 1] = {};
     const std::size_t size = message.size() - kIvSize;
     if (siv_cmac_aes256_decrypt_message(&Key().context, kNonce.size(), AsBytes(kNonce), 0, nullptr, size,

@@ -3,20 +3,20 @@
 
 #pragma once
 
-/// What a run does with the copies of foreignCopies.h at its start and in its commit.
+/// Handles the copies of foreignCopies.h at the start of a run and in its commit.
 
-/// Flushes the copies that this run has ended, and their folders.
+/// Flushes the copies that this run has made, and their folders.
 void FlushForeignCopies();
 
-/// @return whether this run has made a note that is not removed yet
+/// @return whether this run has written a note that is not removed yet
 bool HasNoteOfCopies();
 
-/// Removes the note, which belongs to a run that counts, and flushes its folder: from here on the copies stay.
+/// Removes the note of a committed run, and flushes its folder: from then on the copies stay.
 ///
-/// @return false when it is still there
+/// @return false if it still exists
 bool RemoveNoteOfCopies();
 
-/// Removes the files that are listed in a note that a run without a commit has left, then the note.
+/// Removes the files that are listed in the note of a run without a commit, then the note.
 ///
-/// @return false when there may be a note, but it cannot be read now
+/// @return false if there may be a note, but it cannot be read now
 bool TakeBackForeignCopies();

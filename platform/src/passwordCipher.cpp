@@ -14,7 +14,7 @@ void WarnInSystemLog(const std::string& text)
     WriteToSystemLog(kSystemLogWarning, text);
 }
 
-/// Static, so that the key is read once a run.
+/// Static, so that the key is read once per run.
 const KeyedCipher& DeviceCipher()
 {
     static const KeyedCipher cipher("/phone/factory/certs/pwcipher.key", &WarnInSystemLog);

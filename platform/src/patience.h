@@ -3,8 +3,7 @@
 
 #pragma once
 
-/// How long a stalled reader is waited for, in all waits together. Counted in slices of 10 ms, since clocks may stop as
-/// well.
+/// A limit on the total time of waiting for stalled readers. Counted in slices of 10 ms, since clocks may stop too.
 class Patience
 {
 public:
@@ -12,12 +11,12 @@ public:
 
     /// Waits until the descriptor has room for a write.
     ///
-    /// @return false when it has none, and no time is left
+    /// @return false if it has none, and no time is left
     bool WaitForRoom(int descriptor);
 
     /// Waits for one slice.
     ///
-    /// @return false when no time is left
+    /// @return false if no time is left
     bool WaitForSlice();
 
 private:

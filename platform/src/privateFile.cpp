@@ -51,8 +51,8 @@ int WriteAndFlush(const char* path, const std::string& text)
         return errno;
     if (WriteAll(file.Number(), text) && fsync(file.Number()) == 0)
         return 0;
-    const int error = errno != 0 ? errno : ENOSPC; // a write that took nothing and said nothing
-    (void)unlink(path);                            // what stays is not whole, or names what is not there
+    const int error = errno != 0 ? errno : ENOSPC; // a write of 0 bytes sets no error
+    (void)unlink(path);                            // the file is incomplete, or lists files that do not exist
     return error;
 }
 
@@ -69,7 +69,7 @@ PrivateFileState ReadPrivateFile(const char* path, std::string& text)
 int WritePrivateFile(const char* path, const std::string& text)
 {
     if (text.size() > kLargestFile)
-        return EFBIG; // the next run would not trust it
+        return EFBIG; // the next run would not trust a larger file
     const int error = WriteAndFlush(path, text);
     if (error == 0)
         FlushFolder(kNoteFolder);

@@ -19,7 +19,7 @@ void PrepareProcess()
     for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         if (fcntl(descriptor, F_GETFD) != -1 || errno != EBADF)
             continue;
-        // The lowest free number is this one. Without "/dev/null" the root folder holds the place: writing to it fails.
+        // This is the lowest free number. Without "/dev/null" the root folder is opened instead: writing to it fails.
         if (open("/dev/null", O_RDWR) == -1)
             (void)open("/", O_PATH);
     }
@@ -27,9 +27,9 @@ void PrepareProcess()
     (void)std::signal(SIGXFSZ, SIG_IGN);
     if (geteuid() == 0)
         (void)prctl(PR_SET_DUMPABLE, 0);
-    (void)unsetenv("TZ"); // the C library opens what it names, and waits for a pipe
+    (void)unsetenv("TZ"); // the C library opens the file that it names, and waits for a pipe
 #ifdef __GLIBC__
-    // A threshold that moves would leave large files in the heap after they were released: twice the memory.
+    // With a dynamic threshold, released large files would stay in the heap: twice the memory.
     constexpr int kMmapThreshold = 128 * 1024; // bytes
     (void)mallopt(M_MMAP_THRESHOLD, kMmapThreshold);
 #endif

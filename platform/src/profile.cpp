@@ -16,9 +16,9 @@ int etlGetProfileInt(const char* path, const char* section, const char* key, int
 void etlSetProfileInt(const char* path, const char* section, const char* key, int value)
 {
     iniFile file;
-    (void)file.LoadFromFile(path); // a missing file is made, and an unreadable one makes the save fail
+    (void)file.LoadFromFile(path); // a missing file is created, and an unreadable one makes the save fail
     if (file.SetTextValue(section, key, std::to_string(value)) != 0)
-        (void)file.SaveToFile(path); // the device's contract has no result for it
+        (void)file.SaveToFile(path); // the device's interface has no result for it
 }
 
 int etlGetRegistryInt(const char* path, const char* section, const char* key, int defaultValue)

@@ -14,8 +14,8 @@
 namespace
 {
 
-/// Looks for what `xmlGuard.h` refuses. pugixml neither parses nor walks by recursion, so the loaded document can be
-/// asked.
+/// Checks the limits of `xmlGuard.h`. pugixml neither parses nor iterates by recursion, so the loaded document can be
+/// checked.
 class LimitWalk : public pugi::xml_tree_walker
 {
 public:

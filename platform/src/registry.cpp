@@ -13,7 +13,7 @@
 struct _HREGISTRY_ {
     std::string path;
     std::string section;
-    iniFile document; ///< the file as it was at the opening, with the pending changes
+    iniFile document;                                         ///< the file when it was opened, with the pending changes
     std::vector<std::pair<std::string, std::string>> changes; ///< keys and texts, in the order in which they were set
 };
 
@@ -68,10 +68,10 @@ void registryFlush(_HREGISTRY_* handle)
     if (!handle->changes.empty()) {
         iniFile file;
         (void)file.LoadFromFile(
-            handle->path.c_str()); // a missing file is made, and an unreadable one makes the save fail
+            handle->path.c_str()); // a missing file is created, and an unreadable one makes the save fail
         for (const auto& [key, text] : handle->changes)
-            (void)file.SetTextValue(handle->section, key, text); // what no file can hold was refused when it was set
-        (void)file.SaveToFile(handle->path.c_str());             // the device's contract has no result for it
+            (void)file.SetTextValue(handle->section, key, text); // refused texts were refused when they were set
+        (void)file.SaveToFile(handle->path.c_str());             // the device's interface has no result for it
     }
     OpenHandles().remove_if([handle](const _HREGISTRY_& open) { return &open == handle; });
 }

@@ -11,7 +11,7 @@
 int ReplaceAtOnce(const std::string& path, std::string_view bytes, const FileOrigin& origin)
 {
     TemporaryFile file(path);
-    const std::string folder = FolderOf(path); // before the rename: there may be no memory after it
+    const std::string folder = FolderOf(path); // before the rename, after which there may be no memory
     if (const int error = file.Write(bytes, origin))
         return error;
     if (const int error = file.RenameTo(path.c_str()))

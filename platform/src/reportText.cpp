@@ -17,7 +17,7 @@ std::string FormatReport(const char* format, std::va_list arguments)
     if (length < 0)
         return std::string();
 
-    std::string text(static_cast<std::size_t>(length) + 1, '\0'); // vsnprintf ends with a zero byte
+    std::string text(static_cast<std::size_t>(length) + 1, '\0'); // vsnprintf adds a zero byte
     (void)std::vsnprintf(text.data(), text.size(), format, arguments);
     text.pop_back();
     return text;

@@ -6,9 +6,9 @@
 #include <cstdarg>
 #include <string>
 
-/// The text that the format gives, of any length; empty when it cannot be formatted.
+/// The formatted text, of any length; empty if it cannot be formatted.
 std::string FormatReport(const char* format, std::va_list arguments) __attribute__((format(printf, 1, 0)));
 
-/// Writes one report to standard error, with a line feed behind it if it has none. Failures are ignored: there is
-/// nobody left to tell.
+/// Writes one report to standard error, and adds a line feed if it has none. Failures are ignored, since there is no
+/// other place to report them.
 void WriteReport(std::string report);

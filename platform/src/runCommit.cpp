@@ -16,7 +16,7 @@
 namespace
 {
 
-/// The run that has begun. Static, because the driver begins it and commits it in two calls.
+/// The current run. Static, because the driver begins it and commits it in two calls.
 RunToCommit run;
 
 void RemoveEmptyMarker()
@@ -46,7 +46,7 @@ enum class EarlierRun {
     Unfinished, ///< it cannot be finished now
 };
 
-/// Finishes the run that has left a record, or takes back what one without a record has left.
+/// Finishes a run that has left a record, or removes the copies of a run without a record.
 EarlierRun FinishEarlierRun(CommitRecord& record)
 {
     std::string text;
@@ -68,7 +68,7 @@ EarlierRun FinishEarlierRun(CommitRecord& record)
 
 RunStart Begin(const char* mode)
 {
-    const bool sawMarker = IsMarkerThere(); // before waiting for a run that may take it away
+    const bool sawMarker = IsMarkerThere(); // before waiting for a run that may remove it
     if (!LockRuns()) {
         WriteToSystemLog(kSystemLogWarning, "another run has not ended: nothing is done");
         return RunStart::NothingToDo;
@@ -101,7 +101,7 @@ RunStart BeginRun(const char* mode)
     try {
         start = Begin(mode);
     } catch (...) {
-        // No memory to see what is to be done: doing nothing leaves it to the next run.
+        // No memory to find out what has to be done: it is left to the next run.
     }
     if (start == RunStart::NothingToDo)
         EndRun();
@@ -121,7 +121,7 @@ void CommitRun()
     try {
         Commit();
     } catch (...) {
-        // No memory: before the record nothing has changed, after it the next run finishes this one.
+        // No memory: without a record nothing has changed, with a record the next run finishes this one.
     }
     EndRun();
 }

@@ -14,12 +14,12 @@ namespace
 
 constexpr char kLockedFolder[] = "/config";
 constexpr int kMostTries = 200;
-constexpr timespec kPause = {0, 100'000'000}; // nanoseconds: 20 seconds in all, whatever the clocks do
+constexpr timespec kPause = {0, 100'000'000}; // nanoseconds: 20 seconds in all, independent of clocks
 
 /// Static, because the lock lasts as long as the run; -1 without one.
 int lockedFolder = -1;
 
-/// A process may have no descriptor to spare for the lock, and would then read and save nothing.
+/// Without a free descriptor besides that of the lock, the process could read and save nothing.
 bool HasDescriptorToSpare()
 {
     const int spare = fcntl(lockedFolder, F_DUPFD_CLOEXEC, 0);
@@ -37,7 +37,7 @@ bool LockRuns()
         return true;
     for (int tries = 0; flock(lockedFolder, LOCK_EX | LOCK_NB) != 0; ++tries) {
         if (errno != EWOULDBLOCK && errno != EINTR)
-            break; // no locks here
+            break; // locks are not supported here
         if (tries == kMostTries) {
             UnlockRuns();
             return false;

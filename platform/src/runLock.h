@@ -3,11 +3,11 @@
 
 #pragma once
 
-/// An advisory lock on the folder "/config" itself: nothing is made, and the kernel drops it with the process.
+/// An advisory lock on the folder "/config": it creates no file, and the kernel releases it with the process.
 
-/// Waits for a run that has it, at most 20 seconds.
+/// Waits for a run that has the lock, at most 20 seconds.
 ///
-/// @return false when another run still has it. A folder that cannot be locked at all counts as locked.
+/// @return false if another run still has it. A folder that cannot be locked at all counts as locked.
 bool LockRuns();
 
 void UnlockRuns();

@@ -21,16 +21,16 @@ struct KnownFolder {
     ino_t number;
 };
 
-/// Static, because saves and reads of all passes meet here.
+/// Static, because the saves and reads of all passes use it.
 bool isStaging = false;
 std::list<StagedFile> stagedFiles;
-std::list<KnownFolder> knownFolders;    // looked up once each: a run reads the same folders again and again
-std::list<std::string> unreadableFiles; // paths of files that may not be changed any more
+std::list<KnownFolder> knownFolders;    // each is looked up once, since a run uses the same folders often
+std::list<std::string> unreadableFiles; // paths of files that must no longer be changed
 
 const KnownFolder* FindFolder(std::string path)
 {
     if (!isStaging)
-        knownFolders.clear(); // outside of a run nothing else clears them
+        knownFolders.clear(); // outside of a run, nothing else clears the list
     for (const KnownFolder& folder : knownFolders) {
         if (folder.path == path)
             return &folder;
@@ -56,7 +56,7 @@ StagedFile* FindStaged(const FileName& name)
     return nullptr;
 }
 
-/// The run that finishes this one may be started in another folder.
+/// Absolute, because the run that finishes this one may be started in another folder.
 std::string AbsolutePath(const std::string& path)
 {
     char current[PATH_MAX];
@@ -75,7 +75,7 @@ StagedFile* AddStaged(const std::string& path, const FileName& name)
     return &stagedFiles.back();
 }
 
-/// Whether names of the file's folder may be made and removed, as far as can be seen.
+/// Whether names in the file's folder can be created and removed, as far as this can be checked.
 bool MayChangeFolderOf(const std::string& path)
 {
     return faccessat(AT_FDCWD, FolderOf(path).c_str(), W_OK | X_OK, AT_EACCESS) == 0;
@@ -91,7 +91,7 @@ bool IsForbidden(const FileName& name)
     return false;
 }
 
-/// The copy that this run has made of the file, if it still has it.
+/// The copy that this run has made of the file, if it still exists.
 StagedFile* FindCopyOf(const FileName& source)
 {
     for (StagedFile& staged : stagedFiles) {

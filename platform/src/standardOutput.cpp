@@ -17,12 +17,12 @@
 namespace
 {
 
-constexpr std::size_t kPieceSize = PIPE_BUF; // a pipe that has room has room for this much
+constexpr std::size_t kPieceSize = PIPE_BUF; // a writable pipe has room for this much
 
-/// Static, because the wait is bounded for all reports of a run.
+/// Static, because the limit applies to all reports of a run together.
 Patience patience(10'000);
 
-/// A way of our own to the same file, so that O_NONBLOCK does not affect other users of the descriptor.
+/// Opens the same file again, so that O_NONBLOCK does not affect other users of the descriptor.
 int OpenAgain(int descriptor)
 {
     const std::string path = "/proc/self/fd/" + std::to_string(descriptor);
@@ -47,7 +47,7 @@ std::FILE* StandardOutput()
 
 void WriteWithinBounds(int descriptor, std::string_view bytes)
 {
-    // Other than a pipe, a terminal with little room waits for more, unless it is opened for not waiting.
+    // Unlike a pipe, a terminal with little room blocks, unless it is opened with O_NONBLOCK.
     const Descriptor ours(isatty(descriptor) != 0 ? OpenAgain(descriptor) : -1);
     const int target = ours.IsOpen() ? ours.Number() : descriptor;
     while (!bytes.empty() && patience.WaitForRoom(target)) {

@@ -34,7 +34,7 @@ int Connect(int socket)
     return connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 ? 0 : errno;
 }
 
-/// Whether there is a daemon that takes datagrams and has a place for one. The C library would wait for it without end.
+/// Whether the log daemon can accept a datagram in time. The C library would wait forever for a stuck daemon.
 LogKind FindPlaceForDatagram()
 {
     const Descriptor log(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
@@ -45,7 +45,7 @@ LogKind FindPlaceForDatagram()
     return patience.WaitForRoom(log.Number()) ? LogKind::Datagrams : LogKind::None;
 }
 
-/// As the C library writes it to a stream: priority, time, ident, text, and a zero byte.
+/// The message as the C library writes it to a stream: priority, time, ident, text, and a zero byte.
 std::string StreamMessage(int level, const std::string& text)
 {
     char date[sizeof "Jan 01 00:00:00 "] = "";
@@ -58,7 +58,7 @@ std::string StreamMessage(int level, const std::string& text)
     return message;
 }
 
-/// The C library would wait without end for a place in a full queue of connections.
+/// The C library would wait forever if the queue of connections is full.
 void SendToStream(const std::string& message)
 {
     const Descriptor log(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
@@ -68,7 +68,7 @@ void SendToStream(const std::string& message)
         if (error != EAGAIN || !patience.WaitForSlice())
             return;
     }
-    // A new connection has room, or none is to be had.
+    // A new connection has room, or there will never be any.
     (void)send(log.Number(), message.data(), message.size(), MSG_NOSIGNAL);
 }
 
@@ -87,5 +87,5 @@ void WriteToSystemLog(int level, const std::string& text)
     }
     openlog(kIdent, /*option=*/0, LOG_USER);
     syslog(LOG_USER | level, "%s", text.c_str());
-    closelog(); // else its socket would hold a descriptor, and a process may have no other left to save a file
+    closelog(); // otherwise its socket keeps a descriptor that may be needed to save a file
 }

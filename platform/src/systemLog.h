@@ -5,10 +5,10 @@
 
 #include <string>
 
-constexpr int kSystemLogWarning = 4; ///< as syslog(3) counts severity
+constexpr int kSystemLogWarning = 4; ///< a severity of syslog(3)
 
-/// Writes only to the system log. A stalled log daemon is waited for only once in a run.
+/// Writes only to the system log. Waits for a stalled log daemon only once per run.
 ///
-/// @param level  severity, as syslog(3) counts it
-/// @param text   no secret: many people read the system log
+/// @param level  a severity of syslog(3)
+/// @param text   must not contain secrets: many people read the system log
 void WriteToSystemLog(int level, const std::string& text);

@@ -32,7 +32,7 @@ std::string TemporaryPath(const std::string& path)
 TemporaryFile::~TemporaryFile()
 {
     if (exists_)
-        (void)unlink(path_.c_str()); // a leftover is removed by the next save of this file
+        (void)unlink(path_.c_str()); // if this fails, the next save of this file removes it
 }
 
 int TemporaryFile::Write(std::string_view bytes, const FileOrigin& origin)
@@ -43,7 +43,7 @@ int TemporaryFile::Write(std::string_view bytes, const FileOrigin& origin)
     if (!exists_)
         return errno;
     if (!WriteAll(file.Number(), bytes))
-        return errno != 0 ? errno : ENOSPC; // a write that took nothing and said nothing
+        return errno != 0 ? errno : ENOSPC; // a write of 0 bytes sets no error
     if (const int error = GiveAttributes(file.Number(), origin))
         return error;
     return fsync(file.Number()) == 0 ? 0 : errno;

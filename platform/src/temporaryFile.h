@@ -8,10 +8,10 @@
 
 #include "fileAttributes.h"
 
-/// @return the name that a file's new content has until it takes the file's place: "<path>.kestrune-new"
+/// @return the name of a file's new content until it replaces the file: "<path>.kestrune-new"
 std::string TemporaryPath(const std::string& path);
 
-/// A file's new content in the same folder. It is removed when it goes out of scope, unless it was renamed or is kept.
+/// A file's new content in the same folder. It is removed on destruction, unless it was renamed or is kept.
 class TemporaryFile
 {
 public:
@@ -20,16 +20,16 @@ public:
     TemporaryFile(const TemporaryFile&) = delete;
     TemporaryFile& operator=(const TemporaryFile&) = delete;
 
-    /// Makes the file afresh (a leftover is removed, no link is followed), readable only by its owner, writes the bytes,
-    /// gives it its attributes (fileAttributes.h), and flushes it.
+    /// Creates the file (a leftover is removed, no link is followed), readable only by its owner, writes the bytes,
+    /// sets its attributes (fileAttributes.h), and flushes it.
     ///
     /// @return 0; otherwise the error number of the call that failed
     int Write(std::string_view bytes, const FileOrigin& origin);
 
-    /// @return 0 when it has taken the destination's place; otherwise the error number
+    /// @return 0 if it has replaced the destination; otherwise the error number
     int RenameTo(const char* destination);
 
-    /// Leaves it to the commit record, which names it.
+    /// Keeps the file: the commit record names it.
     void Keep() { exists_ = false; }
 
 private:

@@ -53,7 +53,7 @@ chTraceStack::~chTraceStack()
     try {
         TraceScope("leave", name_);
     } catch (...) {
-        // No memory for the report: the function is left without it.
+        // No memory for the report: the exit is not traced.
     }
 }
 

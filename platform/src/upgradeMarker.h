@@ -6,20 +6,19 @@
 #include <string>
 #include <string_view>
 
-/// The upgrade's marker, "/config/kestrune-pending": the mode words that are still to run, one a line, in their order.
+/// The upgrade's marker, "/config/kestrune-pending": the mode words that are still to run, one per line, in order.
 
 struct UpgradeMarker {
-    std::string word;     ///< the first one; empty when it lists none
-    std::string rest;     ///< what the marker is without that line; empty when no other word follows
-    bool isEmpty = false; ///< a file without a word. One that cannot be read lists none either, but is not empty.
+    std::string word;     ///< the first word; empty if there is none
+    std::string rest;     ///< the marker without that line; empty if no other word follows
+    bool isEmpty = false; ///< whether the file has no word. An unreadable marker has no word either, but is not empty.
 };
 
-/// @return whether anything has the marker's name, or may have it: without an answer it counts as there, so that no mode
-///         happens twice
+/// @return whether the marker exists, or may exist: on an error it counts as existing, so that no mode runs twice
 bool IsMarkerThere();
 
 /// Reads the marker: a regular file of at most 4 MiB.
 UpgradeMarker ReadMarker();
 
-/// @return the marker that the text is
+/// @return the parsed marker
 UpgradeMarker ParseMarker(std::string_view text);

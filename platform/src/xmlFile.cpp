@@ -18,7 +18,7 @@ namespace
 
 using StreamPointer = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
 
-/// What the library prints, in memory. Not the standard memory stream: running out of memory sets no error there, and the
+/// The output of the library, in memory. Not the standard memory stream: it sets no error when memory runs out, and the
 /// library would not notice that half of its document is missing.
 class MemoryStream
 {
@@ -46,12 +46,12 @@ private:
         }
     }
 
-    std::string bytes_; // before the stream, which writes to it once more when it is closed
+    std::string bytes_; // before the stream, which still writes to it when it is closed
     StreamPointer stream_;
 };
 
-/// The library's own treatment of line ends, which it gives files but not texts. The text ends at its first zero byte, as it
-/// does for the library.
+/// Converts line ends as the library does for files but not for texts. The text ends at its first zero byte, as it does
+/// for the library.
 void NormaliseLineEnds(std::string& text)
 {
     text.resize(std::min(text.size(), text.find('\0')));
@@ -60,14 +60,14 @@ void NormaliseLineEnds(std::string& text)
     std::size_t kept = 0;
     for (std::size_t i = 0; i < text.size(); ++i) {
         if (text[i] == '\n' && i > 0 && text[i - 1] == '\r')
-            continue; // the CR before it has become the line feed
+            continue; // the CR before it has already become a line feed
         text[kept++] = text[i];
     }
     text.resize(kept);
     std::replace(text.begin(), text.end(), '\r', '\n');
 }
 
-/// Parses the text in place: through a stream the library would copy it twice more.
+/// Parses the text in place: from a stream, the library would copy it twice.
 const char* Parse(TiXmlDocument& document, std::string& text)
 {
     // The library may read a few bytes past a text that ends inside a UTF-8 character.

@@ -32,7 +32,7 @@ bool IsNamePart(char character)
            character == '.' || character == ':';
 }
 
-/// Bytes that the library takes for one character of UTF-8 text, judging by the first alone.
+/// Number of bytes that the library reads as one character of UTF-8 text, judging only by the first byte.
 std::size_t CharacterSize(char character)
 {
     const auto byte = static_cast<unsigned char>(character);
@@ -52,8 +52,8 @@ bool StartsIgnoringCase(std::string_view text, std::string_view lowerCase)
     return true;
 }
 
-/// One walk over a document. `at_` is where the library's read pointer would be; at the text's end the walk is over, be
-/// it that the document ends there or that the library would report an error.
+/// One scan of a document. `at_` is the position of the library's read pointer; at the text's end the scan is over,
+/// either because the document ends there or because the library would report an error.
 class XmlWalk
 {
 public:
@@ -75,7 +75,7 @@ private:
     bool IsAtEnd() const { return at_ >= text_.size(); }
     char Current() const { return IsAtEnd() ? '\0' : text_[at_]; }
     char Following() const { return at_ + 1 < text_.size() ? text_[at_ + 1] : '\0'; }
-    // A lead byte at the very end may have taken `at_` past it.
+    // A lead byte at the very end may have moved `at_` past it.
     std::string_view Rest() const { return IsAtEnd() ? std::string_view() : text_.substr(at_); }
     bool StartsWith(std::string_view start) const { return Rest().substr(0, start.size()) == start; }
     void Stop() { at_ = text_.size(); }
@@ -84,7 +84,7 @@ private:
     void SkipSpace()
     {
         for (; !IsAtEnd(); ++at_) {
-            // The library takes byte order marks and two non-characters for white space.
+            // The library treats byte order marks and two non-characters as white space.
             while (isUtf8_ && (StartsWith("\xEF\xBB\xBF") || StartsWith("\xEF\xBF\xBE") || StartsWith("\xEF\xBF\xBF")))
                 at_ += 3;
             if (!IsSpace(Current()))
@@ -92,7 +92,7 @@ private:
         }
     }
 
-    /// Goes behind the next `end`, looking from `skipped` characters on.
+    /// Moves past the next `end`, searching from `skipped` characters on.
     void SkipBehind(std::string_view end, std::size_t skipped)
     {
         const std::size_t found = text_.find(end, at_ + skipped);
@@ -114,7 +114,7 @@ private:
         else if (IsNameStart(Following()))
             TakeStartTag();
         else
-            SkipBehind(">", 1); // document types, processing instructions and what the library does not know
+            SkipBehind(">", 1); // document types, processing instructions and markup unknown to the library
     }
 
     void TakeText()
@@ -127,7 +127,7 @@ private:
 
     void TakeEndTag()
     {
-        // A name that is not the open element's is an error to the library; if so, nothing that follows matters.
+        // If this is not the name of the open element, the library reports an error, and the rest does not matter.
         SkipBehind(">", 2);
         --depth_;
     }
@@ -230,7 +230,7 @@ private:
             ++at_;
     }
 
-    /// The library itself says what it reads in the declaration, which nests nothing.
+    /// The library itself parses the declaration, which cannot be nested.
     void SetEncoding(std::string_view declaration)
     {
         TiXmlDocument document;
@@ -241,8 +241,8 @@ private:
         isUtf8_ = name.empty() || StartsIgnoringCase(name, "utf-8") || StartsIgnoringCase(name, "utf8");
     }
 
-    /// Steps over characters and references as the library reads them: a UTF-8 lead byte takes what follows with it,
-    /// even if that is the end that is looked for.
+    /// Skips characters and references as the library reads them: a UTF-8 lead byte consumes the bytes after it, even
+    /// if they are the end that is searched for.
     void SkipTextUpTo(char end)
     {
         while (!IsAtEnd() && Current() != end) {
@@ -258,7 +258,7 @@ private:
     void TakeReference()
     {
         if (Following() != '#' || at_ + 2 >= text_.size()) {
-            ++at_; // the rest of a named reference reads as text: none has a character that could end it
+            ++at_; // the rest of a named reference reads as text, since none has a character that could end it
             return;
         }
         const bool isHexadecimal = text_[at_ + 2] == 'x';
@@ -269,8 +269,7 @@ private:
             at_ = semicolon + 1;
     }
 
-    /// The library reads the digits from the semicolon backwards up to the nearest "x" or "#", whatever stands before
-    /// it.
+    /// The library reads the digits from the semicolon backwards to the nearest "x" or "#", whatever is before it.
     static bool EndsInDigits(std::string_view reference, bool isHexadecimal)
     {
         const std::size_t mark = reference.rfind(isHexadecimal ? 'x' : '#');
