@@ -18,6 +18,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "phoneFacts.h"
 #include "scratchFolder.h"
 
 namespace
@@ -69,18 +70,17 @@ void GiveKeyNumber(const std::string& accountFile)
 /// "-1", which the fix-ups give, they would write again.
 void MakeIdlePhone()
 {
-    constexpr char kFactoryFile[] = "/phone/factory/user/user.ini";
     MakePhone();
     std::stringstream text;
-    text << std::ifstream(kFactoryFile).rdbuf();
+    text << std::ifstream(kFactoryUserIni).rdbuf();
     std::string changed = text.str();
     const std::size_t lock = changed.find("EnLock=1");
     Require(lock != std::string::npos, "find EnLock=1 in the factory's file");
     changed.replace(lock, 8, "EnLock=0");
-    WriteDurably(kFactoryFile, changed);
+    WriteDurably(kFactoryUserIni, changed);
     Run(kProgram, "pwd");
-    for (int account = 0; account <= 16; ++account)
-        GiveKeyNumber("/config/user/voip/sipAccount" + std::to_string(account) + ".cfg");
+    for (int account = 0; account <= kLastAccount; ++account)
+        GiveKeyNumber(AccountFilePath(account));
 }
 
 void MakePhoneFor(const std::string& mode)

@@ -7,6 +7,9 @@
 #include <optional>
 #include <string>
 
+/// The device's key.
+constexpr char kCipherKeyFile[] = "/phone/factory/certs/pwcipher.key";
+
 /// The password cipher with the key of any file, for programs that examine a phone's files from outside.
 /// `pw_data_encrypt` and `pw_data_decrypt` call this with the device's key.
 class KeyedCipher

@@ -19,12 +19,14 @@ struct CIniConfigInfo {
     bool active = true;      ///< false: to be skipped
 };
 
+constexpr char kEntryListFile[] = "/phone/resource/encryptconfig.xml";
+
 /// The device's list of enciphered entries (docs/encryptconfig.md).
 class CConfigMapper
 {
 public:
     /// @param path  the list's file; not copied, so it must live as long as the mapper
-    explicit CConfigMapper(const char* path = "/phone/resource/encryptconfig.xml") : path_(path) {}
+    explicit CConfigMapper(const char* path = kEntryListFile) : path_(path) {}
 
     /// Fills the list in file order.
     ///

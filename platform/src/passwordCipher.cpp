@@ -17,7 +17,7 @@ void WarnInSystemLog(const std::string& text)
 /// Static, so that the key is read once per run.
 const KeyedCipher& DeviceCipher()
 {
-    static const KeyedCipher cipher("/phone/factory/certs/pwcipher.key", &WarnInSystemLog);
+    static const KeyedCipher cipher(kCipherKeyFile, &WarnInSystemLog);
     return cipher;
 }
 

@@ -12,7 +12,7 @@ from pathlib import Path
 
 ROOT = Path(__file__).resolve().parents[2]
 PLATFORM = ["platform/include"]
-APP = ["app/kestrune/xmlTranslator", "app/kestrune/kestrune"]
+APP = ["app/kestrune/phone", "app/kestrune/xmlTranslator", "app/kestrune/kestrune"]
 IMAGE = ["platform/host", "tools/phoneImage"]
 ROOMS = ["steps", "changes", "secrets", "shown", "warnings", "output"]  # in the order of a value's way to a report
 
@@ -20,8 +20,9 @@ MAY_INCLUDE = {
     "platform/include": [],
     "platform/host": PLATFORM,
     "platform/src": PLATFORM + ["platform/host"],
-    "app/kestrune/xmlTranslator": PLATFORM,
-    "app/kestrune/kestrune": PLATFORM + ["app/kestrune/xmlTranslator"],
+    "app/kestrune/phone": PLATFORM,
+    "app/kestrune/xmlTranslator": PLATFORM + APP[:1],
+    "app/kestrune/kestrune": PLATFORM + APP[:2],
     "tools/phoneImage": PLATFORM + ["platform/host"],
     "tools/tableCheck": PLATFORM + APP + IMAGE,
     "tools/preview": PLATFORM + APP + IMAGE + [f"tools/preview/{room}" for room in ROOMS],

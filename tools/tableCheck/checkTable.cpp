@@ -10,6 +10,7 @@
 #include <tuple>
 
 #include "attributeRules.h"
+#include "configMapper.h"
 #include "entryListRules.h"
 #include "fileRules.h"
 #include "imageRules.h"
@@ -29,7 +30,7 @@ bool LoadEntryList(const TableCheckInput& input, const PhoneFolder* phone, Entry
 {
     std::string path = input.entryList;
     if (path.empty() && phone != nullptr)
-        path = phone->Find("/phone/resource/encryptconfig.xml").value_or("");
+        path = phone->Find(kEntryListFile).value_or("");
     if (path.empty() || rules.Load(path))
         return true;
     problem = "the list of enciphered entries does not load: " + EscapedText(path);

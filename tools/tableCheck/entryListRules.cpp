@@ -4,7 +4,7 @@
 #include "entryListRules.h"
 
 #include "configMapper.h"
-#include "devicePaths.h"
+#include "phoneFacts.h"
 #include "transPasswordFile.h"
 
 bool EntryListRules::Load(const std::string& path)

@@ -30,7 +30,7 @@ bool IsStorable(const Place& place)
 } // namespace
 
 ImageRules::ImageRules(const PhoneFolder& phone)
-    : phone_(phone), keyFile_(phone.Find("/phone/factory/certs/pwcipher.key").value_or("")), cipher_(keyFile_.c_str())
+    : phone_(phone), keyFile_(phone.Find(kCipherKeyFile).value_or("")), cipher_(keyFile_.c_str())
 {
 }
 

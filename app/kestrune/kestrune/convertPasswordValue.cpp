@@ -5,6 +5,7 @@
 
 #include <cstdio>
 
+#include "passReports.h"
 #include "passwordCipher.h"
 #include "standardOutput.h"
 
@@ -22,7 +23,7 @@ bool IsSevenBit(const char* text)
 
 void PrintBuffer(const char* buffer, int result)
 {
-    std::fprintf(StandardOutput(), "lpOutPassword=%s, %d\n", buffer, result);
+    std::fprintf(StandardOutput(), kCipherReport, buffer, result);
 }
 
 void Encipher(const std::string& input, std::string& output)

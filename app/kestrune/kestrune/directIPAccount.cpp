@@ -5,17 +5,14 @@
 
 #include <string>
 
-#include "devicePaths.h"
 #include "fileHelper.h"
 #include "fileReplacement.h"
 #include "iniFile.h"
+#include "phoneFacts.h"
 #include "profile.h"
 
 namespace
 {
-
-constexpr char kDirectIPFile[] = "/config/user/voip/directip.cfg";
-constexpr char kFactoryAccount[] = "/phone/factory/user/voip/sipAccount16.cfg";
 
 void StripValueMark(iniKey& key)
 {

@@ -3,10 +3,10 @@
 
 #include "handOverCopy.h"
 
-#include "devicePaths.h"
 #include "fileHelper.h"
 #include "fileReplacement.h"
 #include "iniFile.h"
+#include "phoneFacts.h"
 #include "runCommit.h"
 
 void BringBackHandOver(std::string_view mode)

@@ -5,21 +5,11 @@
 
 #include <pugixml.hpp>
 
+#include "phoneFacts.h"
 #include "pugiXmlFile.h"
 
 namespace
 {
-
-constexpr int kLayoutFiles = 8;
-
-/// In processing order; the two tables have matching indexes.
-constexpr const char* kLayoutPaths[kLayoutFiles] = {
-    "/config/data/linekey.xml", "/config/data/programkey.xml", "/config/data/expkey0.xml", "/config/data/expkey1.xml",
-    "/config/data/expkey2.xml", "/config/data/expkey3.xml",    "/config/data/expkey4.xml", "/config/data/expkey5.xml",
-};
-constexpr const char* kLayoutRoots[kLayoutFiles] = {
-    "dsskey", "programkey", "dsskey", "dsskey", "dsskey", "dsskey", "dsskey", "dsskey",
-};
 
 /// CDATA, escapes, line ends and attribute white space, converted and normalised; comments and declarations are
 /// dropped.
@@ -78,8 +68,8 @@ bool MigrateItem(pugi::xml_node item)
 void MigrateKeyLayouts()
 {
     pugi::xml_document document;
-    for (int i = 0; i < kLayoutFiles; ++i)
-        (void)MigrateKeyLayout(document, kLayoutPaths[i], kLayoutRoots[i]); // the other layouts do not depend on it
+    for (const XmlFile& layout : kKeyLayouts)
+        (void)MigrateKeyLayout(document, layout.path, layout.root); // the other layouts do not depend on it
 }
 
 bool MigrateKeyLayout(pugi::xml_document& document, const char* path, const char* rootName)

@@ -6,10 +6,10 @@
 #include <cstdint>
 #include <string>
 
-#include "devicePaths.h"
 #include "fileHelper.h"
 #include "integerText.h"
 #include "migrateKeyLayouts.h"
+#include "phoneFacts.h"
 #include "profile.h"
 #include "registry.h"
 
@@ -17,7 +17,6 @@ namespace
 {
 
 constexpr int kSecondsPerMinute = 60;
-constexpr int kLongestBacklightMinutes = 59;
 constexpr int kDefaultBacklightMinutes = 1;
 
 // Account 16 is deliberately left out: it has no call centre.
@@ -135,15 +134,15 @@ void MigrateSyslog()
 
 void BacklightMinutesToSeconds()
 {
-    _HREGISTRY_* target = registryOpen(kUserIni, "Backlight");
-    const int minutes = registryGetInt(target, "nBacklightTime", kDefaultBacklightMinutes);
-    registrySetInt(target, "nBacklightTime", MinutesToSeconds(minutes));
+    _HREGISTRY_* target = registryOpen(kUserIni, kBacklightSection);
+    const int minutes = registryGetInt(target, kBacklightKey, kDefaultBacklightMinutes);
+    registrySetInt(target, kBacklightKey, MinutesToSeconds(minutes));
     registryFlush(target);
 }
 
 void BacklightMinutesToSecondsIfSmall()
 {
-    const int minutes = etlGetRegistryInt(kUserIni, "Backlight", "nBacklightTime", kDefaultBacklightMinutes);
+    const int minutes = etlGetRegistryInt(kUserIni, kBacklightSection, kBacklightKey, kDefaultBacklightMinutes);
     if (minutes <= kLongestBacklightMinutes)
-        etlSetRegistryInt(kUserIni, "Backlight", "nBacklightTime", MinutesToSeconds(minutes));
+        etlSetRegistryInt(kUserIni, kBacklightSection, kBacklightKey, MinutesToSeconds(minutes));
 }

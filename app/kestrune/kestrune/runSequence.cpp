@@ -5,19 +5,13 @@
 
 #include <string_view>
 
+#include "allV4XToV50.h"
 #include "appLog.h"
-#include "contactV4XToV50.h"
-#include "dataPaths.h"
-#include "devicePaths.h"
-#include "dialNowV4XToV50.h"
-#include "dialPlanV4XToV50.h"
 #include "directIPAccount.h"
-#include "doorPhoneV4XToV50.h"
-#include "dssKeyV4XToV50.h"
 #include "handOverCopy.h"
 #include "migrateVersionSettings.h"
+#include "phoneFacts.h"
 #include "profile.h"
-#include "remoteBookV4XToV50.h"
 #include "runCommit.h"
 #include "saveVersionInfo.h"
 #include "startUpFixUps.h"
@@ -55,12 +49,8 @@ void TranslateXmlData(const PassRunner& run)
 {
     if (!IsEnableFromOld())
         return;
-    run("contacts", [] { return ContactV4XToV50(kOldContacts, kNewContactList, kNewContactGroups); });
-    run("dial plan", [] { return DialPlanV4XToV50(kOldDialPlan, kNewDialPlan); });
-    run("dial-now rules", [] { return DialNowV4XToV50(kOldDialNow, kNewDialNow); });
-    run("DSS keys", [] { return DSSKeyV4XToV50(kOldDSSKeys, kNewDSSKeys); });
-    run("door phones", [] { return DoorPhoneV4XToV50(kDoorPhones, kDoorPhones); });
-    run("remote phone books", [] { return RemoteBookV4XToV50(kOldRemoteBooks, kNewRemoteBooks); });
+    for (const XmlTranslation& translation : kXmlTranslations)
+        run(translation.pass, translation.translate);
 }
 
 void SyncFactoryByVersion()
@@ -105,7 +95,7 @@ void RunMode(std::string_view mode, const PassRunner& run)
 
 bool IsEnableFromOld()
 {
-    return etlGetRegistryInt("/config/version.ini", "SyncConfig", "bEnableFromOld", 1) != 0;
+    return etlGetRegistryInt(kVersionIni, kSyncSection, kEnableKey, 1) != 0;
 }
 
 int RunSequence(int argumentCount, const char* const* arguments, PassEnd passEnd)

@@ -3,7 +3,7 @@
 
 #include "saveVersionInfo.h"
 
-#include "devicePaths.h"
+#include "phoneFacts.h"
 #include "registry.h"
 
 void SaveVersionInfo()

@@ -5,8 +5,8 @@
 
 #include <string>
 
-#include "devicePaths.h"
 #include "fileHelper.h"
+#include "phoneFacts.h"
 #include "profile.h"
 
 namespace

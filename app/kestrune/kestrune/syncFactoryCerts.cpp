@@ -11,17 +11,15 @@
 #include "appLog.h"
 #include "fileHelper.h"
 #include "foreignCopies.h"
+#include "phoneFacts.h"
 #include "standardOutput.h"
 
 namespace
 {
 
-constexpr char kFactoryFolder[] = "/phone/factory/certs/phoneca/";
-constexpr char kUserFolder[] = "/config/certs/phoneca/";
-
 ForeignCopy CopyOf(const std::string& name)
 {
-    return {kUserFolder + name, kFactoryFolder + name};
+    return {kUserCertificates + name, kFactoryCertificates + name};
 }
 
 bool IsMissing(const ForeignCopy& copy)
@@ -46,7 +44,7 @@ void CopyCertificate(const ForeignCopy& copy)
 void SyncFactoryCerts()
 {
     std::vector<std::string> names;
-    ListDirectoryEntries(kFactoryFolder, names);
+    ListDirectoryEntries(kFactoryCertificates, names);
     std::vector<ForeignCopy> missing;
     for (const std::string& name : names) {
         if (IsMissing(CopyOf(name)))

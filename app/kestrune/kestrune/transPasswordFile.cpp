@@ -8,9 +8,10 @@
 
 #include "appLog.h"
 #include "configMapper.h"
-#include "devicePaths.h"
 #include "iniFile.h"
+#include "passReports.h"
 #include "passwordCipher.h"
+#include "phoneFacts.h"
 #include "trace.h"
 
 namespace
@@ -18,7 +19,7 @@ namespace
 
 bool IsPlain(const iniFile& userIni)
 {
-    return userIni.GetIntValue("PhoneSetting", "EnLock", 0) == 0;
+    return userIni.GetIntValue(kLockSection, kLockKey, 0) == 0;
 }
 
 void ConvertEntry(CipherDirection direction, const CIniConfigInfo& entry)
@@ -40,8 +41,8 @@ int Convert(CipherDirection direction, const char* value, char* output)
 {
     const bool isEncipher = direction == CipherDirection::Encipher;
     const int result = isEncipher ? pw_data_encrypt(value, output) : pw_data_decrypt(value, output);
-    ETL_TraceHelper::etlTrace(ETL_TraceHelper::kTraceData, isEncipher ? "Encrypt:(%s)->(%s)" : "Decrypt:(%s)->(%s)",
-                              value, output);
+    ETL_TraceHelper::etlTrace(ETL_TraceHelper::kTraceData, isEncipher ? kEncipheredReport : kDecipheredReport, value,
+                              output);
     return result;
 }
 
@@ -51,13 +52,13 @@ int TransPasswordFile()
 {
     iniFile userIni;
     if (userIni.LoadFromFile(kUserIni) == 0) {
-        app_log(kAppLogModule, kAppLogWarning, "Can's load user's inifile!\n"); // the device's own spelling
+        app_log(kAppLogModule, kAppLogWarning, kNoUserIniReport);
         return 0;
     }
     const bool isUserPlain = IsPlain(userIni);
 
     if (userIni.LoadFromFile(kFactoryUserIni) == 0) {
-        app_log(kAppLogModule, kAppLogWarning, "Can's load factory user's inifile!\n"); // the device's own spelling
+        app_log(kAppLogModule, kAppLogWarning, kNoFactoryIniReport);
         return 0;
     }
     const bool isFactoryPlain = IsPlain(userIni);
@@ -75,7 +76,7 @@ int TransAllEncryptConfig(CipherDirection direction)
     std::list<CIniConfigInfo*> entries;
     CConfigMapper mapper;
     if (mapper.GetAllEncryptConfig(entries) == 0) {
-        ETL_TraceHelper::etlTrace(ETL_TraceHelper::kTracePassword, "Fail to get encrypt config !!");
+        ETL_TraceHelper::etlTrace(ETL_TraceHelper::kTracePassword, kNoEntryListReport);
         return 0;
     }
     for (const CIniConfigInfo* entry : entries) {
@@ -96,7 +97,7 @@ int TransEncryptValue(CipherDirection direction, const char* file, const char* s
     static std::string loadedPath;
     if (loadedPath != file) {
         if (document.LoadFromFile(file) == 0) {
-            ETL_TraceHelper::etlTrace(ETL_TraceHelper::kTracePassword, "Fail to load file [%s] !!", file);
+            ETL_TraceHelper::etlTrace(ETL_TraceHelper::kTracePassword, kNoEntryFileReport, file);
             loadedPath.clear();
             return 0;
         }

@@ -3,9 +3,6 @@
 
 #pragma once
 
-/// The password pass handles only the first four accounts.
-constexpr int kConvertedAccounts = 4;
-
 /// The direction of a conversion; the device defines the numbers.
 enum class CipherDirection {
     Encipher = 0,

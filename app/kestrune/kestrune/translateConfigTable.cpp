@@ -8,17 +8,16 @@
 
 #include "appLog.h"
 #include "convertPasswordValue.h"
-#include "devicePaths.h"
 #include "fileHelper.h"
 #include "iniFile.h"
+#include "passReports.h"
+#include "phoneFacts.h"
 #include "standardOutput.h"
 #include "trackedNew.h"
 #include "xmlFile.h"
 
 namespace
 {
-
-constexpr char kTableFile[] = "/phone/resource/kestrune.xml";
 
 /// Never released; static, so that the document stays reachable until the process ends.
 TiXmlDocument* NewTableDocument()
@@ -31,7 +30,7 @@ TiXmlDocument* NewTableDocument()
 bool IsDeviceLocked()
 {
     iniFile userIni;
-    return userIni.LoadFromFile(kUserIni) != 0 && userIni.GetIntValue("PhoneSetting", "EnLock", 0) != 0;
+    return userIni.LoadFromFile(kUserIni) != 0 && userIni.GetIntValue(kLockSection, kLockKey, 0) != 0;
 }
 
 /// Reads the first of the two attributes that is present, even if it is empty.
@@ -54,13 +53,13 @@ bool TranslateRecord(const TiXmlElement& record, bool bEncrypt)
     GetDstInfo(record, file, section, key, bThisKeyEncrypt);
 
     const std::string value = GetSrcValue(record, bEncrypt && bThisKeyEncrypt);
-    std::fprintf(StandardOutput(), "Translate dst: %s %s %s value:%s bThisKeyEncrypt:%d\n", file.c_str(),
-                 section.c_str(), key.c_str(), value.c_str(), bThisKeyEncrypt);
+    std::fprintf(StandardOutput(), kRecordReport, file.c_str(), section.c_str(), key.c_str(), value.c_str(),
+                 bThisKeyEncrypt);
 
     // Loaded again for every record, so that each record sees the results of earlier ones.
     iniFile destination;
     if (destination.LoadFromFile(file.c_str()) == 0) {
-        std::fputs("Can's load user's inifile!\n", StandardOutput()); // the device's own spelling
+        std::fputs(kNoDestinationReport, StandardOutput());
         return false;
     }
     if (destination.SetTextValue(section, key, value) != 0)
@@ -73,7 +72,7 @@ bool TranslateRecord(const TiXmlElement& record, bool bEncrypt)
 int TranslateConfigTable()
 {
     if (ETL_MiscHelper::pathFileExist(kTableFile) == 0) {
-        std::fprintf(StandardOutput(), "The file [%s] not exist !\n", kTableFile);
+        std::fprintf(StandardOutput(), kNoTableReport, kTableFile);
         return 0;
     }
     TiXmlDocument* table = NewTableDocument();
@@ -82,11 +81,11 @@ int TranslateConfigTable()
     const bool isLoaded = LoadXmlFile(*table, kTableFile) != 0;
 
     const bool bEncrypt = IsDeviceLocked();
-    std::fprintf(StandardOutput(), "bEncrypt=%d\n", bEncrypt);
+    std::fprintf(StandardOutput(), kLockReport, bEncrypt);
 
     const TiXmlElement* record = isLoaded ? FirstTableRecord(*table) : nullptr;
     if (record == nullptr) {
-        app_log(kAppLogModule, kAppLogWarning, "No config translate record!\n");
+        app_log(kAppLogModule, kAppLogWarning, kNoRecordReport);
         return 0;
     }
     for (; record != nullptr; record = record->NextSiblingElement()) {
@@ -121,7 +120,7 @@ std::string GetSrcValue(const TiXmlElement& record, bool wantEnciphered)
         return std::string();
 
     const std::string text = ReadIniText(file, section, key, "");
-    std::fprintf(StandardOutput(), "src value:%s\n", text.c_str());
+    std::fprintf(StandardOutput(), kSourceReport, text.c_str());
     std::string value;
     ConvertPasswordValue(&text, value, wantEnciphered);
     return value;
@@ -131,7 +130,7 @@ std::string ReadIniText(const char* file, const char* section, const char* key, 
 {
     iniFile document;
     if (document.LoadFromFile(file) == 0) {
-        std::fprintf(StandardOutput(), "Can's load user's inifile [%s]!\n", file); // the device's own spelling
+        std::fprintf(StandardOutput(), kNoSourceReport, file);
         return std::string();
     }
     return document.GetTextValue(section, key, defaultText);

@@ -7,6 +7,8 @@
 #include <tinyxml.h>
 
 #include "fileHelper.h"
+#include "passReports.h"
+#include "phoneFacts.h"
 #include "trace.h"
 #include "xmlElement.h"
 #include "xmlFile.h"
@@ -17,10 +19,6 @@ namespace
 constexpr std::int32_t kAllGroup = 0;
 constexpr std::int32_t kBlackListGroup = 1;
 constexpr std::int32_t kFirstCustomGroup = 2;
-
-// Each limit is tested before a record is read, so one more than this is kept; "All" counts as a group.
-constexpr std::size_t kGroupLimit = 50;
-constexpr std::size_t kContactLimit = 1000;
 
 /// The folder of the photos has moved.
 std::string NewPhotoPath(const std::string& oldPath)
@@ -45,7 +43,7 @@ void ReadContacts(const TiXmlElement& group, std::int32_t groupId, std::list<Con
 {
     const TiXmlElement* element = group.FirstChildElement("contact");
     for (; element != nullptr; element = element->NextSiblingElement("contact")) {
-        if (contacts.size() > kContactLimit)
+        if (contacts.size() == kMostContacts)
             return;
         ContactRecord contact;
         contact.displayName = TinyXml_GetStringAttr(element, "sLocalRename", "");
@@ -65,7 +63,7 @@ void ReadGroups(const TiXmlElement& root, std::list<ContactRecord>& contacts, st
     std::int32_t nextCustomId = kFirstCustomGroup;
     const TiXmlElement* element = root.FirstChildElement("group");
     for (; element != nullptr; element = element->NextSiblingElement("group")) {
-        if (groups.size() > kGroupLimit)
+        if (groups.size() > kMostContactGroups)
             return;
         const std::string name = TinyXml_GetStringAttr(element, "sGroupName", "");
         const std::int32_t id = GroupIdOf(name, nextCustomId);
@@ -129,7 +127,7 @@ int ContactV4XToV50(const char* oldPath, const char* newContactPath, const char*
         return 0;
 
     if (contacts.empty()) {
-        ETL_TraceHelper::etlTrace(ETL_TraceHelper::kTraceData, "Contact list is empty !!");
+        ETL_TraceHelper::etlTrace(ETL_TraceHelper::kTraceData, kEmptyContactListReport);
         return 0;
     }
     if (SetV50ContactData(newContactPath, contacts, oldPath) == 0)
@@ -154,11 +152,10 @@ int GetV4XContactData(const char* oldPath, std::list<ContactRecord>& contacts, s
     std::string errorDesc;
     if (LoadDataFile(document, oldPath, &errorDesc) == 0) {
         // The device puts the description where the path should be.
-        ETL_TraceHelper::etlTrace(ETL_TraceHelper::kTraceData, "Fail to load file [%s]. Error Desc [%s]",
-                                  errorDesc.c_str(), "");
+        ETL_TraceHelper::etlTrace(ETL_TraceHelper::kTraceData, kNoContactsReport, errorDesc.c_str(), "");
         return 0;
     }
-    const TiXmlElement* root = document.FirstChildElement("contactData");
+    const TiXmlElement* root = document.FirstChildElement(kOldContacts.root);
     if (root == nullptr)
         return 0;
 

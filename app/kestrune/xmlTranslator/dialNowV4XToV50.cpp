@@ -6,6 +6,8 @@
 #include <tinyxml.h>
 
 #include "fileHelper.h"
+#include "passReports.h"
+#include "phoneFacts.h"
 #include "trace.h"
 #include "xmlElement.h"
 #include "xmlFile.h"
@@ -33,10 +35,10 @@ int GetV4XDialNowData(const char* oldPath, std::list<DialRuleRecord>& rules)
 
     TiXmlDocument document;
     if (LoadDataFile(document, oldPath) == 0) {
-        ETL_TraceHelper::etlTrace(ETL_TraceHelper::kTraceData, "The file [%s] can't be loaded !", oldPath);
+        ETL_TraceHelper::etlTrace(ETL_TraceHelper::kTraceData, kNoDialFileReport, oldPath);
         return 0;
     }
-    const TiXmlElement* root = document.FirstChildElement("DialNow");
+    const TiXmlElement* root = document.FirstChildElement(kOldDialNow.root);
     if (root == nullptr)
         return 0;
 

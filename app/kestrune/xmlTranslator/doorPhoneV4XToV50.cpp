@@ -7,6 +7,8 @@
 #include <tinyxml.h>
 
 #include "fileHelper.h"
+#include "passReports.h"
+#include "phoneFacts.h"
 #include "trace.h"
 #include "xmlElement.h"
 #include "xmlFile.h"
@@ -67,10 +69,10 @@ int GetV4XDoorPhoneData(const char* oldPath, std::list<DoorPhoneRecord>& doorPho
 
     TiXmlDocument document;
     if (LoadDataFile(document, oldPath) == 0) {
-        ETL_TraceHelper::etlTrace(ETL_TraceHelper::kTraceData, "Can't load the DoorPhone file [%s]!", oldPath);
+        ETL_TraceHelper::etlTrace(ETL_TraceHelper::kTraceData, kNoDoorPhonesReport, oldPath);
         return 0;
     }
-    const TiXmlElement* root = document.FirstChildElement("DoorPhone");
+    const TiXmlElement* root = document.FirstChildElement(kDoorPhones.root);
     if (root == nullptr)
         return 0;
 

@@ -6,6 +6,8 @@
 #include <tinyxml.h>
 
 #include "fileHelper.h"
+#include "passReports.h"
+#include "phoneFacts.h"
 #include "trace.h"
 #include "xmlElement.h"
 #include "xmlFile.h"
@@ -14,7 +16,6 @@ namespace
 {
 
 constexpr char kNoKeyType[] = "N/A";
-constexpr int kMostKeys = 18; // the device has no more; those of type "N/A" count too
 
 std::string NewType(const std::string& oldType)
 {
@@ -86,10 +87,10 @@ int GetV4XDSSKeyData(const char* oldPath, std::list<DSSKeyRecord>& keys)
 
     TiXmlDocument document;
     if (LoadDataFile(document, oldPath) == 0) {
-        ETL_TraceHelper::etlTrace(ETL_TraceHelper::kTraceData, "Can't load the dsskey file [%s]!", oldPath);
+        ETL_TraceHelper::etlTrace(ETL_TraceHelper::kTraceData, kNoDSSKeysReport, oldPath);
         return 0;
     }
-    const TiXmlElement* root = document.FirstChildElement("DssKey");
+    const TiXmlElement* root = document.FirstChildElement(kOldDSSKeys.root);
     if (root == nullptr)
         return 0;
 
@@ -109,7 +110,7 @@ int SetV50DSSKeyData(const char* newPath, const std::list<DSSKeyRecord>& keys, c
         return 0;
     int count = 0;
     for (const DSSKeyRecord& key : keys) {
-        if (count++ == kMostKeys)
+        if (count++ == kMostDSSKeys)
             break;
         if (!AppendKey(*root, key))
             return 0;

@@ -6,6 +6,8 @@
 #include <tinyxml.h>
 
 #include "fileHelper.h"
+#include "passReports.h"
+#include "phoneFacts.h"
 #include "trace.h"
 #include "xmlElement.h"
 #include "xmlFile.h"
@@ -49,10 +51,10 @@ int RemoteBookV4XToV50(const char* oldPath, const char* newPath)
 
     TiXmlDocument document;
     if (LoadDataFile(document, oldPath) == 0) {
-        ETL_TraceHelper::etlTrace(ETL_TraceHelper::kTraceData, "Fail to load remote phonebook !!");
+        ETL_TraceHelper::etlTrace(ETL_TraceHelper::kTraceData, kNoRemoteBooksReport);
         return 0;
     }
-    TiXmlElement* root = document.FirstChildElement("RemotePhoneBook");
+    TiXmlElement* root = document.FirstChildElement(kOldRemoteBooks.root);
     if (root == nullptr)
         return 0;
 

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-#include "devicePaths.h"
+#include "phoneFacts.h"
 
 std::string AccountFilePath(int number)
 {
