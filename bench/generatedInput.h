@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-/// Inputs of the benchmarks. All names and numbers in them are made up, and the same in every run.
+/// Inputs of the benchmarks. All names and numbers in them are invented, and the same in every run.
 
 struct KeyName {
     std::string section;
@@ -19,10 +19,10 @@ struct IniInput {
     std::vector<KeyName> keys; ///< in file order
 };
 
-/// A configuration file like those of a phone: sections of a dozen keys. No comments: there is no sign for them that all
-/// libraries know.
+/// A configuration file like those of a phone: sections of a dozen keys. No comments, since the libraries have no
+/// comment character in common.
 ///
-/// @param size  of the text at least; at most a section more
+/// @param size  minimum length of the text in bytes, which is exceeded by at most one section
 IniInput MakeIni(std::size_t size, const std::string& lineEnd);
 
 /// Contacts in groups, in the old form.

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// Load a file and get one key, or set it and save to memory. The key is the last of the file: everything before it has to be
-// passed by. The set makes the value longer.
+// Load a file and get one key, or set it and save to memory. The key is the last one of the file, so everything before
+// it has to be skipped. The new value is longer than the old one.
 
 #include <fstream>
 #include <sstream>
@@ -45,7 +45,7 @@ std::string WithLastValue(const IniInput& input, const std::string& lineEnd)
     return text.replace(begin, text.find(lineEnd, begin) - begin, kNewValue);
 }
 
-/// Whether a set leaves all other bytes as they were.
+/// Whether a set preserves all other bytes.
 bool KeepsOtherBytes(const IniInput& input, const std::string& lineEnd)
 {
     std::string text = SetLast(input);

@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <string>
 
-/// The configuration files that every INI benchmark is done with.
+/// The configuration files of every INI benchmark.
 struct InputVariant {
     std::string name;
     std::size_t size;

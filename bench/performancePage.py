@@ -34,7 +34,7 @@ def machine():
 
 
 def cell(values):
-    """Median and spread, the distance between the quartiles."""
+    """Median, and half the distance between the quartiles."""
     if not values:
         return "-"
     low, _, high = statistics.quantiles(values, n=4) if len(values) > 1 else (values[0],) * 3

@@ -1,11 +1,11 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""Turns what strace wrote about a piece of work into C++ that makes the same system calls and does nothing else: the floor.
+"""Turns a recording of strace into C++ code that makes only the same system calls: the floor.
 
-The calls are those on files, folders, descriptors and other processes; how a process gets its memory is its own matter. What
-is written are the bytes that were read last: as many as recorded, and nobody had to work out which. Every call has to give the
-recorded result, so that a floor which does not do the work ends with an error instead of a fine figure.
+The code repeats calls on files, folders, descriptors and other processes, but not those that allocate memory. Writes repeat the
+bytes that were read last, with the recorded length, so that their content need not be computed. Every call has to give the
+recorded result, so that a floor that does not do the work ends with an error instead of a good figure.
 """
 
 import collections
@@ -17,7 +17,7 @@ REPEATED = {"access", "close", "connect", "copy_file_range", "dup2", "faccessat2
             "getxattr", "ioctl", "listxattr", "lseek", "mkdir", "newfstatat", "openat", "pread64", "read", "readlink", "rename",
             "socket", "umask", "unlink", "utimensat", "write"}
 WITH_DATA = {"getcwd", "getdents64", "pread64", "read", "readlink", "write"}
-# Start-up, memory, signals, waiting and the end of a process; a child is repeated as the shell command that it is.
+# Start-up, memory, signals, waiting and the end of a process; a child process is repeated as its shell command.
 LEFT_OUT = {"poll", "prctl", "arch_prctl", "brk", "clone3", "execve", "exit_group", "futex", "getrandom", "madvise", "mmap", "mprotect", "mremap",
             "munmap", "prlimit64", "rseq", "rt_sigaction", "rt_sigprocmask", "rt_sigreturn", "set_robust_list",
             "set_tid_address", "vfork", "wait4"}
@@ -58,7 +58,7 @@ def parse(line):
 
 
 def calls_between(lines, begin, end):
-    """The calls between the last pair of lines that name the marks."""
+    """The calls between the last pair of lines that contain the marks."""
     first = max(number for number, line in enumerate(lines) if begin in line)
     last = max(number for number, line in enumerate(lines) if end in line)
     return [call for call in map(parse, lines[first + 1:last]) if call]
@@ -79,7 +79,7 @@ def calls_of_program(lines, program):
 
 
 def count(calls):
-    """How often each call is made, and the bytes that are written to files."""
+    """The number of calls of each kind, and the bytes that are written to files."""
     counts = collections.Counter(call.name for call in calls)
     counts["bytes written"] = sum(int(call.result) for call in calls if call.name == "write" and int(call.arguments[0]) > 2)
     return counts
@@ -113,7 +113,7 @@ def program(calls):
 
 
 def records(recordings):
-    """The floor's implementation of records.h. The recordings go by the names of their benchmarks and passes."""
+    """The floor's implementation of records.h. The recordings have the names of their benchmarks and passes."""
     text = HEAD + '#include "records.h"\n\n'
     rows = ""
     for number, ((name, pass_name), calls) in enumerate(recordings.items()):

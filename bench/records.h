@@ -8,12 +8,12 @@
 
 #include "generatedInput.h"
 
-/// One record of a translation table: a key of one file goes to a key of another, which is saved durably.
+/// One record of a translation table: the value of a key is copied to a key of another file, which is saved durably.
 struct Record {
     std::string source;
     std::string destination;
     KeyName key;
-    std::string value; ///< that the destination gets: of the same length in every record, longer than the one before
+    std::string value; ///< new value of the destination: of the same length in every record, longer than the old one
 };
 
 enum class Pass {
@@ -21,11 +21,11 @@ enum class Pass {
     Second, ///< nothing changes
 };
 
-/// Does the records, one after the other, each from nothing. records.cpp does it with the INI library that it is linked to; the
-/// floor's own implementation repeats the system calls that were recorded when kestrune did it.
+/// Processes the records, one after the other, each from scratch. records.cpp does it with the INI library that it is
+/// linked to; the floor's own implementation repeats the system calls that were recorded when kestrune did it.
 ///
-/// @param name  of the benchmark; that of one run takes all records together
+/// @param name  name of the benchmark; that of one run commits all records together
 void DoRecords(const std::string& name, Pass pass, const std::vector<Record>& records);
 
-/// Whether this program can do records at all.
+/// Whether this program can process records at all.
 bool CanDoRecords();

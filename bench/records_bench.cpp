@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// The table pass's work: a record reads its source, loads its destination, sets a key, and saves durably. One record, and 500 of
-// them over 20 files of 8 KiB, in memory and on a disk: as one run, the first time and again, when nothing changes, and
-// each saved at once.
+// The work of the table pass: a record reads its source, loads its destination, sets a key, and saves durably. One
+// record, and 500 of them over 20 files of 8 KiB, in memory and on a disk: as one run, for the first time and again
+// without changes, and with each record saved at once.
 
 #include "records.h"
 
@@ -34,7 +34,7 @@ std::string FileName(int number)
     return "settings" + std::to_string(number) + ".ini";
 }
 
-/// Records that go to every file in turn, to keys all over it.
+/// Records whose destinations are all files in turn, and keys all over each file.
 std::vector<Record> MakeRecords(const Table& table, const IniInput& input)
 {
     const int perFile = table.records / table.files;
@@ -48,7 +48,7 @@ std::vector<Record> MakeRecords(const Table& table, const IniInput& input)
     return records;
 }
 
-/// Calls that mark in a recording where the work begins and ends.
+/// Marks the beginning and the end of the work in a recording.
 void Mark(const char* what)
 {
     (void)access(what, F_OK); // there is no such file

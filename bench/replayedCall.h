@@ -3,7 +3,7 @@
 
 #pragma once
 
-// What the floors are made of: see recordedCalls.py.
+// Building blocks of the floors: see recordedCalls.py.
 
 #include <algorithm>
 #include <array>
@@ -18,7 +18,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-/// What is read goes here, and what is written comes from here. Room for the largest file that is benchmarked.
+/// Buffer of all reads and writes, with room for the largest benchmarked file.
 inline char buffer[std::size_t{2} << 20];
 
 inline void Expect(long result, long recorded)

@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""What each mode costs on the example phone that no clock shows: calls, flushes, bytes, instructions, memory."""
+"""The cost of each mode on the example phone apart from time: calls, flushes, bytes, instructions, memory."""
 
 import json
 import pathlib
@@ -18,7 +18,7 @@ COLUMNS = ("calls", "opened files", "flushes", "renames", "bytes written", "inst
 
 
 def stored_calls():
-    """The calls that the tests hold each mode to."""
+    """The calls that the tests expect of each mode."""
     return json.loads((ROOT / "tests" / "cost" / "callCosts.json").read_text())
 
 
@@ -27,7 +27,7 @@ def flushes_of(mode):
 
 
 def under_valgrind(program, mode, options, pattern):
-    """The figure that valgrind tells about a first run."""
+    """The figure that valgrind reports for a first run."""
     with tempfile.TemporaryDirectory() as folder:
         root = sandbox.make_phone("example", pathlib.Path(folder) / "phone")
         result = sandbox.run(program, root, mode, ["valgrind"] + options, ["--tmpfs", "/root"], timeout=300)
@@ -35,7 +35,7 @@ def under_valgrind(program, mode, options, pattern):
 
 
 def of_modes(program, peak_memory_of):
-    """A row for each mode; the calls are those that the tests hold it to."""
+    """A row for each mode; the calls are those that the tests expect."""
     stored = stored_calls()
     rows = {}
     for mode in MODES:

@@ -11,8 +11,8 @@
 ScratchFolder::ScratchFolder(Place place) : before_(std::filesystem::current_path())
 {
     const std::filesystem::path parent = place == Place::Memory ? std::filesystem::temp_directory_path() : before_;
-    path_ = parent / "kestrune-bench";  // always the same, since a floor repeats the calls that were recorded
-    std::filesystem::remove_all(path_); // a program that failed leaves it
+    path_ = parent / "kestrune-bench";  // always the same name, since a floor repeats the recorded calls
+    std::filesystem::remove_all(path_); // a program that failed may have left it
     Require(std::filesystem::create_directory(path_), "make a scratch folder");
     std::filesystem::current_path(path_);
 }

@@ -7,13 +7,13 @@
 #include <string>
 #include <string_view>
 
-/// A new folder, in which the process works until it is removed with all that is in it. So recorded calls name no path of this
-/// machine.
+/// A new folder, which is the current folder of the process until it is removed with its content. So recorded calls
+/// contain no path of this machine.
 class ScratchFolder
 {
 public:
     enum class Place {
-        Memory, ///< the folder for temporary files, which script/bench has in tmpfs
+        Memory, ///< the folder for temporary files, which script/bench puts in tmpfs
         Disk,   ///< the folder in which the program was started
     };
 
@@ -30,5 +30,5 @@ private:
 /// Writes a file of the current folder, and flushes it to the device.
 void WriteDurably(const std::string& path, std::string_view bytes);
 
-/// Ends the program with a word about what failed.
+/// Ends the program with a message that names the failed operation.
 void Require(bool isDone, const char* what);

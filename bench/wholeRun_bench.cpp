@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// Whole runs on the example phone. The program is started in a sandbox, which shows the image as "/image" and the programs as
-// "/bench"; the phone's folders are its own, in memory, and made afresh before each run.
+// Whole runs on the example phone. The program is started in a sandbox, which shows the image as "/image" and the
+// programs as "/bench"; the phone's folders are in memory, and created again before each run.
 
 #include <algorithm>
 #include <chrono>
@@ -26,7 +26,7 @@ namespace
 
 constexpr char kProgram[] = "/bench/kestrune";
 
-/// What the program prints goes nowhere: the figures stand on standard output.
+/// The program's output is discarded, since the figures are written to standard output.
 void Run(const char* program, const char* mode)
 {
     posix_spawn_file_actions_t actions;
@@ -66,8 +66,8 @@ void GiveKeyNumber(const std::string& accountFile)
         WriteDurably(accountFile, changed.replace(none, sizeof kNone - 1, "SCALineKeyNumber=1"));
 }
 
-/// Passwords are as the factory's file asks for, the fix-ups have been done, and each account has a key number of its own:
-/// "-1", which the fix-ups give, they would write again.
+/// A phone that needs no change: passwords in the factory's form, fix-ups done, and an explicit key number in each
+/// account (the fix-ups would write "-1" again).
 void MakeIdlePhone()
 {
     MakePhone();
@@ -91,10 +91,10 @@ void MakePhoneFor(const std::string& mode)
         return MakeBlankPhone();
     MakePhone();
     if (mode == "2")
-        Run(kProgram, "1"); // the hand-over's first half
+        Run(kProgram, "1"); // the first half of the hand-over
 }
 
-/// Reports the median of the runs too: on a machine that has other things to do, the mean tells mostly about these.
+/// Also reports the median of the runs: on a busy machine, the mean mostly reflects other processes.
 void Do(benchmark::State& state, const std::string& mode, const std::string& program)
 {
     std::vector<double> seconds;

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// The conversion of 1,000 contacts, and the same documents loaded, built and saved with the bare library: without limits on what
-// is loaded, and in place.
+// The conversion of 1,000 contacts, and the same documents loaded, built and saved with the bare library: without
+// limits on the input, and overwriting the file in place.
 
 #include <fstream>
 #include <sstream>
@@ -84,7 +84,7 @@ std::string NewFiles()
     return bytes.str();
 }
 
-/// Only what gives the same files can be compared.
+/// Only programs that write the same files can be compared.
 void RequireSameFiles()
 {
     const ScratchFolder folder(ScratchFolder::Place::Memory);
@@ -95,7 +95,7 @@ void RequireSameFiles()
     Require(NewFiles() == files, "convert both ways to the same files");
 }
 
-/// The new files must be made each time: writing the same bytes once more is less work for kestrune.
+/// The new files must be created each time: writing the same bytes again is less work for kestrune.
 void Do(benchmark::State& state, void (*convert)())
 {
     const ScratchFolder folder(ScratchFolder::Place::Memory);

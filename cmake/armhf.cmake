@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-# Debian's cross compiler and armhf libraries (script/bootstrap armhf). What runs while building and testing runs under QEMU.
+# Debian's cross compiler and armhf libraries (script/bootstrap armhf). Programs run under QEMU during build and tests.
 
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR armv7l)

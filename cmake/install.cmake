@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-# What gets installed, under the GNU folders. Nothing is started or enabled: docs/installation.md tells how.
+# Installed files, in the GNU folders. Nothing is started or enabled: docs/installation.md describes how to do that.
 
 include(GNUInstallDirs)
 set(KESTRUNE_SYSTEMD_UNIT_DIR "lib/systemd/system" CACHE STRING "Folder for the systemd units, under the prefix")
@@ -18,11 +18,11 @@ foreach(mode IN ITEMS 1 2 all dev)
     install(DIRECTORY ${packaging}/systemd/kestrune@${mode}.service.d DESTINATION ${KESTRUNE_SYSTEMD_UNIT_DIR})
 endforeach()
 
-# Not in /etc/init.d: whoever builds the firmware links it to its place in the order of its start.
+# Not in /etc/init.d: the firmware links the script to its place in the start order.
 configure_file(${packaging}/kestrune.init.in ${made}/kestrune.init @ONLY)
 install(PROGRAMS ${made}/kestrune.init DESTINATION ${dataFolder})
 
-# Compressed without name and time, so that two builds give the same bytes.
+# Compressed without name and time, so that builds are reproducible.
 find_program(KESTRUNE_GZIP gzip REQUIRED)
 set(compressed "")
 function(kestrune_install_compressed source name folder)

@@ -18,10 +18,10 @@ QString PathOf(const char* section, const char* key)
     return QString(section) + "/" + key;
 }
 
-/// The class keeps what it has loaded as long as the file's time stays; here each load is to be one.
+/// The class caches a loaded file until its modification time changes; here each load must read the file.
 void MakeNewer(const char* path)
 {
-    static time_t seconds = 1'000'000'000; // static: another time in each call
+    static time_t seconds = 1'000'000'000; // static: a new time in each call
     ++seconds;
     const timespec times[2] = {{seconds, 0}, {seconds, 0}};
     Require(utimensat(AT_FDCWD, path, times, 0) == 0, "set the time"); // costs a hundredth of the load at most

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// No library: the bare open, read and close of the file, and a copy of its bytes. What any library has to do at least.
+// No library: the bare open, read and close of the file, and a copy of its bytes. This is the minimum for any library.
 
 #include <fcntl.h>
 #include <memory>

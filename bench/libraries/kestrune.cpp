@@ -9,7 +9,7 @@
 namespace
 {
 
-/// Shows the text that a save would write.
+/// Gives access to the text that a save would write.
 class Document : public iniFile
 {
 public:

@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-# The example's target. A vendor's own file names the device's library instead; docs/platform.md has one.
+# The target of the example. A vendor's own file names the device's library instead, as in docs/platform.md.
 
 add_library(
     example-platform STATIC
@@ -15,7 +15,7 @@ add_library(
     ${CMAKE_CURRENT_LIST_DIR}/src/runs.cpp
     ${CMAKE_CURRENT_LIST_DIR}/src/trackedNew.cpp
     ${CMAKE_CURRENT_LIST_DIR}/src/xml.cpp)
-# Two headers of its own come before those of the project, which serve for all the rest.
+# Two headers of the example come before those of the project, which are used for everything else.
 target_include_directories(example-platform PUBLIC ${CMAKE_CURRENT_LIST_DIR}/include
                                                    ${PROJECT_SOURCE_DIR}/platform/include)
 target_link_libraries(

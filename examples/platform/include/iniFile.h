@@ -9,8 +9,8 @@
 #include "iniObject.h"
 #include "phraseConstTextA.h"
 
-/// A configuration file as a list of lines. What each operation has to do is told in docs/platform.md; this class differs
-/// from the project's own in what it keeps, and needs a header of its own for that alone.
+/// A configuration file as a list of lines. docs/platform.md describes what each operation has to do; this class
+/// differs from the project's own only in its data members, which is why it needs its own header.
 class iniFile
 {
 public:
@@ -26,7 +26,7 @@ public:
     int GetIntValue(const phraseConstTextA& section, const phraseConstTextA& key, int defaultValue) const;
     int SetTextValue(const phraseConstTextA& section, const phraseConstTextA& key, const phraseConstTextA& text);
 
-    /// The chain lives until the next call or load.
+    /// The chain is valid until the next call or load.
     pointer_chain_pNext* objects();
 
 private:

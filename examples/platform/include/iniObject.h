@@ -8,17 +8,17 @@
 
 #include "phraseConstTextA.h"
 
-/// One line of a configuration file; its parts in a row are its bytes.
+/// One line of a configuration file; its bytes are its parts, one after the other.
 struct IniLine {
     enum class Kind { Section, Key, Other };
 
     Kind kind = Kind::Other;
     std::string name;  ///< of the section or the key; a copy of bytes of `lead`
-    std::string lead;  ///< of a key line what stands before the value, of any other line all but its end
+    std::string lead;  ///< of a key line the text before the value, of any other line everything except its end
     std::string value; ///< of a key line
     std::string end;   ///< "\n", "\r\n" or nothing
 
-    /// @return false when no line can hold the text; nothing changes then
+    /// @return false, without a change, if no line can contain the text
     bool SetValue(std::string_view text);
 };
 
@@ -32,7 +32,7 @@ public:
 
     pointer_chain_pNext* get_pNext() const { return next_; }
 
-    /// Puts a node behind this one, which is the chain's last so far.
+    /// Inserts a node after this one, which is the last of the chain.
     void Append(pointer_chain_pNext& node)
     {
         node.next_ = next_;
@@ -45,7 +45,7 @@ private:
     pointer_chain_pNext* next_ = this;
 };
 
-/// A section or a key of a loaded file. It refers to its line, which is the document's.
+/// A section or a key of a loaded file. It refers to its line, which the document owns.
 class iniObject : public pointer_chain_pNext
 {
 public:
@@ -68,7 +68,7 @@ class iniKey : public iniObject
 public:
     explicit iniKey(IniLine& line) : iniObject(kKey, line) {}
     std::string GetValue(const phraseConstTextA& /*defaultText*/) const { return Line().value; }
-    void SetValue(const phraseConstTextA& text) { (void)Line().SetValue(text.view()); } // refused: the value stays
+    void SetValue(const phraseConstTextA& text) { (void)Line().SetValue(text.view()); } // if refused, the value stays
 };
 
 class iniSection : public iniObject

@@ -18,7 +18,7 @@ int CConfigMapper::GetAllEncryptConfig(std::list<CIniConfigInfo*>& entries)
         entry->section = TinyXml_GetStringAttr(element, "section", "");
         entry->key = TinyXml_GetStringAttr(element, "key", "");
         entry->defaultText = TinyXml_GetStringAttr(element, "default", "");
-        (void)QueryXmlFlag(element, "perAccount", entry->perAccount); // absent: as the record has it
+        (void)QueryXmlFlag(element, "perAccount", entry->perAccount); // if absent, the default of the record stays
         (void)QueryXmlFlag(element, "active", entry->active);
         entries.push_back(entry.get());
         records_.push_back(std::move(entry));

@@ -44,7 +44,7 @@ std::string FolderOf(const std::string& path)
     return slash == 0 ? "/" : path.substr(0, slash);
 }
 
-/// Flushes the folder of that name. One that cannot be flushed is left to the system.
+/// Flushes the folder of that name. Failures are ignored: the system writes the folder later.
 void FlushFolder(const std::string& path)
 {
     const OpenFile folder(FolderOf(path), O_RDONLY | O_DIRECTORY);
@@ -52,12 +52,12 @@ void FlushFolder(const std::string& path)
         (void)fsync(folder.Number());
 }
 
-/// What a path leads to.
+/// The target of a path.
 struct Place {
-    std::string path;        ///< the name that is no link, or the link that is not followed
-    struct stat status = {}; ///< of that name
-    int error = 0;           ///< why there is no status; ENOENT: nothing is there
-    bool isForeign = false;  ///< the name is another user's in a folder such as /tmp
+    std::string path;        ///< the name that is not a link, or the link that is not followed
+    struct stat status = {}; ///< status of that name
+    int error = 0;           ///< why there is no status; ENOENT if the name does not exist
+    bool isForeign = false;  ///< the name belongs to another user in a folder such as /tmp
 };
 
 Place Find(const char* path)
@@ -105,25 +105,25 @@ mode_t ModeLessUmask()
     return 0644 & ~mask;
 }
 
-/// Writes the bytes and gives them to the device.
+/// Writes the bytes and flushes them to the device.
 ///
-/// @param owner  the file whose owner and group the new one gets; null for none
+/// @param owner  the file whose owner and group the new file gets; null for none
 bool WriteNewFile(const std::string& path, std::string_view bytes, const struct stat* owner, mode_t mode)
 {
-    (void)unlink(path.c_str()); // what an earlier run may have left
+    (void)unlink(path.c_str()); // an earlier run may have left it
     const OpenFile file(path, O_WRONLY | O_CREAT | O_EXCL, 0600);
     if (file.Number() == -1 || !WriteAll(file.Number(), bytes))
         return false;
-    // The owner first: a change of it clears bits.
+    // The owner comes first, since a change of it clears bits.
     if (owner != nullptr && (owner->st_uid != geteuid() || owner->st_gid != getegid()) &&
         fchown(file.Number(), owner->st_uid, owner->st_gid) != 0)
         return false;
     return fchmod(file.Number(), mode) == 0 && fsync(file.Number()) == 0;
 }
 
-/// @param source  the file whose owner and group a new one gets; null for none
-/// @param mode    the permission bits of a new one
-/// @param most    those that one which is there may keep
+/// @param source  the file whose owner and group a new file gets; null for none
+/// @param mode    the permission bits of a new file
+/// @param most    the permission bits that an existing file may keep
 bool Replace(const char* path, std::string_view bytes, const struct stat* source, mode_t mode, mode_t most = 07777)
 {
     const Place place = Find(path);
@@ -196,7 +196,7 @@ bool RemoveFile(const char* path)
 
 void NoteForeignCopies(const std::vector<ForeignCopy>& /*copies*/)
 {
-    // A copy that a power cut left unfinished stays so: nothing is noted here.
+    // A copy that was interrupted by a power cut stays incomplete: this library writes no note.
 }
 
 void EndForeignCopy(const ForeignCopy& copy)
@@ -231,7 +231,7 @@ int ETL_SubClass::etlCopyFile(const char* destinationPath, const char* sourcePat
     struct stat status = {};
     if (!ReadFile(sourcePath, bytes, &status))
         return 0;
-    // A link to the source would be gone with it.
+    // A link to the source would become dangling when the source is removed.
     const Place destination = Find(destinationPath);
     const bool isLink = destination.error == 0 && destination.path != destinationPath;
     if (isLink && destination.path == Find(sourcePath).path && unlink(destinationPath) != 0)

@@ -6,8 +6,8 @@
 #include <string>
 #include <sys/stat.h>
 
-/// Reads a whole regular file; anything else does not load and is never waited for.
+/// Reads a whole regular file; anything else does not load and never blocks.
 ///
-/// @param status  gets the status of the file that was read; may be null
-/// @return false, and `bytes` as it was, when there is nothing to read
+/// @param status  receives the status of the file that was read; may be null
+/// @return false, with `bytes` unchanged, if there is nothing to read
 bool ReadFile(const char* path, std::string& bytes, struct stat* status = nullptr);

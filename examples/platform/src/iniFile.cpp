@@ -26,7 +26,7 @@ std::string_view Trim(std::string_view text)
 }
 
 /// @param content      the line without its end
-/// @param isInSection  whether a section line came before it; no key stands outside a section
+/// @param isInSection  whether a section line came before it; there are no keys outside a section
 IniLine ReadLine(std::string_view content, bool isInSection)
 {
     IniLine line;
@@ -99,7 +99,7 @@ bool IniLine::SetValue(std::string_view text)
     if (!IsValue(text))
         return false;
     const std::string oldEnd = end;
-    *this = ReadLine(lead + std::string(text), /*isInSection=*/true); // blanks that lead the text are not of the value
+    *this = ReadLine(lead + std::string(text), /*isInSection=*/true); // leading blanks are not part of the value
     end = oldEnd;
     return true;
 }
@@ -166,7 +166,7 @@ int iniFile::SetTextValue(const phraseConstTextA& section, const phraseConstText
     return 1;
 }
 
-/// New lines end as the first one does.
+/// New lines use the line end of the first one.
 std::string iniFile::LineEnd() const
 {
     return lines_.empty() || lines_.front().end.empty() ? "\n" : lines_.front().end;
@@ -200,7 +200,7 @@ void iniFile::AddKey(std::string_view section, std::string_view key, std::string
     }
 
     std::string equals = "=";
-    if (before->kind == IniLine::Kind::Key) // with the blanks around it
+    if (before->kind == IniLine::Kind::Key) // with the same blanks around it
         equals = before->lead.substr(before->lead.find_first_not_of(kBlanks) + before->name.size());
     const std::string end = LineEnd();
     if (before->end.empty())

@@ -16,19 +16,19 @@
 struct _HREGISTRY_ {
     std::string path;
     std::string section;
-    std::list<std::pair<std::string, std::string>> changes; ///< key and text, the latest first
+    std::list<std::pair<std::string, std::string>> changes; ///< key and text, latest first
 };
 
 namespace
 {
 
-/// A file that is there but does not load must not be replaced by an empty document.
+/// A file that exists but does not load must not be replaced by an empty document.
 bool LoadOrMake(iniFile& file, const char* path)
 {
     return file.LoadFromFile(path) != 0 || ETL_MiscHelper::pathFileExist(path) == 0;
 }
 
-/// The handles that were not flushed yet; they end with the process.
+/// The handles that were not flushed yet; they are released at exit.
 std::list<_HREGISTRY_>& Handles()
 {
     static std::list<_HREGISTRY_> handles;
@@ -48,7 +48,7 @@ void etlSetProfileInt(const char* path, const char* section, const char* key, in
 {
     iniFile file;
     if (LoadOrMake(file, path) && file.SetTextValue(section, key, std::to_string(value)) != 0)
-        (void)file.SaveToFile(path); // there is nobody to tell
+        (void)file.SaveToFile(path); // the device's interface has no result for it
 }
 
 int etlGetRegistryInt(const char* path, const char* section, const char* key, int defaultValue)
@@ -109,6 +109,6 @@ void registryFlush(_HREGISTRY_* handle)
             isChanged |= file.SetTextValue(handle->section, change->first, change->second) != 0;
     }
     if (isChanged)
-        (void)file.SaveToFile(handle->path.c_str()); // there is nobody to tell
+        (void)file.SaveToFile(handle->path.c_str()); // the device's interface has no result for it
     Handles().remove_if([handle](const _HREGISTRY_& each) { return &each == handle; });
 }

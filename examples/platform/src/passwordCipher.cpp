@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// THIS CIPHER PROTECTS NOTHING: each byte as two hexadecimal digits behind a word that tells the form. It shows what a
-// cipher owes its callers; a device calls its own here.
+// THIS CIPHER PROTECTS NOTHING: each byte becomes two hexadecimal digits after a word that marks the form. It shows
+// what a cipher has to do for its callers; a device calls its own cipher here.
 
 #include "passwordCipher.h"
 
@@ -16,7 +16,7 @@ namespace
 constexpr std::string_view kWord = "unprotected:";
 constexpr std::string_view kDigits = "0123456789abcdef";
 
-/// @return false when the text does not fit; the buffer holds the empty text then
+/// @return false if the text does not fit; the buffer then contains the empty text
 bool Give(std::string_view text, char* output)
 {
     const bool fits = text.size() < kPasswordBufferSize;
@@ -38,7 +38,7 @@ int pw_data_encrypt(const char* text, char* output)
         const auto byte = static_cast<unsigned char>(c);
         enciphered += kDigits[byte >> 4];
         enciphered += kDigits[byte & 15];
-        if (byte >= 0x80 || enciphered.size() >= kPasswordBufferSize) { // it would not be told from a plain text again
+        if (byte >= 0x80 || enciphered.size() >= kPasswordBufferSize) { // it would look like a plain text
             (void)Give(plain, output);
             return 1;
         }
@@ -62,7 +62,7 @@ int pw_data_decrypt(const char* text, char* output)
     for (std::size_t i = 0; i < enciphered.size(); i += 2) {
         const std::size_t high = kDigits.find(enciphered[i]);
         const std::size_t low = kDigits.find(enciphered[i + 1]);
-        if (high >= 8 || low == kDigits.npos || high + low == 0) // not 7-bit, no digit, or a zero byte
+        if (high >= 8 || low == kDigits.npos || high + low == 0) // not 7-bit, not a digit, or a zero byte
             return 1;
         plain += static_cast<char>(high << 4 | low);
     }

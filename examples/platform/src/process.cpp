@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// The start of the process, and numbers of the same width on every machine.
+// The start of the process, and integers of the same width on every machine.
 
 #include <algorithm>
 #include <csignal>

@@ -38,10 +38,10 @@ void WriteToStandardError(std::string line)
 {
     if (line.back() != '\n')
         line += '\n';
-    (void)std::fwrite(line.data(), 1, line.size(), stderr); // a closed or full one changes nothing
+    (void)std::fwrite(line.data(), 1, line.size(), stderr); // failures are ignored
 }
 
-/// By hand, for `syslog` would wait for a log that nobody reads.
+/// Without the C library, whose `syslog` would wait for a stalled log daemon.
 void SendToSystemLog(int level, const std::string& text)
 {
     const int log = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
@@ -69,7 +69,7 @@ int HighestTraceLevel()
 
 std::FILE* StandardOutput()
 {
-    return stdout; // a stalled reader is waited for here
+    return stdout; // waits for a stalled reader
 }
 
 void app_log(int module, int level, const char* format, ...)

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// Runs without a commit of their own: each file is saved at once, so a power cut may leave an upgrade half done. The marker
-// is kept all the same, or every start would migrate again.
+// Runs without a commit: each file is saved at once, so a power cut may leave an upgrade half done. The marker is
+// maintained all the same, because otherwise every start would migrate again.
 
 #include "runCommit.h"
 
@@ -15,7 +15,7 @@
 namespace
 {
 
-/// What the marker is to list after the run that has begun; no run of an upgrade without it.
+/// Of the current run: the content of the marker afterwards, and whether the marker lists the run's mode.
 std::string laterWords;
 bool isOfUpgrade = false;
 
@@ -39,7 +39,7 @@ RunStart BeginRun(const char* mode)
 
 bool IsSavedByRun(const char* path)
 {
-    return ETL_MiscHelper::pathFileExist(path) != 0; // who has saved it is not known here
+    return ETL_MiscHelper::pathFileExist(path) != 0; // this library does not know which run has saved it
 }
 
 void CommitRun()
@@ -47,7 +47,7 @@ void CommitRun()
     if (!isOfUpgrade)
         return;
     if (laterWords.empty())
-        (void)RemoveFile(kUpgradeMarker); // one that stays is empty of words that anybody calls
+        (void)RemoveFile(kUpgradeMarker); // if this fails, the marker still lists this mode
     else
         (void)ReplaceFile(kUpgradeMarker, laterWords);
 }

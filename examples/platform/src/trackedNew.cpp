@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// In a file of its own: a program that brings its own tracking allocation then links without this one.
+// A separate file, so that a program with its own tracking allocation links without this one.
 
 #include "trackedNew.h"
 

@@ -25,11 +25,11 @@ constexpr int kDeepestElement = 200;
 constexpr int kMostElements = 100000;
 constexpr int kMostAttributes = 256;
 
-/// What a document has of everything that is limited.
+/// The limited quantities of a document.
 struct Extent {
     int depth = 0;
     int elements = 0;
-    int attributes = 0; ///< the most of one element
+    int attributes = 0; ///< the maximum of one element
 
     bool IsWithinLimits() const
     {
@@ -37,7 +37,7 @@ struct Extent {
     }
 };
 
-/// A tag's attributes, about: the "=" outside of its quoted values. `position` goes behind the tag.
+/// The approximate number of a tag's attributes: "=" outside of quoted values. `position` moves past the tag.
 ///
 /// @return whether the tag closes its own element
 bool SkipTag(std::string_view text, std::size_t& position, int& attributes)
@@ -60,7 +60,7 @@ bool SkipTag(std::string_view text, std::size_t& position, int& attributes)
     return false;
 }
 
-/// The markup that holds no elements, and its end.
+/// Markup that contains no elements, and its end.
 struct Opaque {
     std::string_view begin;
     std::string_view end;
@@ -68,10 +68,10 @@ struct Opaque {
 
 constexpr Opaque kOpaque[] = {{"<!--", "-->"}, {"<![CDATA[", "]]>"}, {"<?", ">"}, {"<!", ">"}};
 
-/// TinyXML recurses for each level and searches an element's attributes one by one, so both are counted before it sees
-/// the text. About, for it reads odd text in ways of its own: this count only keeps away what would exhaust the stack or
-/// the time, and `Measure` holds the loaded document to the exact limits. A text that is made to mislead this count gets
-/// past it; the project's own library counts as TinyXML does.
+/// TinyXML recurses for each level and searches an element's attributes one by one, so both are counted before it
+/// parses the text. The count is approximate, since TinyXML reads odd text in its own way: it only rejects documents
+/// that would exhaust the stack or the time, and `Measure` checks the exact limits in the loaded document. A text that
+/// is made to mislead this count gets past it; the project's own library counts as TinyXML does.
 bool IsSafeToLoad(std::string_view text)
 {
     constexpr int kSafeDepth = 10 * kDeepestElement;
@@ -116,7 +116,7 @@ Extent Measure(const TiXmlNode& parent, int depth)
     return extent;
 }
 
-/// pugixml's own walk does without recursion.
+/// Uses pugixml's own traversal, which is not recursive.
 struct PugiExtent : pugi::xml_tree_walker {
     bool for_each(pugi::xml_node& node) override
     {
@@ -132,7 +132,7 @@ struct PugiExtent : pugi::xml_tree_walker {
     Extent extent;
 };
 
-/// Lets a library that writes to a stream write to memory.
+/// A stream that writes to memory.
 class MemoryStream
 {
 public:
@@ -148,7 +148,7 @@ public:
 
     std::FILE* Stream() const { return stream_; }
 
-    /// @return false when a write failed, for want of memory
+    /// @return false if a write failed because memory ran out
     bool Finish() { return std::fflush(stream_) == 0 && std::ferror(stream_) == 0; }
     std::string_view Bytes() const { return {bytes_, size_}; }
 
@@ -163,7 +163,7 @@ struct StringWriter : pugi::xml_writer {
     std::string bytes;
 };
 
-/// @return why the file does not load; null when it does
+/// @return the reason why the file does not load; null if it loads
 const char* Load(TiXmlDocument& document, const char* path)
 {
     std::string bytes;
@@ -171,7 +171,7 @@ const char* Load(TiXmlDocument& document, const char* path)
         return "Failed to open file";
     if (bytes.size() > kLargestFile || !IsSafeToLoad(bytes))
         return "Too much for this device.";
-    bytes.append(4, '\0'); // TinyXML reads past the end of a text that stops inside a character
+    bytes.append(4, '\0'); // TinyXML reads past the end of a text that ends inside a character
     std::FILE* stream = fmemopen(bytes.data(), bytes.size(), "rb");
     if (stream == nullptr)
         return "Failed to open file";
@@ -218,7 +218,7 @@ int TinyXml_GetIntAttr(const TiXmlElement* element, const char* name, int defaul
 bool QueryXmlFlag(const TiXmlElement* element, const char* name, bool& flag)
 {
     const char* text = element->Attribute(name);
-    if (text == nullptr || *text == '\0') // TinyXML ends the process on an empty one
+    if (text == nullptr || *text == '\0') // TinyXML aborts the process on an empty one
         return false;
     return element->QueryBoolAttribute(name, &flag) == TIXML_SUCCESS;
 }
