@@ -6,12 +6,11 @@
 import json
 import pathlib
 import re
-import sys
 import tempfile
 
+import phones
+
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-sys.path.insert(0, str(ROOT / "tests" / "fault"))
-import sandbox
 
 MODES = ("all", "dev", "pwd", "1", "2")
 COLUMNS = ("calls", "opened files", "flushes", "renames", "bytes written", "instructions", "heap blocks", "peak memory, KiB")
@@ -29,8 +28,8 @@ def flushes_of(mode):
 def under_valgrind(program, mode, options, pattern):
     """The figure that valgrind reports for a first run."""
     with tempfile.TemporaryDirectory() as folder:
-        root = sandbox.make_phone("example", pathlib.Path(folder) / "phone")
-        result = sandbox.run(program, root, mode, ["valgrind"] + options, ["--tmpfs", "/root"], timeout=300)
+        root = phones.make_phone("example", pathlib.Path(folder) / "phone")
+        result = phones.run(program, root, mode, ["valgrind"] + options, ["--tmpfs", "/root"], timeout=300)
     return int(re.search(pattern, result.stderr.decode(errors="replace"))[1].replace(",", ""))
 
 

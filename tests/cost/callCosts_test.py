@@ -12,10 +12,10 @@ import json
 import pathlib
 import sys
 
-import oneStep
+import devicePaths
+import phones
 import proof
-import recordedRun
-import sandbox
+import traces
 
 STORED = pathlib.Path(__file__).with_name("callCosts.json")
 MODES = ("all", "dev", "pwd", "1", "2")
@@ -29,16 +29,13 @@ MOST_RUNS_TO_SETTLE = 3
 
 def calls_of_run(program, root, mode, scratch):
     """The calls of the program itself, from the beginning of main() on."""
-    record = scratch / "trace"
-    record.mkdir(exist_ok=True)
-    result = sandbox.run(program, root, mode, recordedRun.RECORDING, ["--bind", str(record), "/trace"])
+    result, calls = traces.record_own(program, root, mode, scratch / "trace")
     assert result.returncode == 0, result.stderr
-    calls = recordedRun.calls_of((record / "record").read_bytes())
-    return calls[recordedRun.beginning_of_main(calls):]
+    return calls[traces.beginning_of_main(calls):]
 
 
 def costs_of(calls):
-    written = [call for call in calls if call.name == "write" and oneStep.is_of_commit(call.file)]
+    written = [call for call in calls if call.name == "write" and devicePaths.is_of_commit(call.file)]
     return {
         "calls": sum(call.name not in OF_THE_ALLOCATOR for call in calls),
         "opened files": sum(call.name == "openat" for call in calls),
@@ -52,7 +49,7 @@ def measure(program, scratch):
     """Each mode on a fresh phone, and once more on the phone that it left."""
     costs = {}
     for mode in MODES:
-        root = sandbox.make_phone("example", scratch / "phone")
+        root = phones.make_phone("example", scratch / "phone")
         for run in ("first run", "second run"):
             costs[f'mode "{mode}", {run}'] = costs_of(calls_of_run(program, root, mode, scratch))
     return costs
@@ -61,11 +58,11 @@ def measure(program, scratch):
 def faults_of_settled_runs(program, scratch):
     faults = []
     for mode in SETTLING_MODES:
-        root = sandbox.make_phone("example", scratch / "phone")
+        root = phones.make_phone("example", scratch / "phone")
         for _ in range(MOST_RUNS_TO_SETTLE):
-            before = sandbox.snapshot(root)
+            before = phones.snapshot(root)
             costs = costs_of(calls_of_run(program, root, mode, scratch))
-            if sandbox.snapshot(root) == before:
+            if phones.snapshot(root) == before:
                 break
         else:
             faults.append(f"mode {mode} still changes the phone in run {MOST_RUNS_TO_SETTLE}")

@@ -6,7 +6,7 @@
 import argparse
 import pathlib
 
-import sandbox
+import phones
 
 TOLD_NAME = "/kestrune"  # an emulated program would otherwise be told the emulator's idea of its name
 
@@ -20,16 +20,16 @@ def parse_arguments(description):
 
 
 def run_on_device(arguments, root, mode):
-    return sandbox.run(arguments.program.resolve(), root, mode, wrapper=[arguments.emulator, "-0", TOLD_NAME])
+    return phones.run(arguments.program.resolve(), root, mode, wrapper=[arguments.emulator, "-0", TOLD_NAME])
 
 
 def run_on_host(arguments, root, mode):
-    return sandbox.run(arguments.host_program.resolve(), root, mode)
+    return phones.run(arguments.host_program.resolve(), root, mode)
 
 
 def difference_of_phones(one, other):
     """What is not the same on the two phones: names, kinds, owners, permissions or bytes."""
-    first, second = sandbox.snapshot(one), sandbox.snapshot(other)
+    first, second = phones.snapshot(one), phones.snapshot(other)
     return sorted(path for path in first.keys() | second.keys() if first.get(path) != second.get(path))
 
 

@@ -12,8 +12,8 @@ import sys
 
 import deviceRun
 import loopDevice
+import phones
 import proof
-import sandbox
 
 IN_2040 = calendar.timegm((2040, 2, 29, 12, 0, 0))  # behind the last second of a signed 32-bit time
 MODES = ("all", "1", "2")
@@ -48,7 +48,7 @@ def date_in_2040(root):
 
 
 def faults_of(arguments, odd, scratch, mode, what):
-    plain = sandbox.make_phone("example", scratch / "plain")
+    plain = phones.make_phone("example", scratch / "plain")
     result = deviceRun.run_on_device(arguments, odd, mode)
     expected = deviceRun.run_on_device(arguments, plain, mode)
     faults = [f"{path} differs" for path in deviceRun.difference_of_phones(odd, plain)]
@@ -65,7 +65,7 @@ def sorted_lines(result):
 def faults_of_dates(arguments, scratch):
     faults = []
     for mode in MODES:
-        phone = sandbox.make_phone("example", scratch / "dated")
+        phone = phones.make_phone("example", scratch / "dated")
         date_in_2040(phone)
         faults += faults_of(arguments, phone, scratch, mode, "files dated 2040")
     return faults
@@ -84,7 +84,7 @@ def faults_of_inode_numbers(arguments, scratch):
     faults = []
     for mode in MODES:
         with WideFileSystem(scratch) as device:
-            phone = sandbox.make_phone("example", device.wide_folder() / "phone")
+            phone = phones.make_phone("example", device.wide_folder() / "phone")
             wide = [path for path in files_below(phone) if path.stat().st_ino > 1 << 32]
             print(f"mode {mode}: {len(wide)} of {len(files_below(phone))} files have 64-bit inode numbers")
             faults += faults_of(arguments, phone, scratch, mode, "64-bit inode numbers")

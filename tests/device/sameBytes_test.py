@@ -7,16 +7,16 @@ import pathlib
 import sys
 
 import deviceRun
+import phones
 import proof
-import sandbox
 
 # After one another on one phone: a second run, and the hand-over with what comes after it.
-SEQUENCES = [(mode,) for mode in sandbox.MODES] + [("all", "all"), ("1", "all", "2"), ("dev", "pwd", "pwd")]
+SEQUENCES = [(mode,) for mode in phones.MODES] + [("all", "all"), ("1", "all", "2"), ("dev", "pwd", "pwd")]
 
 
 def faults_of(arguments, phone, modes, scratch):
-    device = sandbox.make_phone(phone, scratch / "device")
-    host = sandbox.make_phone(phone, scratch / "host")
+    device = phones.make_phone(phone, scratch / "device")
+    host = phones.make_phone(phone, scratch / "host")
     faults = []
     for mode in modes:
         differing = deviceRun.difference_of_runs(deviceRun.run_on_device(arguments, device, mode),
@@ -34,7 +34,7 @@ def main():
     faults = []
     runs = 0
     with proof.scratch_folder() as folder:
-        for phone in sandbox.PHONES:
+        for phone in phones.PHONES:
             for modes in SEQUENCES:
                 faults += faults_of(arguments, phone, modes, pathlib.Path(folder))
                 runs += len(modes)

@@ -13,11 +13,10 @@ import random
 import shutil
 import sys
 
-import boot
-import comparison
-import oneStep
+import devicePaths
+import phones
 import proof
-import sandbox
+from model import boot, comparison, oneStep
 
 SEED = 7
 MOST_BOOTS = 5
@@ -37,7 +36,6 @@ SEQUENCES = (
 )
 LAST_WITH_TWO_SHELLS = 2  # the others call the same script, or none
 EVERY = {("small", "busybox"): 3}  # only each third cut
-HAND_OVER_COPY = "/config/kestrune-handover"
 
 
 class Sequence:
@@ -47,10 +45,10 @@ class Sequence:
         self.name, self.marker, start = sequence
         self.scratch = scratch
         root = oneStep.make_marked_phone(phone, scratch / "phone")
-        (root / oneStep.HAND_OVER_FILE[1:]).unlink(missing_ok=True)
+        (root / devicePaths.HAND_OVER[1:]).unlink(missing_ok=True)
         if self.marker is not None:
-            (root / oneStep.MARKER[1:]).write_text(self.marker)
-        self.begin = sandbox.snapshot(root)
+            (root / devicePaths.MARKER[1:]).write_text(self.marker)
+        self.begin = phones.snapshot(root)
         self.boot = boot.Boot(program, shell, scratch / "boot", start)
         self.ends = {}
         self.cuts = [("step", "", 0)] if "lay-new-settings" in (self.boot.folder / "start").read_text() else []
@@ -74,39 +72,39 @@ class Sequence:
     def finish(self, root, run_boot):
         """Starts the phone with an empty "/tmp" until the sequence has ended; gives the phone."""
         for _ in range(MOST_BOOTS):
-            found = oneStep.without_tmp(sandbox.snapshot(root))
+            found = oneStep.without_tmp(phones.snapshot(root))
             if self.has_ended(found):
                 return found
-            sandbox.make_from(found, root)
+            phones.make_from(found, root)
             run_boot(root)
-        return oneStep.without_tmp(sandbox.snapshot(root))
+        return oneStep.without_tmp(phones.snapshot(root))
 
     def has_ended(self, found):
         """Without a marker only this proof knows that a run has ended and is not to be repeated."""
-        if any(oneStep.is_of_commit(path) for path in found):
+        if any(devicePaths.is_of_commit(path) for path in found):
             return False
         if self.marker is None:
             return found != oneStep.without_tmp(self.begin)
-        return oneStep.MARKER not in found
+        return devicePaths.MARKER not in found
 
     def faults(self, cuts):
         """What is wrong in the end, and how often the power went: a repeated cut may come too late."""
-        root = sandbox.make_from(self.begin, comparison.worker_folder(self.scratch) / "phone")
+        root = phones.make_from(self.begin, comparison.worker_folder(self.scratch) / "phone")
         count = sum(self.boots_into(self.boot.run_with_cut, cut, root) for cut in cuts)
         if self.name == THEN_KILLED:
             self.boots_into(self.boot.run_with_kill, KILL_OF_NEXT_START, root)
         if count == 0:
             return ["the power did not go"], 0
-        found = self.end_from(oneStep.without_tmp(sandbox.snapshot(root)), root)
-        return oneStep.differences(found, self.end), count
+        found = self.end_from(oneStep.without_tmp(phones.snapshot(root)), root)
+        return comparison.differences(self.end, found), count
 
     def boots_into(self, run_boot, cut, root):
         """Starts the phone until the cut comes; false when the sequence has ended without it."""
         for _ in range(MOST_BOOTS):
-            found = oneStep.without_tmp(sandbox.snapshot(root))
+            found = oneStep.without_tmp(phones.snapshot(root))
             if self.has_ended(found):
                 return False
-            sandbox.make_from(found, root)
+            phones.make_from(found, root)
             if run_boot(root, cut):
                 return True
         return False
@@ -115,14 +113,16 @@ class Sequence:
         """Many cuts leave the same phone, which is started again only once."""
         key = frozenset(found.items())
         if key not in self.ends:
-            self.ends[key] = self.finish(sandbox.make_from(found, root), self.boot.run)
+            self.ends[key] = self.finish(phones.make_from(found, root), self.boot.run)
         return self.ends[key]
 
 
 def faults_of_end(sequence):
     """What the undisturbed boots themselves leave."""
-    names = [oneStep.MARKER] + [HAND_OVER_COPY] * (not sequence.is_out_of_order())  # mode "2" removes the copy
-    left = [path for path in sequence.end if oneStep.is_of_commit(path) or path in names]
+    names = [devicePaths.MARKER]
+    if not sequence.is_out_of_order():
+        names.append(devicePaths.HAND_OVER_COPY)  # mode "2" removes the copy
+    left = [path for path in sequence.end if devicePaths.is_of_commit(path) or path in names]
     return [f"the undisturbed boot leaves {left}"] * bool(left)
 
 
@@ -145,14 +145,14 @@ def faults_of_time_limit(program, phone, shell, scratch):
     """Somebody holds the lock for longer than the script waits: no mode does anything, and the next boot does it all."""
     sequence = Sequence(program, phone, SEQUENCES[0], shell, scratch)
     hurried = boot.Boot(program, shell, scratch / "hurried", limit_seconds=1)
-    root = sandbox.make_from(sequence.begin, scratch / "phone")
+    root = phones.make_from(sequence.begin, scratch / "phone")
     lock = os.open(root / "config", os.O_RDONLY)
     fcntl.flock(lock, fcntl.LOCK_EX)
     hurried.run(root)
-    found = sandbox.snapshot(root)
+    found = phones.snapshot(root)
     os.close(lock)
-    faults = oneStep.differences(found, sequence.begin) + oneStep.differences(
-        sequence.finish(root, sequence.boot.run), sequence.end)
+    faults = comparison.differences(sequence.begin, found)
+    faults += comparison.differences(sequence.end, sequence.finish(root, sequence.boot.run))
     return [f"{shell}, killed by the time limit: {fault}" for fault in faults]
 
 

@@ -13,12 +13,10 @@ import pathlib
 import re
 import sys
 
-import addressSpace
-import comparison
-import documentedPaths
-import iniText
+import devicePaths
+import phones
 import proof
-import sandbox
+from model import addressSpace, comparison, iniText
 
 WHOLE_BELOW = 4096
 SAMPLES_ABOVE = 800
@@ -40,21 +38,21 @@ class Lane:
 
 
 LANES = (
-    Lane((DATA, CERTIFICATES, ACCOUNTS, documentedPaths.SYSTEM_INI, documentedPaths.DIRECT_IP_FILE), ("all", "dev")),
-    Lane((*documentedPaths.KEY_LAYOUTS, ACCOUNTS, documentedPaths.SYSTEM_INI, documentedPaths.DIRECT_IP_FILE), ("2",)),
-    Lane((documentedPaths.HAND_OVER, documentedPaths.FACTORY_ACCOUNT), ("2",)),
-    Lane((ACCOUNTS, documentedPaths.DIRECT_IP_FILE, documentedPaths.HAND_OVER, documentedPaths.SYSTEM_INI),
+    Lane((DATA, CERTIFICATES, ACCOUNTS, devicePaths.SYSTEM_INI, devicePaths.DIRECT_IP_FILE), ("all", "dev")),
+    Lane((*devicePaths.KEY_LAYOUTS, ACCOUNTS, devicePaths.SYSTEM_INI, devicePaths.DIRECT_IP_FILE), ("2",)),
+    Lane((devicePaths.HAND_OVER, devicePaths.FACTORY_ACCOUNT), ("2",)),
+    Lane((ACCOUNTS, devicePaths.DIRECT_IP_FILE, devicePaths.HAND_OVER, devicePaths.SYSTEM_INI),
          ("1", "fix-ups-only", "pwd")),
-    Lane((documentedPaths.USER_INI,), ("all", "1", "2", "pwd", "dev", "fix-ups-only")),
-    Lane((documentedPaths.FACTORY_USER_INI,), ("pwd", "1")),
-    Lane((documentedPaths.VERSION_INI,), ("dev", "all")),
-    Lane((documentedPaths.TABLE,), ("dev", "all")),
-    Lane((documentedPaths.ENTRY_LIST,), ("pwd",)),
-    Lane((documentedPaths.CIPHER_KEY,), ("pwd", "all")),
+    Lane((devicePaths.USER_INI,), ("all", "1", "2", "pwd", "dev", "fix-ups-only")),
+    Lane((devicePaths.FACTORY_USER_INI,), ("pwd", "1")),
+    Lane((devicePaths.VERSION_INI,), ("dev", "all")),
+    Lane((devicePaths.TABLE,), ("dev", "all")),
+    Lane((devicePaths.ENTRY_LIST,), ("pwd",)),
+    Lane((devicePaths.CIPHER_KEY,), ("pwd", "all")),
 )
 
 # Damage that takes more with it than an empty file would: half of "bEnableFromOld=1" reads as 0.
-TAKES_WITH_IT = {documentedPaths.VERSION_INI: documentedPaths.NEW_XML_DATA}
+TAKES_WITH_IT = {devicePaths.VERSION_INI: devicePaths.NEW_XML_DATA}
 
 
 @dataclasses.dataclass(frozen=True)
@@ -84,19 +82,19 @@ def positions_of(size):
 
 @functools.lru_cache(maxsize=None)
 def image(phone):
-    return sandbox.files_of(sandbox.PHONES[phone])
+    return phones.files_of(phones.PHONES[phone])
 
 
 @functools.lru_cache(maxsize=None)
 def final(program, scratch, phone, mode, path="", content=None):
     """How the phone ends undamaged, or with one file of that content (None: without it)."""
-    root = sandbox.make_phone(phone, comparison.worker_folder(scratch) / "phone")
+    root = phones.make_phone(phone, comparison.worker_folder(scratch) / "phone")
     if path and content is None:
         (root / path[1:]).unlink()
     elif path:
         (root / path[1:]).write_bytes(content)
-    sandbox.run(program, root, mode)
-    return sandbox.files_of(root)
+    phones.run(program, root, mode)
+    return phones.files_of(root)
 
 
 def final_of(job, path="", content=None):
@@ -121,8 +119,8 @@ def root_end(content):
 
 
 def is_written(path, mode):
-    return (path in documentedPaths.REPLACES[mode] or path in documentedPaths.REMOVES.get(mode, ())
-            or path == documentedPaths.COPIES_TO.get(mode))
+    return (path in devicePaths.REPLACES[mode] or path in devicePaths.REMOVES.get(mode, ())
+            or path == devicePaths.COPIES_TO.get(mode))
 
 
 def check_others(job, damages, found):
@@ -147,7 +145,7 @@ def check_xml_data(job, damages, position, found):
     faults = []
     if job.mode not in ("all", "dev"):
         return faults
-    for old, new in documentedPaths.XML_DATA.items():
+    for old, new in devicePaths.XML_DATA.items():
         if old not in damages:
             continue
         is_whole = position >= root_end(image(job.phone)[old].content)
@@ -165,16 +163,16 @@ def check_layouts(job, damages, position, found):
     """A key layout that does not load stays as it is."""
     if job.mode != "2":
         return []
-    return [f"{path} was changed, though its end is missing" for path in documentedPaths.KEY_LAYOUTS
+    return [f"{path} was changed, though its end is missing" for path in devicePaths.KEY_LAYOUTS
             if path in damages and position < root_end(image(job.phone)[path].content)
             and found[path].content != damages[path]]
 
 
 def stands_for(path, content, way, position):
     """What a damaged file that is used whole or not at all counts as; None when it is not of that kind."""
-    if path in (documentedPaths.TABLE, documentedPaths.ENTRY_LIST):
+    if path in (devicePaths.TABLE, devicePaths.ENTRY_LIST):
         return content if position >= root_end(content) else b"<"
-    if path == documentedPaths.CIPHER_KEY:
+    if path == devicePaths.CIPHER_KEY:
         return content if way == "cut" and position >= len(content.rstrip()) else b"no key"
     return None
 
@@ -196,7 +194,7 @@ def check_lines(job, damages, found):
     """Whatever is left of a configuration file stays, but for the keys that the mode sets."""
     faults = []
     for path, content in damages.items():
-        if not path.endswith((".ini", ".cfg")) or path not in found or path == documentedPaths.COPIES_TO.get(job.mode):
+        if not devicePaths.is_ini(path) or path not in found or path == devicePaths.COPIES_TO.get(job.mode):
             continue
         lost = lines_lost(content, found[path].content)
         if lost:
@@ -215,15 +213,15 @@ def lines_lost(content, now):
 
 
 def try_damage(job, position, folder):
-    root = sandbox.make_phone(job.phone, folder / "phone")
+    root = phones.make_phone(job.phone, folder / "phone")
     damages = {}
     for path in files_in(job.lane, image(job.phone)):
         content = image(job.phone)[path].content
         if position < len(content):
             damages[path] = damaged(content, job.way, position)
             (root / path[1:]).write_bytes(damages[path])
-    result = sandbox.run(job.program, root, job.mode, addressSpace.wrapper(job.program))
-    found = sandbox.files_of(root)
+    result = phones.run(job.program, root, job.mode, addressSpace.wrapper(job.program))
+    found = phones.files_of(root)
 
     faults = []
     if result.returncode != 0 or SANITIZER_REPORT.search(result.stderr):

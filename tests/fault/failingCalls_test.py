@@ -15,15 +15,10 @@ import pathlib
 import subprocess
 import sys
 
-import dependence
-import documentedPaths
-import fileByFile
-import keyByKey
-import oneStep
+import devicePaths
+import phones
 import proof
-import recordedRun
-import sandbox
-import systemLog
+from model import comparison, dependence, fileByFile, keyByKey, oneStep, recordedRun, systemLog
 
 LONGEST_RUN = 30  # seconds
 LONG = 1000       # calls
@@ -130,10 +125,10 @@ def faults_of(mode, next_errno):
 def failing_clean_ups(mode):
     """Every save fails, and its temporary file stays. Not in the modes that remove files of their own."""
     steps = JUDGES[mode].run.calls
-    if any(step.call.name == "unlink" and recordedRun.path_of(step.call) != oneStep.RECORD for step in steps):
+    if any(step.call.name == "unlink" and recordedRun.path_of(step.call) != devicePaths.RECORD for step in steps):
         return
     for place, step in enumerate(steps):
-        if step.call.name == "fsync" and oneStep.is_temporary(recordedRun.path_of(step.call)):
+        if step.call.name == "fsync" and devicePaths.is_temporary(recordedRun.path_of(step.call)):
             yield Fault(mode, place, "EIO", goes_on=False, clean_up_fails=True)
 
 
@@ -168,7 +163,7 @@ def is_to_flush(call):
     """A folder that is opened to be flushed or locked, or a certificate that the copy command has made."""
     if call.name != "openat" or b"O_CREAT" in call.arguments:
         return False
-    is_certificate = recordedRun.path_of(call).startswith(documentedPaths.USER_CERTIFICATES)
+    is_certificate = recordedRun.path_of(call).startswith(devicePaths.USER_CERTIFICATES)
     return b"O_NONBLOCK" not in call.arguments or (is_certificate and b"O_NOFOLLOW" not in call.arguments)
 
 
@@ -177,7 +172,7 @@ def is_without_effect(call, fault):
     path = recordedRun.path_of(call)
     if call.name in WITHOUT_EFFECT or is_retried(call, fault.errno, fault.goes_on) or is_to_flush(call):
         return True
-    if call.name == "fsync" and not oneStep.is_of_commit(path):
+    if call.name == "fsync" and not devicePaths.is_of_commit(path):
         return True
     if call.name == "unlink" and call.result < 0:
         return True
@@ -194,16 +189,16 @@ def hit_by(fault):
 def is_of_start(fault):
     """The start looks for the record, the note and the marker, the marker last."""
     last = max(place for place, step in enumerate(fault.run.calls)
-               if recordedRun.path_of(step.call) == oneStep.MARKER and step.call.name == "newfstatat")
+               if recordedRun.path_of(step.call) == devicePaths.MARKER and step.call.name == "newfstatat")
     return fault.place <= last
 
 
 def is_of_commit(call):
     """The commit writes. What it reads of the note counts as reading."""
     path = recordedRun.path_of(call)
-    if path == oneStep.NOTE:
+    if path == devicePaths.NOTE:
         return is_new_file(call) or call.name in ("write", "fsync", "unlink")
-    return call.name in ("rename", "unlink") or oneStep.is_of_commit(path)
+    return call.name in ("rename", "unlink") or devicePaths.is_of_commit(path)
 
 
 # What must have become of the phone
@@ -224,8 +219,8 @@ def judge(fault, found, settled, result, logged):
 
 
 def exactly(expected, found):
-    kept = {path: entry for path, entry in found.items() if not oneStep.is_temporary(path)}
-    return oneStep.differences(kept, expected)
+    kept = {path: entry for path, entry in found.items() if not devicePaths.is_temporary(path)}
+    return comparison.differences(expected, kept)
 
 
 def outputs_differ(fault, result):
@@ -257,10 +252,10 @@ def judge_commit(fault, hit, settled, told):
 
 def expected_commit(fault, call):
     """The phone after one failed call of the commit, and the files that could not be saved."""
-    run, path = fault.run, recordedRun.path_of(call).removesuffix(sandbox.TEMPORARY_SUFFIX)
-    if path == oneStep.RECORD:
+    run, path = fault.run, recordedRun.path_of(call).removesuffix(devicePaths.TEMPORARY_SUFFIX)
+    if path == devicePaths.RECORD:
         return (run.after if call.name == "unlink" else fileByFile.after_moves(run)), ()
-    if path == oneStep.NOTE:
+    if path == devicePaths.NOTE:
         return run.after, ()  # one that stays keeps the record, which the next run finishes
     if fault.errno in FOR_WANT_OF_ROOM and call.name != "rename":
         return fileByFile.after_moves(run), ()
@@ -272,7 +267,7 @@ def judge_reading(fault, hit, settled):
         return fault.judge.faults_of(settled)
     path = recordedRun.path_of(hit[0]).rstrip("/")
     if hit[0].name == "clone3":
-        path = documentedPaths.USER_CERTIFICATES
+        path = devicePaths.USER_CERTIFICATES
     dependent = dependence.dependent_on(PROGRAM, fault.run, path, worker_folder() / "again")
     return fault.judge.faults_of(settled, dependent)
 
@@ -288,9 +283,9 @@ def passes_missing(fault, result):
 
 def judge_temporary_files(fault, found):
     """None is left without a record that names it."""
-    left = [path for path in found if oneStep.is_temporary(path)]
+    left = [path for path in found if devicePaths.is_temporary(path)]
     expected = [recordedRun.path_of(fault.step.call)] if fault.clean_up_fails else []
-    return [] if left == expected or oneStep.RECORD in found else [f"temporary files are {left}"]
+    return [] if left == expected or devicePaths.RECORD in found else [f"temporary files are {left}"]
 
 
 # The runs
@@ -314,29 +309,29 @@ def injection(fault):
 
 
 def settled_phone(found):
-    if oneStep.RECORD not in found and oneStep.NOTE not in found:
+    if devicePaths.RECORD not in found and devicePaths.NOTE not in found:
         return found
-    root = sandbox.make_from(found, worker_folder() / "settled")
+    root = phones.make_from(found, worker_folder() / "settled")
     oneStep.settle(PROGRAM, root)
-    return sandbox.snapshot(root)
+    return phones.snapshot(root)
 
 
 def run_fault(fault):
     folder = worker_folder()
     (folder / "trace").mkdir(exist_ok=True)
-    root = sandbox.make_from(fault.run.before, folder / "phone")
+    root = phones.make_from(fault.run.before, folder / "phone")
     record = folder / "trace" / "record"
     record.write_bytes(b"")
     log = systemLog.SystemLog(folder)
     try:
-        result = sandbox.run(PROGRAM, root, fault.mode, injection(fault),
-                             ["--bind", str(folder / "trace"), "/trace", *log.options], timeout=LONGEST_RUN)
+        result = phones.run(PROGRAM, root, fault.mode, injection(fault),
+                            ["--bind", str(folder / "trace"), "/trace", *log.options], timeout=LONGEST_RUN)
     except subprocess.TimeoutExpired:
         return [f"{fault}: hangs"]
     finally:
         logged = log.messages()
         log.close()
-    found = sandbox.snapshot(root)
+    found = phones.snapshot(root)
     faults = judge_temporary_files(fault, found) + judge(fault, found, settled_phone(found), result, logged)
     if result.returncode != 0:
         faults.append(f"exit status {result.returncode}")

@@ -17,11 +17,9 @@ import shutil
 import subprocess
 import sys
 
-import fileByFile
-import oneStep
+import phones
 import proof
-import recordedRun
-import sandbox
+from model import comparison, fileByFile, recordedRun
 
 LONGEST_RUN = 30  # seconds
 PAGE = 4096
@@ -108,7 +106,7 @@ def faults_of_length(run, length, found):
     """What does not fit stays as it was. No certificate stays short."""
     short = [path for path in fileByFile.changed(run) if path in run.after and len(run.after[path].content) > length]
     possible = [fileByFile.without_changes(run, phone, short) for phone in (run.after, fileByFile.after_moves(run))]
-    return min((oneStep.differences(found, phone) for phone in possible), key=len)
+    return min((comparison.differences(phone, found) for phone in possible), key=len)
 
 
 def pages(entry):
@@ -128,10 +126,10 @@ def room_needed(run, measure):
 
 def faults_of_room(run, room, found, measure):
     if room == MOST_FREE:
-        return oneStep.differences(found, run.after)
+        return comparison.differences(run.after, found)
     if room < room_needed(run, measure):
         return fileByFile.faults_of(run, found)
-    return min((oneStep.differences(found, phone) for phone in (run.after, fileByFile.after_moves(run))), key=len)
+    return min((comparison.differences(phone, found) for phone in (run.after, fileByFile.after_moves(run))), key=len)
 
 
 def faults_of_pages(run, room, found):
@@ -143,7 +141,7 @@ def faults_of_files(run, room, found):
 
 
 def faults_of_mounted(run, path, found):
-    return oneStep.differences(found, fileByFile.without_changes(run, run.after, [path]))
+    return comparison.differences(fileByFile.without_changes(run, run.after, [path]), found)
 
 
 # The runs
@@ -167,8 +165,8 @@ def run_on_small_disk(folder, root, limit):
     (root / BALLAST[1:]).write_bytes(bytes(PAGE))
     options = (disk(root, "config", limit.size) + disk(root, "tmp", limit.size)
                + ["--ro-bind", str(root), "/image", "--bind", str(result_folder), "/result"])
-    result = sandbox.run(PROGRAM, root, limit.mode, ["sh", "-c", SMALL_DISK, "sh"], options, timeout=LONGEST_RUN)
-    found = sandbox.snapshot(result_folder)
+    result = phones.run(PROGRAM, root, limit.mode, ["sh", "-c", SMALL_DISK, "sh"], options, timeout=LONGEST_RUN)
+    found = phones.snapshot(result_folder)
     del found[BALLAST]
     return result, found
 
@@ -177,23 +175,23 @@ def run_with_few_files(folder, root, limit):
     (folder / "disk").mkdir(exist_ok=True)
     most_files = 2 + sum(1 for _ in root.rglob("*")) + limit.size  # the root folder counts as two
     command = [*OWN_MOUNTS, "sh", "-c", FEW_FILES, "sh", str(root), str(folder / "disk"), str(most_files),
-               *sandbox.command(PROGRAM, root, [limit.mode])]
+               *phones.command(PROGRAM, root, [limit.mode])]
     result = subprocess.run(command, env={"PATH": os.environ["PATH"]}, stdin=subprocess.DEVNULL, capture_output=True,
                             timeout=LONGEST_RUN, check=False)
-    return result, sandbox.snapshot(root)
+    return result, phones.snapshot(root)
 
 
 def run_with_short_writes(folder, root, limit):
     # Not as process 1, which the signal of a short write would not end.
     shell = f'prlimit --fsize={limit.size} "$@"; exit $?'
-    result = sandbox.run(PROGRAM, root, limit.mode, ["sh", "-c", shell, "sh"], timeout=LONGEST_RUN)
-    return result, sandbox.snapshot(root)
+    result = phones.run(PROGRAM, root, limit.mode, ["sh", "-c", shell, "sh"], timeout=LONGEST_RUN)
+    return result, phones.snapshot(root)
 
 
 def run_with_mounted(folder, root, limit):
     options = ["--bind", f"{root}{limit.size}", limit.size]
-    result = sandbox.run(PROGRAM, root, limit.mode, options=options, timeout=LONGEST_RUN)
-    return result, sandbox.snapshot(root)
+    result = phones.run(PROGRAM, root, limit.mode, options=options, timeout=LONGEST_RUN)
+    return result, phones.snapshot(root)
 
 
 KINDS = {
@@ -208,7 +206,7 @@ def run_limit(limit):
     folder = SCRATCH / str(os.getpid())
     folder.mkdir(exist_ok=True)
     run, kind = RUNS[limit.mode], KINDS[limit.kind]
-    root = sandbox.make_from(run.before, folder / "phone")
+    root = phones.make_from(run.before, folder / "phone")
     try:
         result, found = kind.run(folder, root, limit)
     except subprocess.TimeoutExpired:

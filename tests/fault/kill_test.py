@@ -9,13 +9,10 @@ once the next run has started, be "/tmp" as it was or emptied by a new start, an
 import pathlib
 import sys
 
-import comparison
-import kills
-import oneStep
+import devicePaths
+import phones
 import proof
-import sandbox
-
-CERTIFICATES = "/config/certs/phoneca/"
+from model import comparison, kills, oneStep
 
 
 class Kills:
@@ -30,11 +27,11 @@ class Kills:
     def faults(self, kill):
         """What is lost when the run dies there."""
         worker = comparison.worker_folder(self.scratch)
-        root = sandbox.make_from(self.run.before, worker / "phone")
+        root = phones.make_from(self.run.before, worker / "phone")
         faults = kills.kill(self.program, root, self.run.mode, *kill)
         if faults:
             return faults
-        found = sandbox.snapshot(root)
+        found = phones.snapshot(root)
         if kill[0] == kills.COPYING:
             return self.faults_without_copies(found, root)
         faults = self.faults_of(found, worker / "again", is_power_cut=False)
@@ -53,11 +50,12 @@ class Kills:
 
     def faults_without_copies(self, found, root):
         """The run has ended without the certificates; the next run with that pass copies them."""
-        copies = {path for path in self.run.after if path.startswith(CERTIFICATES) and path not in self.run.before}
+        copies = {path for path in self.run.after
+                  if path.startswith(devicePaths.USER_CERTIFICATES) and path not in self.run.before}
         expected = {path: entry for path, entry in self.run.after.items() if path not in copies}
-        faults = oneStep.differences(found, expected)
-        sandbox.run(self.program, root, self.run.mode)
-        again = sandbox.snapshot(root)
+        faults = comparison.differences(expected, found)
+        phones.run(self.program, root, self.run.mode)
+        again = phones.snapshot(root)
         return faults + [f"{path} is not there after another run" for path in copies
                          if again.get(path) != self.run.after[path]]
 

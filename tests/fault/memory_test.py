@@ -14,16 +14,14 @@ import pathlib
 import subprocess
 import sys
 
-import documentedPaths
-import keyByKey
-import oneStep
-import phoneValues
+import devicePaths
+import phones
 import proof
-import sandbox
+from model import keyByKey, oneStep, phoneValues
 
 LONGEST_RUN = 30  # seconds
 LONG = 1000       # allocations
-LIBRARY_SOURCE = pathlib.Path(__file__).resolve().parent / "failAllocation.cpp"
+LIBRARY_SOURCE = pathlib.Path(__file__).resolve().parent / "model" / "failAllocation.cpp"
 SANITIZER = b"__asan_init"
 LONG_CONTACT = "small, a long contact"
 
@@ -48,11 +46,11 @@ def phone_of(name):
     """The small phone gets a contact with a long name: only files of more than 8 KiB make the library's stream grow."""
     if name != "small":
         return name
-    root = sandbox.make_phone(name, SCRATCH / "small phone")
+    root = phones.make_phone(name, SCRATCH / "small phone")
     contacts = root / "config/data/contactData.xml"
     long_name = b'<contact sLocalRename="' + 1200 * b"Bjarte, " + b'"/>'
     contacts.write_bytes(contacts.read_bytes().replace(b"</group>", long_name + b"</group>", 1))
-    sandbox.PHONES[LONG_CONTACT] = root
+    phones.PHONES[LONG_CONTACT] = root
     phoneValues.VALUES[LONG_CONTACT] = phoneValues.VALUES[name]
     return LONG_CONTACT
 
@@ -73,12 +71,12 @@ def run_with_library(root, folder, mode, number, goes_on=False):
                "--setenv", "LD_PRELOAD", "/failAllocation.so", "--setenv", "FAIL_ALLOCATION_COUNT", "/count",
                "--setenv", "FAIL_ALLOCATION", str(number)]
     options += ["--setenv", "FAIL_ALLOCATION_ON", "1"] if goes_on else []
-    result = sandbox.run(PROGRAM, root, mode, options=options, timeout=LONGEST_RUN)
+    result = phones.run(PROGRAM, root, mode, options=options, timeout=LONGEST_RUN)
     return result, int(count.read_bytes() or b"0")
 
 
 def allocations_of(mode):
-    root = sandbox.make_from(JUDGES[mode].run.before, SCRATCH / "phone")
+    root = phones.make_from(JUDGES[mode].run.before, SCRATCH / "phone")
     _, count = run_with_library(root, SCRATCH, mode, number=0)
     return count
 
@@ -103,9 +101,9 @@ def judge(fault, found, folder):
     passes leave it."""
     judge_of_mode = JUDGES[fault.mode]
     run = judge_of_mode.run
-    if oneStep.RECORD in found or oneStep.NOTE in found:
-        oneStep.settle(PROGRAM, sandbox.make_from(found, folder / "settled"))
-        found = sandbox.snapshot(folder / "settled")
+    if devicePaths.RECORD in found or devicePaths.NOTE in found:
+        oneStep.settle(PROGRAM, phones.make_from(found, folder / "settled"))
+        found = phones.snapshot(folder / "settled")
     if is_uncommitted(run, found) or found == run.after:
         return []
     faults = judge_of_mode.faults_of(found)
@@ -122,7 +120,7 @@ def is_uncommitted(run, found):
 
 
 def without_certificates(phone):
-    return {path: entry for path, entry in phone.items() if not path.startswith(documentedPaths.USER_CERTIFICATES)}
+    return {path: entry for path, entry in phone.items() if not path.startswith(devicePaths.USER_CERTIFICATES)}
 
 
 def disturbed_parts(run, found):
@@ -130,10 +128,10 @@ def disturbed_parts(run, found):
     since the setting that allows them could not be read, one for the certificates, and one for all other files."""
     parts = set()
     for path in (path for path in found.keys() | run.after.keys() if found.get(path) != run.after.get(path)):
-        translated = [old for old, new in documentedPaths.XML_DATA.items() if path in new]
-        is_certificate = path.startswith(documentedPaths.USER_CERTIFICATES)
+        translated = [old for old, new in devicePaths.XML_DATA.items() if path in new]
+        is_certificate = path.startswith(devicePaths.USER_CERTIFICATES)
         parts.add(translated[0] if translated else "certificates" if is_certificate else "settings")
-    changed = {old for old, new in documentedPaths.XML_DATA.items()
+    changed = {old for old, new in devicePaths.XML_DATA.items()
                if any(run.before.get(path) != run.after.get(path) for path in new)}
     return ["XML data"] if parts == changed else sorted(parts)
 
@@ -141,15 +139,15 @@ def disturbed_parts(run, found):
 def run_fault(fault):
     folder = SCRATCH / str(os.getpid())
     folder.mkdir(exist_ok=True)
-    root = sandbox.make_from(JUDGES[fault.mode].run.before, folder / "phone")
+    root = phones.make_from(JUDGES[fault.mode].run.before, folder / "phone")
     try:
         result, count = run_with_library(root, folder, fault.mode, fault.number, fault.goes_on)
     except subprocess.TimeoutExpired:
         return [f"{fault}: hangs"]
-    found = sandbox.snapshot(root)
+    found = phones.snapshot(root)
     problems = judge(fault, found, folder)
-    left = [path for path in found if oneStep.is_temporary(path)]
-    if left and oneStep.RECORD not in found:
+    left = [path for path in found if devicePaths.is_temporary(path)]
+    if left and devicePaths.RECORD not in found:
         problems.append(f"temporary files are {left}")
     if result.returncode != 0:
         problems.append(f"exit status {result.returncode}: {result.stderr[-200:]!r}")

@@ -16,11 +16,12 @@ import subprocess
 import sys
 import tempfile
 
-import mutants
+import phones
 import proof
+from model import mutants
 
 HERE = pathlib.Path(__file__).resolve().parent
-ROOT = HERE.parent.parent
+ROOT = phones.PROJECT
 MAIN = ROOT / "app/kestrune/kestrune/main.cpp"
 FAULTS = "FAULTS"  # in the last line of a proof that found some; one that broke off proves nothing
 MOST_SHOWN = 200

@@ -9,12 +9,11 @@ import dataclasses
 import re
 import sys
 
-import comparison
-import documentedPaths
+import devicePaths
+import phones
 import proof
-import sandbox
-import systemLog
-import trace
+import traces
+from model import comparison, systemLog
 
 RECORDED = ("trace=%file,%process,%network,openat2,memfd_create,ftruncate,fallocate,dup,dup2,dup3,fcntl,pipe,pipe2,"
             "fsync,fdatasync,sync,syncfs")
@@ -58,14 +57,14 @@ def path_of(call):
 
 
 def destination_of(path):
-    return path.removesuffix(sandbox.TEMPORARY_SUFFIX)
+    return path.removesuffix(devicePaths.TEMPORARY_SUFFIX)
 
 
 def is_written(path, mode):
-    if path.endswith(sandbox.TEMPORARY_SUFFIX):
-        with_marker = (documentedPaths.MARKER, *documentedPaths.WITH_MARKER.get(mode, ()))
-        return destination_of(path) in (*documentedPaths.REPLACES[mode], *with_marker)
-    return path in documentedPaths.WRITTEN_IN_PLACE[mode]
+    if path.endswith(devicePaths.TEMPORARY_SUFFIX):
+        with_marker = (devicePaths.MARKER, *devicePaths.WITH_MARKER.get(mode, ()))
+        return destination_of(path) in (*devicePaths.REPLACES[mode], *with_marker)
+    return path in devicePaths.WRITTEN_IN_PLACE[mode]
 
 
 def why_not_written_so(call, mode):
@@ -82,13 +81,13 @@ def why_not_written_so(call, mode):
 
 def is_documented(path, mode):
     """Whether the mode may open that path for reading."""
-    of_commit = (documentedPaths.MARKER, *documentedPaths.WRITTEN_IN_PLACE[mode])
-    if path in (*documentedPaths.READS[mode], *of_commit) or LIBRARY_FILES.fullmatch(path):
+    of_commit = (devicePaths.MARKER, *devicePaths.WRITTEN_IN_PLACE[mode])
+    if path in (*devicePaths.READS[mode], *of_commit) or LIBRARY_FILES.fullmatch(path):
         return True
-    if path.rstrip("/") in documentedPaths.folders_flushed(mode):
+    if path.rstrip("/") in devicePaths.folders_flushed(mode):
         return True
-    certificates = (documentedPaths.USER_CERTIFICATES, documentedPaths.FACTORY_CERTIFICATES)
-    return mode in documentedPaths.CERTIFICATE_MODES and path.startswith(certificates)
+    certificates = (devicePaths.USER_CERTIFICATES, devicePaths.FACTORY_CERTIFICATES)
+    return mode in devicePaths.CERTIFICATE_MODES and path.startswith(certificates)
 
 
 def why_not_opened_so(call, mode):
@@ -101,7 +100,7 @@ def why_not_opened_so(call, mode):
 
 def why_not_renamed_so(call, mode):
     source, destination = (text.decode(errors="surrogateescape") for text in call.texts)
-    if source != documentedPaths.temporary_name(destination):
+    if source != devicePaths.temporary_name(destination):
         return "not from the temporary name of the same file"
     return "" if is_written(source, mode) else "this mode has nothing to write there"
 
@@ -109,7 +108,7 @@ def why_not_renamed_so(call, mode):
 def why_not_removed(call, mode):
     """A removed file's leftover temporary file goes with it."""
     path = path_of(call)
-    removes = (*documentedPaths.REMOVES.get(mode, ()), *documentedPaths.WRITTEN_IN_PLACE[mode], documentedPaths.MARKER)
+    removes = (*devicePaths.REMOVES.get(mode, ()), *devicePaths.WRITTEN_IN_PLACE[mode], devicePaths.MARKER)
     is_ours = is_written(path, mode) or destination_of(path) in removes
     return "" if is_ours else "this mode has nothing to remove there"
 
@@ -136,7 +135,7 @@ def why_wrong(call, mode):
 def why_child_is_wrong(call):
     """A child is the shell with the copy command: it writes certificates of the user and nothing else."""
     if call.name in OPENING and is_for_writing(call) and call.result >= 0:
-        if not path_of(call).startswith((documentedPaths.USER_CERTIFICATES, "/dev/")):
+        if not path_of(call).startswith((devicePaths.USER_CERTIFICATES, "/dev/")):
             return "a child writes something else than a certificate"
     return ""
 
@@ -149,18 +148,18 @@ def flushes_expected(recorded):
     """What is to be flushed, and how often: each new content, the record and the note once; each folder once before the
     record counts, and once after the last change in it."""
     written = [path_of(call) for call in saves_of(recorded)]
-    own = [path for path in written if not path.endswith(sandbox.TEMPORARY_SUFFIX)]
+    own = [path for path in written if not path.endswith(devicePaths.TEMPORARY_SUFFIX)]
     changes = [call.texts[-1].decode() for call in recorded.own
                if call.name in ("rename", "unlink") and call.result == 0]
-    ordinary = {folder_of(path) for path in changes if path not in (documentedPaths.MARKER, documentedPaths.RECORD)}
+    ordinary = {folder_of(path) for path in changes if path not in (devicePaths.MARKER, devicePaths.RECORD)}
     expected = collections.Counter(written)
-    expected.update({folder_of(path) for path in changes if documentedPaths.temporary_name(path) in written}
+    expected.update({folder_of(path) for path in changes if devicePaths.temporary_name(path) in written}
                     if own else ())
     expected.update(ordinary)
     expected.update(folder_of(path) for path in own)
-    expected.update(folder_of(path) for path in changes if path in (documentedPaths.MARKER, documentedPaths.RECORD))
+    expected.update(folder_of(path) for path in changes if path in (devicePaths.MARKER, devicePaths.RECORD))
     copies = {path_of(call) for call in recorded.children if call.name in OPENING and is_for_writing(call)
-              and path_of(call).startswith(documentedPaths.USER_CERTIFICATES)}
+              and path_of(call).startswith(devicePaths.USER_CERTIFICATES)}
     expected.update(copies)
     expected.update({folder_of(path) for path in copies})
     return expected
@@ -175,9 +174,9 @@ def check_flushes(recorded):
 
 def make_phone(phone, mode, later, folder):
     """With the upgrade's marker when modes are to come `later`, which may be none."""
-    root = sandbox.make_phone(phone, folder / "phone")
+    root = phones.make_phone(phone, folder / "phone")
     if later is not None:
-        (root / documentedPaths.MARKER[1:]).write_text(f"{mode}\n{later}")
+        (root / devicePaths.MARKER[1:]).write_text(f"{mode}\n{later}")
     return root
 
 
@@ -186,11 +185,11 @@ def record(program, root, mode, folder):
     traced = folder / "trace"
     traced.mkdir(exist_ok=True)
     try:
-        result = sandbox.run(program, root, mode, trace.wrapper(["-y", "-xx", "-s", "1000000", "-e", RECORDED]),
-                             ["--bind", str(traced), "/trace", *log.options])
+        result = phones.run(program, root, mode, traces.wrapper(["-y", "-xx", "-s", "1000000", "-e", RECORDED]),
+                            ["--bind", str(traced), "/trace", *log.options])
     finally:
         log.close()
-    calls = trace.parse((traced / "record").read_bytes())
+    calls = traces.parse((traced / "record").read_bytes())
     own = calls[0].process
     return result, Record([call for call in calls if call.process == own],
                           [call for call in calls if call.process != own])
@@ -231,11 +230,11 @@ def put_copy_shim(folder):
 
 def check_children(program, phone, mode, folder):
     """What a copy command finds open besides the three standard descriptors, while a system log is connected."""
-    root = sandbox.make_phone(phone, folder / "phone")
+    root = phones.make_phone(phone, folder / "phone")
     shim, options = put_copy_shim(folder)
     log = systemLog.SystemLog(folder)
     try:
-        sandbox.run(program, root, mode, options=[*options, *log.options])
+        phones.run(program, root, mode, options=[*options, *log.options])
         is_connected = log.messages() != []
     finally:
         log.close()
@@ -244,7 +243,7 @@ def check_children(program, phone, mode, folder):
     faults = [f"the copy command inherits {line.decode()}" for line in found
               if not line.startswith(standard) and not line.endswith(b" /usr/bin/cp")]
     seen = sum(line.startswith(b"0 ") for line in found)
-    if mode in documentedPaths.CERTIFICATE_MODES and (seen == 0 or not is_connected):
+    if mode in devicePaths.CERTIFICATE_MODES and (seen == 0 or not is_connected):
         faults.append("no copy command was seen, or no system log was connected: nothing is proven")
     return faults, seen
 

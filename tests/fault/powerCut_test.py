@@ -14,12 +14,11 @@ import pathlib
 import random
 import sys
 
-import crashStates
-import diskModel
-import oneStep
+import devicePaths
+import phones
 import proof
-import sandbox
-import trace
+import traces
+from model import comparison, crashStates, diskModel, oneStep
 
 SEED = 4
 MOST_RUNS = {"small": 120, "example": 400}  # phones that run on, of each mode
@@ -36,7 +35,7 @@ def check_record(run, disk):
     """The model is what the run did."""
     model = diskModel.files_of(disk.latest())
     real = {path: entry for path, entry in run.after.items() if entry.kind == "file"}
-    wrong = oneStep.differences(model, real)
+    wrong = comparison.differences(real, model)
     if wrong:
         raise oneStep.BadRecord("the record and the phone disagree: " + "; ".join(wrong))
 
@@ -48,7 +47,7 @@ def kill_points(run, count):
     recorded = []
     for number, call in enumerate(run.calls):
         points.setdefault(frozenset(diskModel.files_of(disk.latest()).items()), number)
-        is_record = disk.play(call) and call.file == oneStep.RECORD and call.name == "write"
+        is_record = disk.play(call) and call.file == devicePaths.RECORD and call.name == "write"
         recorded += [number + 1] * is_record
     others = list(points.values())
     return sorted(set(recorded + random.Random(SEED).sample(others, min(count, len(others)))))
@@ -57,10 +56,10 @@ def kill_points(run, count):
 def run_again(program, run, disk, scratch):
     """The mode again after a kill. Its changes are those of the killed run, unless that one had ended."""
     folders = {path: entry for path, entry in run.before.items() if entry.kind == "folder"}
-    root = sandbox.make_from({**folders, **diskModel.files_of(disk.latest())}, scratch / "phone")
-    before = sandbox.snapshot(root)
-    _, calls = trace.record(program, root, run.mode, scratch / "trace", diskModel.OPTIONS)
-    again = dataclasses.replace(run, before=before, after=sandbox.snapshot(root), calls=calls)
+    root = phones.make_from({**folders, **diskModel.files_of(disk.latest())}, scratch / "phone")
+    before = phones.snapshot(root)
+    _, calls = traces.record(program, root, run.mode, scratch / "trace", diskModel.OPTIONS)
+    again = dataclasses.replace(run, before=before, after=phones.snapshot(root), calls=calls)
     has_ended = not oneStep.needs_next_run(again.before) and is_same(again.before, run.after)
     if has_ended and not is_same(run.before, run.after):
         return again
@@ -85,7 +84,7 @@ def cuts_of(program, phone, run, scratch):
         for call in run.calls[:point]:
             disk.play(call)
         # What has no record, or had one, is found done and not flushed again.
-        is_finished = oneStep.RECORD in diskModel.files_of(disk.latest())
+        is_finished = devicePaths.RECORD in diskModel.files_of(disk.latest())
         again = run_again(program, run, disk, scratch)
         cuts = crashStates.Cuts(again, MOST_SECOND_RUNS[phone])
         cuts.play(disk, again.calls, f"killed after call {point}, run again, power cut")

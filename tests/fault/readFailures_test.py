@@ -9,11 +9,10 @@ import os
 import pathlib
 import sys
 
-import comparison
-import documentedPaths
-import oneStep
+import devicePaths
+import phones
 import proof
-import sandbox
+from model import comparison, oneStep
 
 CALLS = ("newfstatat", "openat", "read")
 BRIEF = ("1..1", "1..2")
@@ -31,8 +30,8 @@ class Job:
 
 def replaced_unread(mode):
     """What a run makes of another file without looking at what is there."""
-    old = set(documentedPaths.XML_DATA)
-    return {path for path in documentedPaths.NEW_XML_DATA if path not in old} | {documentedPaths.COPIES_TO.get(mode)}
+    old = set(devicePaths.XML_DATA)
+    return {path for path in devicePaths.NEW_XML_DATA if path not in old} | {devicePaths.COPIES_TO.get(mode)}
 
 
 def prepare(job, folder):
@@ -45,18 +44,18 @@ def run(job, folder, call, when):
     wrapper = ["strace", "-D", "-o", "/dev/null", "-P", job.path, "-e", f"trace={call}", "-e",
                f"inject={call}:error=EIO:when={when}"]
     before = os.stat(f"{root}{job.path}").st_ino
-    result = sandbox.run(job.program, root, job.mode, wrapper)
+    result = phones.run(job.program, root, job.mode, wrapper)
     after = os.stat(f"{root}{job.path}").st_ino if os.path.exists(f"{root}{job.path}") else None
-    return result, sandbox.files_of(root), before == after
+    return result, phones.files_of(root), before == after
 
 
 def check(job):
     os.umask(oneStep.UMASK)
     folder = comparison.worker_folder(job.scratch)
     root = prepare(job, folder)
-    original = sandbox.files_of(root)
-    ordinary_result = sandbox.run(job.program, root, job.mode)
-    ordinary = sandbox.files_of(root)
+    original = phones.files_of(root)
+    ordinary_result = phones.run(job.program, root, job.mode)
+    ordinary = phones.files_of(root)
     faults, runs = [], 0
     for call in CALLS:
         for when in BRIEF + (FOR_GOOD,):
@@ -77,9 +76,9 @@ def check(job):
 
 def jobs_of(chosen, scratch, mode):
     root = oneStep.make_phone(chosen.program, chosen.phone, mode, pathlib.Path(scratch) / "phone")
-    files = sandbox.files_of(root)
+    files = phones.files_of(root)
     return [Job(chosen.program, str(scratch), chosen.phone, mode, path)
-            for path in sorted(set(documentedPaths.READS[mode])) if path in files]
+            for path in sorted(set(devicePaths.READS[mode])) if path in files]
 
 
 def main():

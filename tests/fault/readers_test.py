@@ -15,11 +15,10 @@ import stat
 import struct
 import sys
 
-import comparison
-import documentedPaths
-import iniValue
+import devicePaths
+import phones
 import proof
-import sandbox
+from model import comparison, iniValue
 
 UMASK = 0o022
 ACCESS_LIST = "system.posix_acl_access"
@@ -111,7 +110,7 @@ def accesses_of(root):
 
 
 def put_attributes(root, turn):
-    for number, path in enumerate(sorted(sandbox.files_of(root))):
+    for number, path in enumerate(sorted(phones.files_of(root))):
         file = f"{root}{path}"
         os.chown(file, OWNERS[(number + turn) % len(OWNERS)], GROUPS[(number + turn // 3) % len(GROUPS)])
         attributes = ATTRIBUTES[(number * 3 + turn) % len(ATTRIBUTES)]
@@ -119,14 +118,14 @@ def put_attributes(root, turn):
             os.chmod(file, attributes)
         else:
             os.setxattr(file, ACCESS_LIST, attributes)
-    hand_over = f"{root}{documentedPaths.HAND_OVER}"
+    hand_over = f"{root}{devicePaths.HAND_OVER}"
     if os.path.exists(hand_over):
         os.chown(hand_over, 0, 0)  # in a folder that everyone may write to another user's counts as missing
     os.chmod(f"{root}/tmp", 0o1777)
 
 
 def prepare(job, root):
-    sandbox.make_phone(job.phone, root)
+    phones.make_phone(job.phone, root)
     for path in job.missing:
         (root / path[1:]).unlink(missing_ok=True)
     put_attributes(root, job.turn)
@@ -135,23 +134,23 @@ def prepare(job, root):
 
 def moved_account(phone):
     """The account that mode "1" takes for direct IP."""
-    return next((path for path in reversed(documentedPaths.ACCOUNTS) if path in phone
+    return next((path for path in reversed(devicePaths.ACCOUNTS) if path in phone
                  and iniValue.read(phone[path].content, "account", "directip") == b"1"), None)
 
 
 def sources_of(path, mode, phone):
     """What a new file may be made of; None where its readers are not settled by another file."""
-    if path == documentedPaths.HAND_OVER or path.startswith(documentedPaths.USER_CERTIFICATES):
+    if path == devicePaths.HAND_OVER or path.startswith(devicePaths.USER_CERTIFICATES):
         return None
-    for old, new in documentedPaths.XML_DATA.items():
+    for old, new in devicePaths.XML_DATA.items():
         if path in new:
             return old
-    if path == documentedPaths.DIRECT_IP_FILE and mode == "1":
+    if path == devicePaths.DIRECT_IP_FILE and mode == "1":
         return moved_account(phone)
-    if path == documentedPaths.ACCOUNT_16 and mode == "2":
-        if documentedPaths.DIRECT_IP_FILE in phone:
-            return documentedPaths.DIRECT_IP_FILE
-        return documentedPaths.FACTORY_ACCOUNT
+    if path == devicePaths.ACCOUNT_16 and mode == "2":
+        if devicePaths.DIRECT_IP_FILE in phone:
+            return devicePaths.DIRECT_IP_FILE
+        return devicePaths.FACTORY_ACCOUNT
     return "nothing"
 
 
@@ -167,11 +166,11 @@ class Job:
 
 def bits_withheld(mode, phone, before, after):
     """A copy onto an existing file has none of the bits that its source withholds."""
-    path = documentedPaths.COPIES_TO.get(mode)
+    path = devicePaths.COPIES_TO.get(mode)
     if path not in before or path not in after:
         return []
     source = sources_of(path, mode, phone)
-    if source not in before or (mode == "2" and source == documentedPaths.FACTORY_ACCOUNT):
+    if source not in before or (mode == "2" and source == devicePaths.FACTORY_ACCOUNT):
         return []
     allowed = before[source].mode & ~(0o077 if before[source].entries else 0)
     more = after[path].mode & ~allowed
@@ -183,7 +182,7 @@ def check(job):
     root = prepare(job, comparison.worker_folder(job.scratch) / "phone")
     phone = comparison.files_of(root)
     before = accesses_of(root)
-    status = sandbox.run(job.program, root, job.mode).returncode
+    status = phones.run(job.program, root, job.mode).returncode
     after = accesses_of(root)
     faults = [] if status == 0 else [f"exit status {status}"]
     compared = 0
@@ -207,10 +206,10 @@ def check(job):
 
 def jobs_of(chosen, scratch, mode):
     """With the copies' destinations and without them, and with the new XML files made by the run."""
-    copied = documentedPaths.COPIES_TO.get(mode)
+    copied = devicePaths.COPIES_TO.get(mode)
     ways = [()] + ([(copied,)] if copied else [])
     if mode == "2":
-        ways.append((documentedPaths.DIRECT_IP_FILE, documentedPaths.ACCOUNT_16))
+        ways.append((devicePaths.DIRECT_IP_FILE, devicePaths.ACCOUNT_16))
     return [Job(str(chosen.program), str(scratch), chosen.phone, mode, turn, missing)
             for turn in range(TURNS) for missing in ways]
 

@@ -12,11 +12,10 @@ import random
 import subprocess
 import sys
 
-import kills
 import loopDevice
-import oneStep
+import phones
 import proof
-import sandbox
+from model import comparison, kills, oneStep
 
 SEED = 4
 CUTS = ("at once", "after an fsync of an unrelated file", "after a flush of the log")
@@ -82,19 +81,19 @@ class Proof:
 
     def faults_of(self, device, run, kill, cut):
         """What is lost when the run is killed there, the power is cut then, and the phone starts again."""
-        root = sandbox.make_from(run.before, device.folder / "phone")
+        root = phones.make_from(run.before, device.folder / "phone")
         device.flush()
         if kill == NOT_KILLED:
-            sandbox.run(self.program, root, run.mode)
+            phones.run(self.program, root, run.mode)
         else:
             faults = kills.kill(self.program, root, run.mode, *kill)
             if faults:
                 return faults
         cut_power(device, cut)
 
-        found = oneStep.without_tmp(sandbox.snapshot(root))
+        found = oneStep.without_tmp(phones.snapshot(root))
         if kill == NOT_KILLED:
-            return oneStep.differences(found, oneStep.without_tmp(run.after))
+            return comparison.differences(oneStep.without_tmp(run.after), found)
         return self.judge(run, found, device.folder.with_suffix(".judged"))
 
     def judge(self, run, found, root):

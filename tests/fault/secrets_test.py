@@ -8,16 +8,11 @@ import os
 import re
 import sys
 
-import comparison
-import documentedPaths
-import iniText
-import iniValue
+import devicePaths
+import phones
 import proof
-import sandbox
-import secretsOfPhone
-import systemLog
-import tablesOfPhone
-import trace
+import traces
+from model import comparison, iniText, iniValue, secretsOfPhone, systemLog, tablesOfPhone
 
 RECORDED = "trace=openat,open,write,fchmod,fchown,chmod,fchmodat,rename,renameat,execve"
 
@@ -34,20 +29,20 @@ LOCKS = (Locks(0, 1), Locks(1, 0), Locks(1, 1), Locks(0, 0))
 
 
 def set_locks(root, locks):
-    for path, value in ((documentedPaths.USER_INI, locks.user), (documentedPaths.FACTORY_USER_INI, locks.factory)):
+    for path, value in ((devicePaths.USER_INI, locks.user), (devicePaths.FACTORY_USER_INI, locks.factory)):
         file = root / path[1:]
         file.write_bytes(iniValue.replace(file.read_bytes(), "PhoneSetting", "EnLock", b"%d" % value))
 
 
 def make_phone(program, phone, mode, locks, root):
     """A phone of unique secrets, plain or enciphered as its lock says. In half of the runs a copied file is new."""
-    sandbox.make_phone(phone, root)
+    phones.make_phone(phone, root)
     secrets = secretsOfPhone.plant(root)
-    if mode in documentedPaths.COPIES_TO and locks.user == locks.factory:
-        (root / documentedPaths.COPIES_TO[mode][1:]).unlink(missing_ok=True)
+    if mode in devicePaths.COPIES_TO and locks.user == locks.factory:
+        (root / devicePaths.COPIES_TO[mode][1:]).unlink(missing_ok=True)
     if locks.user == 1:
         set_locks(root, Locks(0, 1))
-        sandbox.run(program, root, "pwd")
+        phones.run(program, root, "pwd")
     set_locks(root, locks)
     return secrets
 
@@ -55,12 +50,12 @@ def make_phone(program, phone, mode, locks, root):
 def direct_ip_copies(mode, phone):
     """The file copies that the mode makes, as (source, destination)."""
     if mode == "1":
-        marked = [path for path in reversed(documentedPaths.ACCOUNTS) if path in phone
+        marked = [path for path in reversed(devicePaths.ACCOUNTS) if path in phone
                   and iniValue.read(phone[path].content, "account", "directip") == b"1"]
-        return [(path, documentedPaths.DIRECT_IP_FILE) for path in marked[:1]]
+        return [(path, devicePaths.DIRECT_IP_FILE) for path in marked[:1]]
     if mode == "2":
-        sources = [path for path in (documentedPaths.DIRECT_IP_FILE, documentedPaths.FACTORY_ACCOUNT) if path in phone]
-        return [(path, documentedPaths.ACCOUNT_16) for path in sources[:1]]
+        sources = [path for path in (devicePaths.DIRECT_IP_FILE, devicePaths.FACTORY_ACCOUNT) if path in phone]
+        return [(path, devicePaths.ACCOUNT_16) for path in sources[:1]]
     return []
 
 
@@ -155,15 +150,15 @@ def check_temporary_files(calls):
 
 
 def give_bits(root, bits):
-    for path in sandbox.files_of(root):
+    for path in phones.files_of(root):
         (root / path[1:]).chmod(bits)
 
 
 def check_temporary_files_of_public_phone(program, phone, mode, folder):
     """The same on a phone whose files everyone may read: what is not yet complete is nobody's to read."""
-    root = sandbox.make_phone(phone, folder / "phone")
+    root = phones.make_phone(phone, folder / "phone")
     give_bits(root, 0o644)
-    _, calls = trace.record(program, root, mode, folder / "trace", ("-y", "-xx", "-s", "1000000", "-e", RECORDED))
+    _, calls = traces.record(program, root, mode, folder / "trace", ("-y", "-xx", "-s", "1000000", "-e", RECORDED))
     return check_temporary_files(calls)
 
 
@@ -173,10 +168,10 @@ def run_logged(program, root, mode, folder):
     traced = folder / "trace"
     traced.mkdir(exist_ok=True)
     try:
-        result = sandbox.run(program, root, mode,
-                             trace.wrapper(["-y", "-xx", "-s", "1000000", "-e", RECORDED]),
-                             ["--bind", str(traced), "/trace", *log.options])
-        return result, trace.parse((traced / "record").read_bytes()), log.messages()
+        result = phones.run(program, root, mode,
+                            traces.wrapper(["-y", "-xx", "-s", "1000000", "-e", RECORDED]),
+                            ["--bind", str(traced), "/trace", *log.options])
+        return result, traces.parse((traced / "record").read_bytes()), log.messages()
     finally:
         log.close()
 
@@ -187,9 +182,9 @@ def check(job):
     folder = comparison.worker_folder(scratch)
     root = folder / "phone"
     secrets = make_phone(program, phone, mode, locks, root)
-    before = sandbox.files_of(root)
+    before = phones.files_of(root)
     result, calls, messages = run_logged(program, root, mode, folder)
-    after = sandbox.files_of(root)
+    after = phones.files_of(root)
 
     faults = [] if result.returncode == 0 else [f"exit status {result.returncode}"]
     faults += check_places(secrets, mode, before, after)

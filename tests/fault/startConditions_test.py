@@ -13,12 +13,10 @@ import stat
 import subprocess
 import sys
 
-import comparison
-import documentedPaths
-import iniValue
+import devicePaths
+import phones
 import proof
-import sandbox
-import systemLog
+from model import comparison, iniValue, systemLog
 
 USUAL_UMASK = 0o022
 NEW_FILE_MODE = 0o644
@@ -91,9 +89,9 @@ CONDITIONS = (
 
 def prepare(phone, mode, root):
     """The phone before the run: odd permission bits everywhere, and nothing where a copy goes, so that its own show."""
-    sandbox.make_phone(phone, root)
-    if mode in documentedPaths.COPIES_TO:
-        (root / documentedPaths.COPIES_TO[mode][1:]).unlink(missing_ok=True)
+    phones.make_phone(phone, root)
+    if mode in devicePaths.COPIES_TO:
+        (root / devicePaths.COPIES_TO[mode][1:]).unlink(missing_ok=True)
     for number, path in enumerate(sorted(comparison.files_of(root))):
         (root / path[1:]).chmod(BITS[number % len(BITS)])
         if os.geteuid() == 0:
@@ -110,10 +108,10 @@ def date_files(root, seconds):
 def copied_from(mode, before):
     """Where a copy of the mode comes from; None when it makes none."""
     if mode == "1":
-        return next((path for path in reversed(documentedPaths.ACCOUNTS) if path in before
+        return next((path for path in reversed(devicePaths.ACCOUNTS) if path in before
                      and iniValue.read(before[path].content, "account", "directip") == b"1"), None)
     if mode == "2":
-        sources = (documentedPaths.DIRECT_IP_FILE, documentedPaths.FACTORY_ACCOUNT)
+        sources = (devicePaths.DIRECT_IP_FILE, devicePaths.FACTORY_ACCOUNT)
         return next((path for path in sources if path in before), None)
     return None
 
@@ -123,12 +121,12 @@ def expected_bits(path, mode, before, umask):
     well, the device's own copy its source's less the umask."""
     if path in before:
         return before[path].mode
-    if path == documentedPaths.COPIES_TO.get(mode):
+    if path == devicePaths.COPIES_TO.get(mode):
         return before[copied_from(mode, before)].mode
-    if path.startswith(documentedPaths.USER_CERTIFICATES):
-        name = path.removeprefix(documentedPaths.USER_CERTIFICATES)
-        return before[documentedPaths.FACTORY_CERTIFICATES + name].mode & ~umask
-    source = next((old for old, new in documentedPaths.XML_DATA.items() if path in new), None)
+    if path.startswith(devicePaths.USER_CERTIFICATES):
+        name = path.removeprefix(devicePaths.USER_CERTIFICATES)
+        return before[devicePaths.FACTORY_CERTIFICATES + name].mode & ~umask
+    source = next((old for old, new in devicePaths.XML_DATA.items() if path in new), None)
     withheld = ~before[source].mode & ~stat.S_IWUSR if source else 0
     return NEW_FILE_MODE & ~umask & ~withheld
 
@@ -160,7 +158,7 @@ def start(program, root, mode, condition, folder):
     script = f'set -e; {condition.preparation or ":"}; set +e; "$@"; exit $?'
     log = systemLog.SystemLog(folder)
     options = [*condition.options, *(log.options if condition.system_log else [])]
-    command = sandbox.command(program, root, [mode], ["sh", "-c", script, "sh", *condition.wrapper], options)
+    command = phones.command(program, root, [mode], ["sh", "-c", script, "sh", *condition.wrapper], options)
     streams, opened = outputs(condition)
     try:
         result = subprocess.run(command, stdin=subprocess.DEVNULL, timeout=60, check=False,
@@ -176,11 +174,11 @@ def compare(condition, mode, before, ordinary, found):
     expected = expected_phone(condition, mode, before, ordinary)
     if condition.cannot_copy:
         for path in expected.keys() - before.keys():
-            if path.startswith(documentedPaths.USER_CERTIFICATES):
+            if path.startswith(devicePaths.USER_CERTIFICATES):
                 found.setdefault(path, expected[path])
     if condition.umask & stat.S_IRUSR and os.geteuid() != 0:
         # Its second save cannot read what the first one made: only root can.
-        expected[documentedPaths.HAND_OVER] = found.get(documentedPaths.HAND_OVER)
+        expected[devicePaths.HAND_OVER] = found.get(devicePaths.HAND_OVER)
     return comparison.differences(expected, found)
 
 

@@ -13,17 +13,12 @@ import shutil
 import subprocess
 import sys
 
-import comparison
-import documentedPaths
-import fileByFile
-import oneStep
+import devicePaths
+import phones
 import proof
-import sandbox
-import strangeAliases
-import strangeExpectations
-import strangeFolders
-import strangeKinds
-import trace
+import traces
+from model import (comparison, fileByFile, oneStep, strangeAliases, strangeExpectations, strangeFolders,
+                   strangeKinds)
 
 HANGS_AFTER = 20
 
@@ -50,18 +45,18 @@ class Job:
 
 def make_phone(job, folder):
     """With the upgrade's marker the hand-over has survived a power cut: its copy is there, and /tmp is empty."""
-    root = sandbox.make_phone(job.phone, folder / "phone")
+    root = phones.make_phone(job.phone, folder / "phone")
     if job.has_marker:
-        (root / documentedPaths.MARKER[1:]).write_text(f"{job.mode}\nlater\n")
+        (root / devicePaths.MARKER[1:]).write_text(f"{job.mode}\nlater\n")
         if job.mode == "2":
-            (root / documentedPaths.HAND_OVER_COPY[1:]).write_bytes(original_content(job, documentedPaths.HAND_OVER))
-            (root / documentedPaths.HAND_OVER[1:]).unlink(missing_ok=True)
+            (root / devicePaths.HAND_OVER_COPY[1:]).write_bytes(original_content(job, devicePaths.HAND_OVER))
+            (root / devicePaths.HAND_OVER[1:]).unlink(missing_ok=True)
     return root
 
 
 def run(job, root, canary, user=()):
     options = ["--bind", str(canary), strangeKinds.CANARY, *user]
-    return sandbox.run(job.program, root, job.mode, options=options, timeout=HANGS_AFTER)
+    return phones.run(job.program, root, job.mode, options=options, timeout=HANGS_AFTER)
 
 
 def make_canary(folder):
@@ -75,9 +70,9 @@ def make_canary(folder):
 
 def original_content(job, path=None):
     path = path or job.path
-    if path == documentedPaths.HAND_OVER_COPY:
-        path = documentedPaths.HAND_OVER
-    file = sandbox.PHONES[job.phone] / path[1:]
+    if path == devicePaths.HAND_OVER_COPY:
+        path = devicePaths.HAND_OVER
+    file = phones.PHONES[job.phone] / path[1:]
     return file.read_bytes() if file.is_file() else b""
 
 
@@ -86,7 +81,7 @@ def reference(job, folder, change, user=()):
     root = make_phone(job, folder)
     change(root / job.path[1:])
     run(job, root, make_canary(folder), user)
-    return sandbox.files_of(root)
+    return phones.files_of(root)
 
 
 def put_file(job, path):
@@ -95,7 +90,7 @@ def put_file(job, path):
 
 
 def outcome_of(root, canary):
-    return strangeExpectations.Outcome(comparison.files_of(root), sandbox.files_of(canary))
+    return strangeExpectations.Outcome(comparison.files_of(root), phones.files_of(canary))
 
 
 def try_kind(job, kind, path, folder):
@@ -120,9 +115,9 @@ def try_kind(job, kind, path, folder):
 
 def is_left_to_the_copy(job, kind):
     """The device's own copy meets it, and not we."""
-    if job.path.startswith(documentedPaths.USER_CERTIFICATES):
+    if job.path.startswith(devicePaths.USER_CERTIFICATES):
         return kind.taken_as == "missing"
-    if job.path.startswith(documentedPaths.FACTORY_CERTIFICATES):
+    if job.path.startswith(devicePaths.FACTORY_CERTIFICATES):
         return kind.taken_as == "missing" or kind.name in COPY_WAITS_AT
     return False
 
@@ -131,10 +126,10 @@ def is_left_out(job, kind):
     """On the small phone the accounts that it lacks share the kinds. Mode "dev" is "all" less its last pass."""
     if job.mode == "dev" and strangeKinds.KINDS.index(kind) % 2 == 0:
         return True
-    is_shared = job.phone == "small" and job.path in documentedPaths.ACCOUNTS and original_content(job) == b""
+    is_shared = job.phone == "small" and job.path in devicePaths.ACCOUNTS and original_content(job) == b""
     if not is_shared:
         return False
-    turn = documentedPaths.ACCOUNTS.index(job.path) + strangeKinds.KINDS.index(kind)
+    turn = devicePaths.ACCOUNTS.index(job.path) + strangeKinds.KINDS.index(kind)
     return turn % ACCOUNTS_THAT_SHARE != 0
 
 
@@ -186,7 +181,7 @@ def disagreements(phones):
 def check_temporary(job, folder):
     """Another one's file under the temporary name is removed, never written to; with a folder there this file cannot be
     saved, and without the marker's change nothing is."""
-    temporary = documentedPaths.temporary_name(job.path)
+    temporary = devicePaths.temporary_name(job.path)
     old = comparison.files_of(make_phone(job, folder))
     ordinary = reference(job, folder, lambda path: None)
     unsaved = fileByFile.without_changes(oneStep.Run(job.mode, old, ordinary, []), ordinary, [job.path])
@@ -195,7 +190,7 @@ def check_temporary(job, folder):
         before, after, faults = try_kind(job, kind, temporary, folder)
         expected = ordinary
         if kind.name in ("folder", "full folder"):
-            expected = before.phone if job.path == documentedPaths.MARKER else unsaved
+            expected = before.phone if job.path == devicePaths.MARKER else unsaved
             expected = {**expected, **strangeExpectations.part(before.phone, temporary)}
         faults += comparison.differences(expected, once_taken_back(before.phone, after.phone))
         faults += comparison.differences(before.canary, after.canary)
@@ -205,10 +200,10 @@ def check_temporary(job, folder):
 
 def once_taken_back(before, found):
     """The next run takes back the certificates that are still noted."""
-    if documentedPaths.NOTE not in found:
+    if devicePaths.NOTE not in found:
         return found
-    taken = {name for name in found if name.startswith(documentedPaths.USER_CERTIFICATES)} - before.keys()
-    return {name: entry for name, entry in found.items() if name not in taken and name != documentedPaths.NOTE}
+    taken = {name for name in found if name.startswith(devicePaths.USER_CERTIFICATES)} - before.keys()
+    return {name: entry for name, entry in found.items() if name not in taken and name != devicePaths.NOTE}
 
 
 def check_private(job, folder):
@@ -218,15 +213,15 @@ def check_private(job, folder):
     for kind in kinds_for(job):
         before, after, faults = try_kind(job, kind, job.path, folder)
         is_locked = kind.taken_as == "no permission"
-        if job.path == documentedPaths.MARKER:
+        if job.path == devicePaths.MARKER:
             expected = dict(before.phone)
         else:
             user = strangeFolders.ORDINARY_USER if is_locked else ()
             expected = reference(job, folder, lambda path: None, user)
-            if stays(kind) and job.path == documentedPaths.RECORD:
+            if stays(kind) and job.path == devicePaths.RECORD:
                 expected = fileByFile.after_moves(oneStep.Run(job.mode, before.phone, expected, []))
             expected.update(strangeExpectations.part(before.phone, job.path) if stays(kind) else {})
-        if job.path == documentedPaths.MARKER and kind.name == "hard link":
+        if job.path == devicePaths.MARKER and kind.name == "hard link":
             del expected[job.path]
         faults += comparison.differences(expected, after.phone) + comparison.differences(before.canary, after.canary)
         results.append((kind.name, faults))
@@ -268,12 +263,12 @@ def check(job):
 
 def recorded(chosen, mode, scratch):
     """The phone's paths that a run of the mode asks for, and the files that it saves."""
-    root = sandbox.make_phone(chosen.phone, scratch / "phone")
-    _, calls = trace.record(chosen.program, root, mode, scratch / "trace",
-                            ("-y", "-xx", "-s", "4096", "-e", "trace=%file"))
+    root = phones.make_phone(chosen.phone, scratch / "phone")
+    _, calls = traces.record(chosen.program, root, mode, scratch / "trace",
+                             ("-y", "-xx", "-s", "4096", "-e", "trace=%file"))
     names = {text.decode(errors="surrogateescape").rstrip("/") for call in calls for text in call.texts}
-    inside = tuple(f"/{tree}/" for tree in sandbox.TREES)
-    asked = {name for name in names if name.startswith(inside) and not name.endswith(sandbox.TEMPORARY_SUFFIX)}
+    inside = tuple(f"/{tree}/" for tree in phones.TREES)
+    asked = {name for name in names if name.startswith(inside) and not name.endswith(devicePaths.TEMPORARY_SUFFIX)}
     saved = {call.texts[1].decode() for call in calls if call.name in ("rename", "renameat")}
     return asked, saved
 
@@ -283,18 +278,18 @@ def jobs_of(chosen, mode, scratch):
         return Job(chosen.program, str(scratch), chosen.phone, mode, path, what, has_marker)
 
     asked, saved = recorded(chosen, mode, scratch)
-    image = sandbox.PHONES[chosen.phone]
+    image = phones.PHONES[chosen.phone]
     folders = {path for path in asked if (image / path[1:]).is_dir()}
-    private = {documentedPaths.MARKER, documentedPaths.RECORD, documentedPaths.NOTE}
-    files = (asked | set(documentedPaths.READS[mode])) - folders - private - {documentedPaths.HAND_OVER_COPY}
+    private = {devicePaths.MARKER, devicePaths.RECORD, devicePaths.NOTE}
+    files = (asked | set(devicePaths.READS[mode])) - folders - private - {devicePaths.HAND_OVER_COPY}
     chosen_for = [("file", files), ("folder", folders), ("temporary", saved), ("private", private)]
     jobs = [job(what, path) for what, paths in chosen_for for path in sorted(paths)]
-    jobs += [job("temporary", documentedPaths.MARKER, has_marker=True), job("locked")]
-    if mode in documentedPaths.COPIES_TO:
-        jobs += [job("file", documentedPaths.HAND_OVER_COPY, has_marker=True), job("link to its source")]
+    jobs += [job("temporary", devicePaths.MARKER, has_marker=True), job("locked")]
+    if mode in devicePaths.COPIES_TO:
+        jobs += [job("file", devicePaths.HAND_OVER_COPY, has_marker=True), job("link to its source")]
     if mode == "1":
-        jobs.append(job("temporary", documentedPaths.HAND_OVER_COPY, has_marker=True))
-    if mode in documentedPaths.CERTIFICATE_MODES:
+        jobs.append(job("temporary", devicePaths.HAND_OVER_COPY, has_marker=True))
+    if mode in devicePaths.CERTIFICATE_MODES:
         jobs += [job("alias"), job("vanishing")]
     return jobs
 

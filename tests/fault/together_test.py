@@ -15,13 +15,11 @@ import random
 import sys
 import time
 
-import comparison
-import oneStep
+import devicePaths
+import phones
 import proof
-import sandbox
-import systemLog
+from model import comparison, oneStep, systemLog
 
-USER_INI = "/config/user/user.ini"
 CALLS = ("flock", "openat", "rename", "fsync", "unlink", "fchmod")
 DELAYS_MICROSECONDS = (0, 300, 2000)
 ROUNDS = {"small": 6, "example": 20}  # of each kind
@@ -55,25 +53,25 @@ class Together:
         marker, self.modes, orders = kind
         root = oneStep.make_marked_phone(phone, scratch / "phone")
         if marker is not None:
-            (root / oneStep.MARKER[1:]).write_text(marker)
-        self.before = sandbox.snapshot(root)
+            (root / devicePaths.MARKER[1:]).write_text(marker)
+        self.before = phones.snapshot(root)
         self.ends = []
-        self.user_inis = {self.before[USER_INI].content}
+        self.user_inis = {self.before[devicePaths.USER_INI].content}
         for order in orders or set(itertools.permutations(self.modes)):
-            self.run_in_order(order, sandbox.make_from(self.before, root))
+            self.run_in_order(order, phones.make_from(self.before, root))
 
     def run_in_order(self, order, root):
         for mode in order:
-            sandbox.run(self.program, root, mode)
-            found = sandbox.snapshot(root)
-            self.user_inis.add(found[USER_INI].content)
+            phones.run(self.program, root, mode)
+            found = phones.snapshot(root)
+            self.user_inis.add(found[devicePaths.USER_INI].content)
         self.ends.append(found)
 
     def faults(self, seed):
         """They are kept waiting until all have begun, so that each has seen the marker."""
         chance = random.Random(seed)
         folder = comparison.worker_folder(self.scratch)
-        root = sandbox.make_from(self.before, folder / "phone")
+        root = phones.make_from(self.before, folder / "phone")
         with concurrent.futures.ThreadPoolExecutor(len(self.modes)) as threads:
             lock = os.open(root / "config", os.O_RDONLY)
             fcntl.flock(lock, fcntl.LOCK_EX)
@@ -84,9 +82,9 @@ class Together:
                 time.sleep(POLL_SECONDS)
             os.close(lock)
             faults = self.watch_user_ini(root, runs)
-        found = sandbox.snapshot(root)
+        found = phones.snapshot(root)
         if found not in self.ends:
-            closest = min((oneStep.differences(found, end) for end in self.ends), key=len)
+            closest = min((comparison.differences(end, found) for end in self.ends), key=len)
             faults.append("not as after runs one after the other: " + "; ".join(closest))
         return faults + [f"a run ends with status {run.result().returncode}" for run in runs if run.result().returncode]
 
@@ -96,10 +94,10 @@ class Together:
         wrapper = ["strace", "-D", "-o", "/trace/record", "-e", "trace=" + ",".join(CALLS)]
         for call, delay in zip(CALLS, delays):
             wrapper += ["-e", f"inject={call}:delay_enter={delay}"] * (delay > 0)
-        return sandbox.run(self.program, root, mode, wrapper, ["--bind", str(record), "/trace"])
+        return phones.run(self.program, root, mode, wrapper, ["--bind", str(record), "/trace"])
 
     def watch_user_ini(self, root, runs):
-        path = pathlib.Path(f"{root}{USER_INI}")
+        path = pathlib.Path(f"{root}{devicePaths.USER_INI}")
         while not all(run.done() for run in runs):
             try:
                 if path.read_bytes() not in self.user_inis:
@@ -131,14 +129,14 @@ def faults_of_giving_up(program, phone, scratch):
     """It takes 20 seconds."""
     log = systemLog.SystemLog(scratch)
     root = oneStep.make_marked_phone(phone, scratch / "phone")
-    before = sandbox.snapshot(root)
+    before = phones.snapshot(root)
     lock = os.open(root / "config", os.O_RDONLY)
     fcntl.flock(lock, fcntl.LOCK_EX)
     begin = time.monotonic()
-    sandbox.run(program, root, "all", options=log.options)
+    phones.run(program, root, "all", options=log.options)
     seconds = time.monotonic() - begin
     os.close(lock)
-    faults = oneStep.differences(sandbox.snapshot(root), before)
+    faults = comparison.differences(before, phones.snapshot(root))
     if not any(GIVES_UP in message for message in log.messages()):
         faults.append("says nothing in the system log")
     if not 19 < seconds < 40:

@@ -8,12 +8,14 @@ import os
 import pathlib
 import subprocess
 
+import phones
 import previewTool
+import proof
 
 DEMO = previewTool.PROJECT / "script" / "demo"
 BUILT = previewTool.PROJECT / "build" / "host" / "tools" / "preview" / "kestrune-preview"
 EXAMPLE = previewTool.PROJECT / "examples" / "phone"
-SMALL = previewTool.HERE.parents[1] / "fault" / "small-phone"
+SMALL = phones.PHONES["small"]
 
 
 class Demo(previewTool.PreviewTest):
@@ -49,5 +51,5 @@ class Demo(previewTool.PreviewTest):
 
 if __name__ == "__main__":
     if not BUILT.exists() or not BUILT.samefile(previewTool.PREVIEW):
-        previewTool.skip("the demo is for the preset host")
+        proof.skip("the demo is for the preset host")
     previewTool.main()

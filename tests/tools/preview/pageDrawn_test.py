@@ -10,6 +10,7 @@ import subprocess
 import zlib
 
 import previewTool
+import proof
 
 BROWSER = shutil.which("chromium")
 
@@ -52,5 +53,5 @@ class PageDrawn(previewTool.PreviewTest):
 
 if __name__ == "__main__":
     if BROWSER is None:
-        previewTool.skip("chromium is not installed: script/bootstrap preview")
+        proof.skip("chromium is not installed: script/bootstrap preview")
     previewTool.main()

@@ -9,16 +9,13 @@ import os
 import pathlib
 import shutil
 import subprocess
-import sys
 import tempfile
 import unittest
 
-HERE = pathlib.Path(__file__).resolve().parent
-PROJECT = HERE.parents[2]
-sys.path.insert(0, str(PROJECT / "tests" / "fault"))
+import phones
+import proof
 
-import sandbox  # noqa: E402: found by the line above
-
+PROJECT = phones.PROJECT
 PREVIEW = os.environ["KESTRUNE_PREVIEW"]
 PROGRAM = os.environ["KESTRUNE_PROGRAM"]
 SCHEMA = PROJECT / "tools" / "preview" / "preview.schema.json"
@@ -28,7 +25,6 @@ if os.access(MEMORY, os.W_OK):
     os.environ["TMPDIR"] = MEMORY
 
 NOTHING_CHANGES, ERROR, SOMETHING_CHANGES = 0, 1, 2
-SKIPPED = 77
 
 
 @dataclasses.dataclass(frozen=True)
@@ -85,7 +81,7 @@ class PreviewTest(unittest.TestCase):
         if root.exists():
             shutil.rmtree(root)
         if base is not None:
-            sandbox.make_phone(base, root)
+            phones.make_phone(base, root)
         for path, content in files.items():
             file = root / path[1:]
             file.parent.mkdir(parents=True, exist_ok=True)
@@ -97,19 +93,7 @@ class PreviewTest(unittest.TestCase):
         return show(self.folder, *arguments)
 
 
-def skip(reason):
-    print(f"SKIPPED: {reason}")
-    sys.exit(SKIPPED)
-
-
 def main():
-    """Runs the tests of the file that was started; a machine that forbids sandboxes proves nothing."""
-    with tempfile.TemporaryDirectory() as folder:
-        for tree in sandbox.TREES:
-            os.mkdir(f"{folder}/{tree}")
-        if shutil.which("bwrap") is None:
-            skip("bwrap is not installed")
-        tried = subprocess.run(sandbox.command("/bin/true", folder, []), capture_output=True, check=False)
-    if tried.returncode != 0:
-        skip(f"no sandbox here: {tried.stderr.decode(errors='replace').strip()}")
+    """Runs the tests of the file that was started."""
+    proof.skip_without_sandbox(with_strace=False)
     unittest.main()

@@ -10,8 +10,8 @@ import tarfile
 
 import jsonschema
 
+import phones
 import previewTool
-import sandbox
 
 MODES = [("all",), ("dev",), ("pwd",), ("1",), ("2",), ("fix-ups-only",), ("1", "2"), ("dev", "pwd", "all")]
 
@@ -24,25 +24,25 @@ def pack(image, archive):
 
 class SamePhone(previewTool.PreviewTest):
     def check(self, name, modes, as_archive):
-        image = sandbox.make_phone(name, self.folder / "image")
+        image = phones.make_phone(name, self.folder / "image")
         given = pack(image, self.folder / "image.tar.gz") if as_archive else image
-        before = sandbox.snapshot(image)
+        before = phones.snapshot(image)
         bytes_before = given.read_bytes() if as_archive else None
         shown = self.show("--reports", "--save-phone", self.folder / "after", given, *modes)
 
-        self.assertEqual(sandbox.snapshot(image), before)
+        self.assertEqual(phones.snapshot(image), before)
         if as_archive:
             self.assertEqual(given.read_bytes(), bytes_before)
         self.assertTrue(shown.preview["passesKnown"])
         jsonschema.validate(shown.json, json.loads(previewTool.SCHEMA.read_text()))
         for mode in modes:
-            self.assertEqual(sandbox.run(previewTool.PROGRAM, image, mode).returncode, 0)
-        real = sandbox.snapshot(image)
-        self.assertEqual(sandbox.snapshot(self.folder / "after"), real)
+            self.assertEqual(phones.run(previewTool.PROGRAM, image, mode).returncode, 0)
+        real = phones.snapshot(image)
+        self.assertEqual(phones.snapshot(self.folder / "after"), real)
         self.check_files(shown, before, real)
         for mode in modes:
-            sandbox.run(previewTool.PROGRAM, image, mode)
-        self.check_second_run(shown, real, sandbox.snapshot(image))
+            phones.run(previewTool.PROGRAM, image, mode)
+        self.check_second_run(shown, real, phones.snapshot(image))
 
     def check_files(self, shown, before, after):
         """It tells of every file that changed, and of no other."""
@@ -56,14 +56,14 @@ class SamePhone(previewTool.PreviewTest):
         self.assertEqual({file["path"] for file in shown.preview["secondRun"]["files"]}, changed)
 
     def test_the_phone_is_that_of_a_real_run_in_every_mode(self):
-        for name, modes in itertools.product(sandbox.PHONES, MODES):
+        for name, modes in itertools.product(phones.PHONES, MODES):
             with self.subTest(phone=name, modes=modes):
                 self.check(name, modes, as_archive=False)
                 for rest in ("after", "image"):
                     previewTool.shutil.rmtree(self.folder / rest)
 
     def test_an_archive_gives_the_same(self):
-        for name in sandbox.PHONES:
+        for name in phones.PHONES:
             with self.subTest(phone=name):
                 self.check(name, ("all",), as_archive=True)
                 for rest in ("after", "image"):

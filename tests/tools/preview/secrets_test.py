@@ -9,8 +9,8 @@ import json
 import re
 import xml.sax.saxutils
 
+import phones
 import previewTool
-import sandbox
 
 PLANTED = 200
 LOCKS = list(itertools.product((0, 1), (0, 1)))
@@ -144,7 +144,7 @@ def forms_on(root, planter):
     """The secrets, and the values of every key that was given one, in whatever form a run has left them there."""
     forms = set(planter.secrets) | {secret[:159] for secret in planter.secrets}
     forms |= {part for secret in planter.secrets if len(secret) >= 40 for part in (secret[:20], secret[-20:])}
-    for entry in sandbox.files_of(root).values():
+    for entry in phones.files_of(root).values():
         text = entry.content.decode()
         forms |= {value for value in re.findall(r"=([A-Za-z0-9+/]{23,})$", text, re.MULTILINE)}
     return forms

@@ -3,13 +3,9 @@
 
 """Folders that vanish while the run goes on, or that it may not write to."""
 
-import os
-
-import comparison
-import documentedPaths
-import fileByFile
-import oneStep
-import sandbox
+import devicePaths
+import phones
+from model import comparison, fileByFile, oneStep
 
 ORDINARY_USER = ("--unshare-user", "--uid", "1000", "--gid", "1000")
 
@@ -21,10 +17,10 @@ exec /usr/bin/install -m 644 "$1" "$2"
 
 
 def end_of(program, phone, mode, root, change, options=()):
-    sandbox.make_phone(phone, root)
+    phones.make_phone(phone, root)
     change(root)
-    before = sandbox.files_of(root)
-    result = sandbox.run(program, root, mode, options=options)
+    before = phones.files_of(root)
+    result = phones.run(program, root, mode, options=options)
     found = comparison.files_of(root)
     run = oneStep.Run(mode, before, found, [])
     return run, [] if result.returncode == 0 else [f"exit status {result.returncode}"]
@@ -57,7 +53,7 @@ def lock_top(root):
 
 def lock_top_with_marker(mode):
     def change(root):
-        (root / oneStep.MARKER[1:]).write_text(f"{mode}\nlater\n")
+        (root / devicePaths.MARKER[1:]).write_text(f"{mode}\nlater\n")
         lock_top(root)
     return change
 
@@ -71,6 +67,6 @@ def check_locked_top(program, phone, mode, folder):
     results = [("/config is locked", faults + comparison.differences(expected, found.after))]
     found, faults = end_of(program, phone, mode, root, lock_top_with_marker(mode), ORDINARY_USER)
     certificates = {path: entry for path, entry in ordinary.after.items()
-                    if path.startswith(documentedPaths.USER_CERTIFICATES)}
+                    if path.startswith(devicePaths.USER_CERTIFICATES)}
     expected = {**found.before, **certificates}
     return results + [("/config is locked, with the marker", faults + comparison.differences(expected, found.after))]

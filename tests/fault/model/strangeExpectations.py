@@ -8,8 +8,8 @@ Each is told from three runs on phones that have nothing strange: with the file,
 
 import dataclasses
 
-import comparison
-import documentedPaths
+import devicePaths
+from model import comparison
 
 
 @dataclasses.dataclass(frozen=True)
@@ -32,7 +32,7 @@ def part(phone, path):
 
 def independent(job, with_file, missing):
     """What does not depend on the file: the same with it and without."""
-    taken = [name for path, names in documentedPaths.TAKES_WITH_IT.items() if is_below(path, job.path)
+    taken = [name for path, names in devicePaths.TAKES_WITH_IT.items() if is_below(path, job.path)
              for name in names]
     return {name: entry for name, entry in with_file.items() if missing.get(name) == entry and name not in taken}
 
@@ -104,7 +104,7 @@ def compare_without_permission(job, with_file, missing, before, after):
 
 def copied_whole(job):
     """A copy that cannot be read keeps the marks that are taken out of it afterwards."""
-    return [documentedPaths.FACTORY_ACCOUNT] if (job.mode, job.path) == ("2", documentedPaths.ACCOUNT_16) else []
+    return [devicePaths.FACTORY_ACCOUNT] if (job.mode, job.path) == ("2", devicePaths.ACCOUNT_16) else []
 
 
 def compare(job, kind, references, before, after):
@@ -117,7 +117,7 @@ def compare(job, kind, references, before, after):
         return compare_without_permission(job, with_file, missing, before, after)
     else:
         return compare_unreadable(job, with_file, missing, before, after)
-    if (job.mode, job.path) == ("2", documentedPaths.HAND_OVER_COPY):
+    if (job.mode, job.path) == ("2", devicePaths.HAND_OVER_COPY):
         expected.phone.pop(job.path, None)  # it is removed whatever it is
     return (comparison.differences(expected.phone, after.phone)
             + comparison.differences(expected.canary, after.canary))

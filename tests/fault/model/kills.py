@@ -5,7 +5,7 @@
 
 import collections
 
-import sandbox
+import phones
 
 # What the driver's own process calls. Its children are the shell and the device's copy command.
 CALLS = ("openat", "unlink", "write", "fchmod", "fchown", "fsync", "rename", "utimensat", "flock", "wait4", "exit_group")
@@ -32,6 +32,6 @@ def kill(program, root, mode, call, number):
     """Runs the mode on the phone until then. What went wrong with the kill itself, if anything."""
     is_copy = call == COPYING
     wrapper = killer(call, number) + ["-f"] * is_copy
-    status = sandbox.run(program, root, mode, wrapper).returncode
+    status = phones.run(program, root, mode, wrapper).returncode
     # The copy command dies alone: the run goes on without it.
     return [] if status == (RUN_ENDED if is_copy else KILLED) else [f"not killed: exit status {status}"]

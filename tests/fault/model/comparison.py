@@ -8,11 +8,11 @@ import os
 import pathlib
 import stat
 
-import sandbox
+import phones
 
 
 def differences(expected, found):
-    """One line for every name that is not as expected; both are what `sandbox.files_of` gives."""
+    """One line for every name that is not as expected; both are what `phones.files_of` gives."""
     lines = []
     for path in sorted(set(expected) | set(found)):
         wanted, present = expected.get(path), found.get(path)
@@ -37,6 +37,11 @@ def shown(entry, start=0):
     return f"{entry.kind} {entry.mode:04o} {entry.owner} {more_before}{entry.content[begin:stop]!r}{more_behind}"
 
 
+def shown_difference(wanted, present):
+    start = first_difference(wanted, present)
+    return f"is {shown(present, start)} instead of {shown(wanted, start)}"
+
+
 def worker_folder(scratch):
     """The scratch folder of this worker process, which the jobs before may have used."""
     folder = pathlib.Path(scratch) / str(os.getpid())
@@ -45,7 +50,7 @@ def worker_folder(scratch):
 
 
 def files_of(root):
-    """As `sandbox.files_of`, those files included that their own owner may not read."""
+    """As `phones.files_of`, those files included that their own owner may not read."""
     locked = {}
     for folder, _, files in os.walk(root):
         for path in (os.path.join(folder, name) for name in files):
@@ -53,7 +58,7 @@ def files_of(root):
             if stat.S_ISREG(status.st_mode) and not status.st_mode & stat.S_IRUSR:
                 locked[path] = stat.S_IMODE(status.st_mode)
                 os.chmod(path, locked[path] | stat.S_IRUSR)
-    found = sandbox.files_of(root)
+    found = phones.files_of(root)
     for path, mode in locked.items():
         os.chmod(path, mode)
         name = path.removeprefix(str(root))

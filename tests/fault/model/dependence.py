@@ -5,15 +5,14 @@
 
 import dataclasses
 
-import documentedPaths
-import fileByFile
-import oneStep
-import sandbox
+import devicePaths
+import phones
+from model import fileByFile
 
-CERTIFICATES = (documentedPaths.USER_CERTIFICATES, documentedPaths.FACTORY_CERTIFICATES)
+CERTIFICATES = (devicePaths.USER_CERTIFICATES, devicePaths.FACTORY_CERTIFICATES)
 
 # While the note of the copies is there, the next run takes them back.
-FOR_THE_NOTE = (oneStep.NOTE, "/config")
+FOR_THE_NOTE = (devicePaths.NOTE, "/config")
 
 known = {}  # (mode, path): the files that depend on it; each worker finds them out for itself
 
@@ -30,12 +29,12 @@ def with_content(phone, path, content):
 
 def dependent_on(program, run, path, root):
     """`path` is a file or a folder. `root` is a folder to try it in."""
-    certificates = {name for name in run.after if name.startswith(documentedPaths.USER_CERTIFICATES)}
+    certificates = {name for name in run.after if name.startswith(devicePaths.USER_CERTIFICATES)}
     if (path + "/").startswith(CERTIFICATES):
         return certificates
     files = [name for name, entry in run.before.items()
              if name.rpartition("/")[0] == path and fileByFile.is_file(entry)]
-    names = [path, *documentedPaths.TAKES_WITH_IT.get(path, ()), *fileByFile.held_back(run, [path])]
+    names = [path, *devicePaths.TAKES_WITH_IT.get(path, ()), *fileByFile.held_back(run, [path])]
     if path in FOR_THE_NOTE:
         names += certificates
     if path in run.before and fileByFile.is_file(run.before[path]):
@@ -47,9 +46,9 @@ def changed_without(program, run, path, root):
     if (run.mode, path) not in known:
         found = set()
         for content in (None, b""):
-            sandbox.make_from(with_content(run.before, path, content), root)
-            sandbox.run(program, root, run.mode)
-            phone = sandbox.snapshot(root)
+            phones.make_from(with_content(run.before, path, content), root)
+            phones.run(program, root, run.mode)
+            phone = phones.snapshot(root)
             found |= {name for name in phone.keys() | run.after.keys() if phone.get(name) != run.after.get(name)}
         known[run.mode, path] = found
     return known[run.mode, path]

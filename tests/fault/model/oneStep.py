@@ -9,26 +9,22 @@ import dataclasses
 import os
 import pathlib
 
-import comparison
-import phoneValues
-import sandbox
-import trace
+import devicePaths
+import phones
+import traces
+from model import comparison, phoneValues
 
 UMASK = 0o022
-HAND_OVER_FILE = "/tmp/VersionInfo.cfg"
-MARKER = "/config/kestrune-pending"
-RECORD = "/config/kestrune-commit"
-NOTE = "/config/kestrune-certificates"
 NOBODYS_MODE = "nobody's"
 SEQUENCE = ("1", "2", "all")
 
 # Permission bits and owners unlike those of new files, so that losing them shows. Owners only where we may give them.
 ATTRIBUTES = {
-    "/config/user/user.ini": (0o640, (1201, 1301)),
-    "/config/system/system.ini": (0o664, (0, 1302)),
-    "/config/user/voip/sipAccount0.cfg": (0o600, (1203, 1303)),
-    "/config/user/voip/sipAccount4.cfg": (0o660, (0, 0)),
-    "/config/user/voip/sipAccount16.cfg": (0o604, (1204, 0)),
+    devicePaths.USER_INI: (0o640, (1201, 1301)),
+    devicePaths.SYSTEM_INI: (0o664, (0, 1302)),
+    devicePaths.ACCOUNTS[0]: (0o600, (1203, 1303)),
+    devicePaths.ACCOUNTS[4]: (0o660, (0, 0)),
+    devicePaths.ACCOUNT_16: (0o604, (1204, 0)),
     "/config/data/doorphonedata.xml": (0o400, (1205, 1305)),
     "/config/data/linekey.xml": (0o666, (0, 0)),
 }
@@ -40,7 +36,7 @@ class BadRecord(Exception):
 
 @dataclasses.dataclass(frozen=True)
 class Run:
-    """An undisturbed run of a mode: the phone before and after it, as `sandbox.snapshot` gives it, and its calls. In the
+    """An undisturbed run of a mode: the phone before and after it, as `phones.snapshot` gives it, and its calls. In the
     boot's sequence also its modes, and the phone after the last one."""
 
     mode: str
@@ -55,12 +51,12 @@ def mark(root):
     for path, (mode, owner) in ATTRIBUTES.items():
         file = root / path[1:]
         if file.exists():
-            sandbox.give_owner_and_mode(file, sandbox.Entry("file", mode, owner, b""))
+            phones.give_owner_and_mode(file, phones.Entry("file", mode, owner, b""))
 
 
 def make_marked_phone(phone, root):
     """The phone with values unlike every default, and with owners and permission bits unlike those of new files."""
-    root = sandbox.make_phone(phone, root)
+    root = phones.make_phone(phone, root)
     phoneValues.put(phone, root)
     mark(root)
     return root
@@ -69,8 +65,8 @@ def make_marked_phone(phone, root):
 def make_phone(program, phone, mode, root):
     """Mode "2" starts where mode "1" has left the hand-over file."""
     root = make_marked_phone(phone, root)
-    if mode == "2" and not (root / HAND_OVER_FILE[1:]).exists():
-        sandbox.run(program, root, "1")
+    if mode == "2" and not (root / devicePaths.HAND_OVER[1:]).exists():
+        phones.run(program, root, "1")
     return root
 
 
@@ -82,10 +78,10 @@ def record(program, phone, mode, scratch, options):
 
 
 def record_on(program, root, mode, scratch, options):
-    before = sandbox.snapshot(root)
-    result, calls = trace.record(program, root, mode, scratch / "trace", options)
-    after = sandbox.snapshot(root)
-    left = [path for path in after if is_of_commit(path)]
+    before = phones.snapshot(root)
+    result, calls = traces.record(program, root, mode, scratch / "trace", options)
+    after = phones.snapshot(root)
+    left = [path for path in after if devicePaths.is_of_commit(path)]
     if result.returncode != 0 or left:
         raise BadRecord(f"the undisturbed run ends with status {result.returncode} and leaves {left}")
     return Run(mode, before, after, calls)
@@ -96,26 +92,18 @@ def record_sequence(program, phone, scratch, options):
     os.umask(UMASK)
     scratch = pathlib.Path(scratch)
     root = make_marked_phone(phone, scratch / "phone")
-    (root / MARKER[1:]).write_text("".join(f"{mode}\n" for mode in SEQUENCE))
+    (root / devicePaths.MARKER[1:]).write_text("".join(f"{mode}\n" for mode in SEQUENCE))
     runs = [record_on(program, root, mode, scratch, options) for mode in SEQUENCE]
     return [dataclasses.replace(run, sequence=SEQUENCE, end=runs[-1].after) for run in runs]
 
 
-def is_temporary(path):
-    return path.endswith(sandbox.TEMPORARY_SUFFIX)
-
-
-def is_of_commit(path):
-    return path in (RECORD, NOTE) or is_temporary(path)
-
-
 def settle(program, root):
     """Starts the next run, which finishes the one before it, and lets it do nothing of its own: it is not its turn."""
-    marker = pathlib.Path(f"{root}{MARKER}")
+    marker = pathlib.Path(f"{root}{devicePaths.MARKER}")
     is_ours = not os.path.lexists(marker)
     if is_ours:
         marker.write_bytes(b"somebody else's\n")
-    status = sandbox.run(program, root, NOBODYS_MODE).returncode
+    status = phones.run(program, root, NOBODYS_MODE).returncode
     if is_ours:
         marker.unlink(missing_ok=True)
     return status
@@ -124,45 +112,33 @@ def settle(program, root):
 def kept(phone, is_power_cut):
     """What counts of a phone: temporary files without a record are leftovers, and /tmp is lost with the power."""
     return {path: entry for path, entry in phone.items()
-            if not is_temporary(path) and not (is_power_cut and path.startswith("/tmp"))}
+            if not devicePaths.is_temporary(path) and not (is_power_cut and path.startswith("/tmp"))}
 
 
 def without_tmp(phone):
     return {path: entry for path, entry in phone.items() if not path.startswith("/tmp/")}
 
 
-def told(entry):
-    return comparison.shown(entry)
-
-
-def told_difference(found, expected):
-    start = comparison.first_difference(expected, found)
-    return f"is {comparison.shown(found, start)} instead of {comparison.shown(expected, start)}"
-
-
-def differences(found, expected):
-    return comparison.differences(expected, found)
-
-
 def needs_next_run(found):
     """Whether an earlier run is still to be finished or taken back."""
-    return RECORD in found or NOTE in found or (MARKER in found and not found[MARKER].content)
+    has_empty_marker = devicePaths.MARKER in found and not found[devicePaths.MARKER].content
+    return devicePaths.RECORD in found or devicePaths.NOTE in found or has_empty_marker
 
 
 def told_as_neither(run, found, is_power_cut):
     seen, before, after = (kept(phone, is_power_cut) for phone in (found, run.before, run.after))
     return "neither as before the run nor as after it: " + "; ".join(
-        min((differences(seen, before), differences(seen, after)), key=len))
+        min((comparison.differences(before, seen), comparison.differences(after, seen)), key=len))
 
 
 def faults_of(program, run, found, root, is_power_cut=False, runs_again=True):
     """What is wrong with the phone that a disturbed run has left as `found`. `root` is a folder to try it in."""
-    has_record = RECORD in found
+    has_record = devicePaths.RECORD in found
     settled = found
     if needs_next_run(found):
-        sandbox.make_from(found, root)
+        phones.make_from(found, root)
         status = settle(program, root)
-        settled = sandbox.snapshot(root)
+        settled = phones.snapshot(root)
         if status != 0:
             return [f"the next run ends with status {status}"]
         if needs_next_run(settled):
@@ -181,34 +157,34 @@ def faults_of(program, run, found, root, is_power_cut=False, runs_again=True):
 
 def faults_of_again(program, run, found, root, is_power_cut):
     """The mode runs again: no temporary file stays, and the phone is as one never disturbed."""
-    sandbox.make_from(found, root)
-    if is_power_cut and run.mode == "2" and HAND_OVER_FILE in run.before:
+    phones.make_from(found, root)
+    if is_power_cut and run.mode == "2" and devicePaths.HAND_OVER in run.before:
         put_hand_over_back(run, root)
-    status = sandbox.run(program, root, run.mode).returncode
+    status = phones.run(program, root, run.mode).returncode
     if status != 0:
         return [f"one more run ends with status {status}"]
-    final, after = sandbox.snapshot(root), run.after
+    final, after = phones.snapshot(root), run.after
     if is_power_cut:
         final, after = without_tmp(final), without_tmp(after)
-    return [f"after another run {fault}" for fault in differences(final, after)]
+    return [f"after another run {fault}" for fault in comparison.differences(after, final)]
 
 
 def faults_of_sequence(program, run, found, root):
     """The phone starts again: /tmp is empty, and the boot calls each mode, as long as the marker is there."""
-    sandbox.make_from(without_tmp(found), root)
+    phones.make_from(without_tmp(found), root)
     for mode in run.sequence:
-        if not os.path.lexists(f"{root}{MARKER}"):
+        if not os.path.lexists(f"{root}{devicePaths.MARKER}"):
             break
-        status = sandbox.run(program, root, mode).returncode
+        status = phones.run(program, root, mode).returncode
         if status != 0:
             return [f"mode {mode} ends with status {status} when the boot starts again"]
     return [f"after the boot's sequence {fault}"
-            for fault in differences(without_tmp(sandbox.snapshot(root)), without_tmp(run.end))]
+            for fault in comparison.differences(without_tmp(run.end), without_tmp(phones.snapshot(root)))]
 
 
 def put_hand_over_back(run, root):
     """Without the marker it is lost with the power: mode "1" would have to make it again."""
-    entry = run.before[HAND_OVER_FILE]
-    path = pathlib.Path(f"{root}{HAND_OVER_FILE}")
+    entry = run.before[devicePaths.HAND_OVER]
+    path = pathlib.Path(f"{root}{devicePaths.HAND_OVER}")
     path.write_bytes(entry.content)
-    sandbox.give_owner_and_mode(path, entry)
+    phones.give_owner_and_mode(path, entry)

@@ -17,8 +17,8 @@ import itertools
 import os
 import re
 
-import sandbox
-import trace
+import phones
+import traces
 
 # Everything that may change a file. A call of these that the model does not know ends the proof.
 CALLS = ("open,openat,openat2,creat,write,writev,pwrite64,pwritev,pwritev2,copy_file_range,sendfile,splice,vmsplice,"
@@ -40,7 +40,7 @@ class Inode:
     """A file without its name: what of it is on the device, and the changes since it was flushed."""
 
     number: int
-    device: sandbox.Entry
+    device: phones.Entry
     pending: list = dataclasses.field(default_factory=list)
     heirs: list = dataclasses.field(default_factory=list)  # the new files that may have got its number
 
@@ -230,7 +230,7 @@ class Disk:
         is_made = b"O_CREAT" in call.arguments and self.inode_at(path) is None
         if is_made:
             mode = int(OCTAL.search(call.arguments).group(1), 8) & ~self.umask
-            self.change_names({path: self.make_inode(sandbox.Entry("file", mode, self.owner, b""))})
+            self.change_names({path: self.make_inode(phones.Entry("file", mode, self.owner, b""))})
         inode = self.inode_at(path)
         self.open_files[call.process, call.result] = [inode, 0]
         if b"O_TRUNC" in call.arguments:
@@ -335,11 +335,11 @@ class Disk:
 
 
 def is_of_phone(path):
-    return path.split("/")[1:2] in [[tree] for tree in sandbox.TREES]
+    return path.split("/")[1:2] in [[tree] for tree in phones.TREES]
 
 
 def paths_of(call):
-    texts = [trace.decode(path) for path in PATHS.findall(call.arguments)] + list(call.texts[:2])
+    texts = [traces.decode(path) for path in PATHS.findall(call.arguments)] + list(call.texts[:2])
     return [text[:200].decode(errors="surrogateescape") for text in texts]
 
 

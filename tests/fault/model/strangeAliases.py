@@ -10,14 +10,13 @@ file's own name in all rows; another hard link is another file.
 import os
 import shutil
 
-import comparison
-import documentedPaths
-import iniValue
-import sandbox
+import devicePaths
+import phones
+from model import comparison, iniValue
 
 MODES = ("all", "dev")
-FILE = documentedPaths.USER_INI
-OTHER = documentedPaths.SYSTEM_INI
+FILE = devicePaths.USER_INI
+OTHER = devicePaths.SYSTEM_INI
 ROW = ('<item srcFile="{0}" srcSec="Alias" srcKey="Begin" dstFile="{0}" dstSec="Alias" dstKey="First"/>'
        '<item srcFile="{1}" srcSec="Alias" srcKey="First" dstFile="{2}" dstSec="Alias" dstKey="Second"/>'
        '<item srcFile="{2}" srcSec="Alias" srcKey="Second" dstFile="{1}" dstSec="Alias" dstKey="Third"/>'
@@ -81,18 +80,18 @@ ALIASES = {link: no_alias, relative_link: no_alias, link_of_link: no_alias, link
 
 def final(program, phone, mode, alias, first_name, root):
     """How the phone ends. The rows write first under the file's own name, or under the alias."""
-    sandbox.make_phone(phone, root)
+    phones.make_phone(phone, root)
     with open(root / FILE[1:], "ab") as file:
         file.write(b"\n[Alias]\nBegin=" + VALUE + b"\n")
     name, options = alias(root)
     names = (FILE, name) if first_name == "own" else (name, FILE)
-    table = root / documentedPaths.TABLE[1:]
+    table = root / devicePaths.TABLE[1:]
     text = table.read_text()
     end = text.rindex("</")
     table.write_text(text[:end] + ROW.format(*names, OTHER) + text[end:])
-    result = sandbox.run(program, root, mode, options=options)
-    return result.returncode, {path: entry for path, entry in sandbox.files_of(root).items()
-                               if path != documentedPaths.TABLE}
+    result = phones.run(program, root, mode, options=options)
+    return result.returncode, {path: entry for path, entry in phones.files_of(root).items()
+                               if path != devicePaths.TABLE}
 
 
 def without_links(phone):
@@ -115,15 +114,15 @@ def check(program, phone, mode, folder):
 
 def check_link_to_source(program, phone, mode, folder):
     """A copy's destination is a link to what is copied and then removed: it becomes a file of its own."""
-    source, destination = {"1": (documentedPaths.ACCOUNTS[4], documentedPaths.DIRECT_IP_FILE),
-                           "2": (documentedPaths.DIRECT_IP_FILE, documentedPaths.ACCOUNT_16)}[mode]
+    source, destination = {"1": (devicePaths.ACCOUNTS[4], devicePaths.DIRECT_IP_FILE),
+                           "2": (devicePaths.DIRECT_IP_FILE, devicePaths.ACCOUNT_16)}[mode]
     ends = []
     for is_link in (False, True):
-        root = sandbox.make_phone(phone, folder / "phone")
+        root = phones.make_phone(phone, folder / "phone")
         (root / destination[1:]).unlink(missing_ok=True)
         (root / source[1:]).write_bytes(ACCOUNT)
         if is_link:
             os.symlink(source, root / destination[1:])
-        sandbox.run(program, root, mode)
-        ends.append(sandbox.files_of(root))
+        phones.run(program, root, mode)
+        ends.append(phones.files_of(root))
     return [("copy to a link to its own source", comparison.differences(*ends))]

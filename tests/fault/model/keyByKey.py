@@ -9,30 +9,22 @@ A pass that cannot read a file takes a default. These few are known by name, and
 
 import functools
 
-import documentedPaths
-import fileByFile
-import iniText
-import oneStep
-import recordedRun
-import tablesOfPhone
+import devicePaths
+from model import comparison, fileByFile, iniText, recordedRun, tablesOfPhone
 
 # What a mode does besides its own passes is what these modes do.
 PARTS = {"all": ("dev", "pwd"), "dev": (), "pwd": (), "1": (), "2": (), "fix-ups-only": ()}
 FACTORY_MARK = b"?"
 
 
-def is_ini(path):
-    return path.endswith((".ini", ".cfg"))
-
-
 def defaults(mode, before):
     """(file, (section, key), value) that a pass writes when it could not read."""
-    for path in documentedPaths.ACCOUNTS:
+    for path in devicePaths.ACCOUNTS:
         yield path, (b"account", b"SCALineKeyNumber"), b"-1"
-    account = before.get(documentedPaths.ACCOUNTS[0])
+    account = before.get(devicePaths.ACCOUNTS[0])
     timers = iniText.values_of(account.content).get((b"account", b"CancelTimer"), []) if account else []
     for value in (*timers, b"180"):
-        yield documentedPaths.USER_INI, (b"Feature", b"RingbackTimeout"), value
+        yield devicePaths.USER_INI, (b"Feature", b"RingbackTimeout"), value
     if mode in ("all", "dev"):
         for record in tablesOfPhone.table_records(before):
             file, section, key = tablesOfPhone.destination_of(record)
@@ -46,10 +38,10 @@ class KeyByKey:
         self.run = run
         self.phones = [run.before, run.after] + [part.after for part in parts]
         self.sources = {}
-        if run.mode in documentedPaths.COPIES_TO:
-            copied = {"1": documentedPaths.ACCOUNTS,
-                      "2": (documentedPaths.DIRECT_IP_FILE, documentedPaths.FACTORY_ACCOUNT)}[run.mode]
-            self.sources[documentedPaths.COPIES_TO[run.mode]] = copied
+        if run.mode in devicePaths.COPIES_TO:
+            copied = {"1": devicePaths.ACCOUNTS,
+                      "2": (devicePaths.DIRECT_IP_FILE, devicePaths.FACTORY_ACCOUNT)}[run.mode]
+            self.sources[devicePaths.COPIES_TO[run.mode]] = copied
 
     def contents(self, path):
         """Those of the file, and of what may be copied there."""
@@ -75,10 +67,10 @@ class KeyByKey:
         if entry in (run.before.get(path), run.after.get(path), fileByFile.after_moves(run).get(path)):
             return ""
         like = run.before.get(path, run.after.get(path))
-        if entry is None or like is None or not is_ini(path):
-            return oneStep.told_difference(entry, like)
+        if entry is None or like is None or not devicePaths.is_ini(path):
+            return comparison.shown_difference(like, entry)
         if (entry.kind, entry.mode, entry.owner) != (like.kind, like.mode, like.owner):
-            return oneStep.told_difference(entry, like)
+            return comparison.shown_difference(like, entry)
         reasons = [iniText.why_not_edited(content, entry.content, self.values(path)) for content in self.contents(path)]
         return "" if "" in reasons else f"{reasons[0]}: {entry.content!r}"
 
@@ -89,8 +81,8 @@ class KeyByKey:
             if dependent is None or path in dependent:
                 reason = self.why_not(path, found.get(path))
             else:
-                reason = "" if found.get(path) == self.run.after.get(path) else oneStep.told_difference(
-                    found.get(path), self.run.after.get(path))
+                wanted, present = self.run.after.get(path), found.get(path)
+                reason = "" if present == wanted else comparison.shown_difference(wanted, present)
             faults += [f"{path} {reason}"] if reason else []
         return faults
 

@@ -6,8 +6,6 @@
 Written by hand from the documentation, so that a trace is held against it and not the other way round.
 """
 
-import sandbox
-
 ACCOUNTS = tuple(f"/config/user/voip/sipAccount{number}.cfg" for number in range(17))
 CONVERTED_ACCOUNTS = ACCOUNTS[:4]
 ACCOUNT_16 = ACCOUNTS[16]
@@ -19,6 +17,7 @@ HAND_OVER = "/tmp/VersionInfo.cfg"
 MARKER = "/config/kestrune-pending"
 RECORD = "/config/kestrune-commit"
 NOTE = "/config/kestrune-certificates"
+TEMPORARY_SUFFIX = ".kestrune-new"
 HAND_OVER_COPY = "/config/kestrune-handover"
 FACTORY_USER_INI = "/phone/factory/user/user.ini"
 FACTORY_ACCOUNT = "/phone/factory/user/voip/sipAccount16.cfg"
@@ -93,5 +92,17 @@ def folders_flushed(mode):
     return {path.rpartition("/")[0] for path in paths} | {USER_CERTIFICATES.rstrip("/")}
 
 
+def is_temporary(path):
+    return path.endswith(TEMPORARY_SUFFIX)
+
+
+def is_of_commit(path):
+    return path in (RECORD, NOTE) or is_temporary(path)
+
+
+def is_ini(path):
+    return path.endswith((".ini", ".cfg"))
+
+
 def temporary_name(path):
-    return path + sandbox.TEMPORARY_SUFFIX
+    return path + TEMPORARY_SUFFIX

@@ -6,7 +6,7 @@
 import dataclasses
 import re
 
-import sandbox
+import phones
 
 CALLS = "open,openat,unlink,unlinkat,write,fchmod,fchown,fsync,rename,renameat,utimensat,wait4,exit_group"
 
@@ -50,6 +50,11 @@ def parse(record):
     return calls
 
 
+def beginning_of_main(calls):
+    """The first thing that the program does is to look whether its standard input is open."""
+    return next(place for place, call in enumerate(calls) if call.name == "fcntl")
+
+
 def wrapper(options, folder="/trace"):
     """strace as the program's tracer, not its parent: the program stays process 1 of its sandbox."""
     return ["strace", "-D", "-f", "-o", f"{folder}/record"] + options
@@ -58,5 +63,15 @@ def wrapper(options, folder="/trace"):
 def record(program, root, mode, scratch, options=("-y", "-xx", "-s", "1000000")):
     """Runs the mode undisturbed under strace; gives its result and its calls."""
     scratch.mkdir(exist_ok=True)
-    result = sandbox.run(program, root, mode, wrapper(list(options)), ["--bind", str(scratch), "/trace"])
+    result = phones.run(program, root, mode, wrapper(list(options)), ["--bind", str(scratch), "/trace"])
     return result, parse((scratch / "record").read_bytes())
+
+
+def record_own(program, root, mode, scratch, options=()):
+    """The same of the program's own calls alone, those before main() included: its children are the device's own shell
+    and copy command. `options` are those of the sandbox."""
+    scratch.mkdir(exist_ok=True)
+    tracer = ["strace", "-D", "-y", "-xx", "-s", "4096", "-o", "/trace/record"]
+    result = phones.run(program, root, mode, tracer, ["--bind", str(scratch), "/trace", *options])
+    lines = (scratch / "record").read_bytes().splitlines()
+    return result, parse(b"\n".join(b"1 " + line for line in lines))  # without "-f" no line has a process number

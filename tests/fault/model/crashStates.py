@@ -3,10 +3,10 @@
 
 """The phones that a power cut in a run may leave, and a fair choice of those that then run on."""
 
+import devicePaths
 import random
+from model import comparison, diskModel, oneStep
 
-import diskModel
-import oneStep
 
 SEED = 4
 MIXED_PHONES_PER_CALL = 8  # of all combinations of what the files may be
@@ -90,9 +90,9 @@ class Cuts:
     def check_end(self, disk, told):
         """What a run that has ended has saved is on the device."""
         for group in disk.all_groups():
-            names = [name for name in group.names if not is_lost(name) and not oneStep.is_temporary(name)]
+            names = [name for name in group.names if not is_lost(name) and not devicePaths.is_temporary(name)]
             states = disk.possible(group)
             for name in names:
                 entries = {state[name] for state in states}
                 if len(entries) != 1:
-                    self.faults.append(f"{told}: {name} may be " + " or ".join(map(oneStep.told, entries)))
+                    self.faults.append(f"{told}: {name} may be " + " or ".join(map(comparison.shown, entries)))

@@ -1,7 +1,10 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""What the proofs have in common: their command line, their workers, and the end that they come to."""
+"""What the proofs have in common: their command line, their workers, and the end that they come to.
+
+By hand: PYTHONPATH=tests/support/python python3 tests/fault/kill_test.py --program build/host/app/kestrune/kestrune
+"""
 
 import argparse
 import concurrent.futures
@@ -13,7 +16,7 @@ import subprocess
 import sys
 import tempfile
 
-import sandbox
+import phones
 
 WORKERS = 2
 JOBS_AT_ONCE = 16
@@ -23,10 +26,10 @@ MOST_FAULTS_TOLD = 40
 
 def parse_arguments(description, more_modes=()):
     """`more_modes`: what the proof can do besides the modes."""
-    modes = sandbox.MODES + more_modes
+    modes = phones.MODES + more_modes
     parser = argparse.ArgumentParser(description=description)
     parser.add_argument("--program", required=True, type=pathlib.Path)
-    parser.add_argument("--phone", choices=sorted(sandbox.PHONES), default="small")
+    parser.add_argument("--phone", choices=sorted(phones.PHONES), default="small")
     parser.add_argument("--mode", action="append", choices=modes)
     arguments = parser.parse_args()
     arguments.program = arguments.program.resolve()
@@ -45,10 +48,10 @@ def skip_without_sandbox(with_strace=True):
         if shutil.which(tool) is None:
             skip(f"{tool} is not installed")
     with tempfile.TemporaryDirectory() as folder:
-        for tree in sandbox.TREES:
+        for tree in phones.TREES:
             os.mkdir(f"{folder}/{tree}")
         tracer = ["strace", "-D", "-f", "-o", "/dev/null"] if with_strace else []
-        tried = subprocess.run(sandbox.command("/bin/true", folder, [], tracer), capture_output=True, check=False)
+        tried = subprocess.run(phones.command("/bin/true", folder, [], tracer), capture_output=True, check=False)
     if tried.returncode != 0:
         skip(f"no sandbox here: {tried.stderr.decode(errors='replace').strip()}")
 

@@ -5,7 +5,7 @@
 
 import xml.etree.ElementTree
 
-import documentedPaths
+import devicePaths
 
 
 def rows(phone, path):
@@ -13,7 +13,7 @@ def rows(phone, path):
 
 
 def table_records(phone):
-    return rows(phone, documentedPaths.TABLE)
+    return rows(phone, devicePaths.TABLE)
 
 
 def destination_of(record):
@@ -22,9 +22,9 @@ def destination_of(record):
 
 def listed_values(phone):
     """The (file, section, key) of every active row of the enciphered-entry list."""
-    for entry in rows(phone, documentedPaths.ENTRY_LIST):
+    for entry in rows(phone, devicePaths.ENTRY_LIST):
         if entry.get("active", "true") in ("false", "0"):
             continue
         is_per_account = entry.get("perAccount", "false") in ("true", "1")
-        for file in documentedPaths.CONVERTED_ACCOUNTS if is_per_account else [entry.get("file")]:
+        for file in devicePaths.CONVERTED_ACCOUNTS if is_per_account else [entry.get("file")]:
             yield file, entry.get("section"), entry.get("key")

@@ -9,10 +9,9 @@ import pathlib
 import re
 import shutil
 
-import sandbox
-import trace
+import phones
+import traces
 
-SOURCE = sandbox.HERE.parents[1]
 SHELLS = {"dash": {"sh": "dash"}, "busybox": {name: "busybox" for name in ("sh", "cp", "mv", "timeout")}}
 TOOLS = ("sh", "cp", "mv", "timeout")
 CALLS = ("openat", "rename", "unlink", "link", "fsync", "write", "flock")
@@ -55,7 +54,7 @@ lay new-account.cfg /config/user/voip/sipAccount16.cfg
 
 def documented_start():
     """The one block of commands that calls the script for each mode, with a step of the firmware's own."""
-    blocks = re.findall(r"(?ms)^```sh\n(.*?)^```$", (SOURCE / "docs" / "installation.md").read_text())
+    blocks = re.findall(r"(?ms)^```sh\n(.*?)^```$", (phones.PROJECT / "docs" / "installation.md").read_text())
     (found,) = [block for block in blocks if "start 1\n" in block]
     return replace_once(found, "/usr/share/kestrune/kestrune.init", "/boot/kestrune.init")
 
@@ -75,7 +74,7 @@ class Boot:
         (self.folder / "tools").mkdir(parents=True)
         for tool in TOOLS:
             (self.folder / "tools" / tool).symlink_to(shutil.which(SHELLS[shell].get(tool, tool)))
-        script = (SOURCE / "packaging" / "kestrune.init.in").read_text()
+        script = (phones.PROJECT / "packaging" / "kestrune.init.in").read_text()
         script = replace_once(script, "@CMAKE_INSTALL_FULL_SBINDIR@", "/boot")
         script = replace_once(script, "#!/bin/sh\n", "#!/boot/tools/sh\n")
         script = replace_once(script, "limitSeconds=120", f"limitSeconds={limit_seconds}")
@@ -96,7 +95,7 @@ class Boot:
         wrapper = ["/boot/tools/sh", "-c", 'export PATH=/boot/tools:/boot; "$@"; exit', "init", "/boot/tools/sh",
                    "/boot/start"]
         options = ["--ro-bind", str(self.folder), "/boot", *options]
-        status = sandbox.run(self.program, root, "", wrapper, options, environment).returncode
+        status = phones.run(self.program, root, "", wrapper, options, environment).returncode
         return status == POWER_WENT
 
     def run_with_cut(self, root, cut):
@@ -117,7 +116,7 @@ class Boot:
         self.run(root, {"RECORD": f"-y -xx -s 0 -e trace={calls}"}, ["--bind", str(scratch), "/trace"])
         found = []
         for record in sorted(scratch.iterdir()):
-            found += cuts_of_mode(record.name, trace.parse(record.read_bytes()))
+            found += cuts_of_mode(record.name, traces.parse(record.read_bytes()))
         return found
 
 

@@ -3,12 +3,12 @@
 
 """What becomes of a phone when changes of a commit fail: each file is as before the run or as after it.
 
-A failed change does not affect the others. Without room for all changes at once they are made one after the other, and then a moved
-account is its original under another name.
+A failed change does not affect the others. Without room for all changes at once they are made one after the other, and
+then a moved account is its original under another name.
 """
 
-import documentedPaths
-import oneStep
+import devicePaths
+from model import comparison
 
 
 def is_file(entry):
@@ -17,7 +17,7 @@ def is_file(entry):
 
 def paths_of(run, found):
     """The files. Temporary ones count for nothing: a save removes what an earlier one has left."""
-    return sorted(path for path in run.before.keys() | run.after.keys() | found.keys() if not oneStep.is_temporary(path)
+    return sorted(path for path in run.before.keys() | run.after.keys() | found.keys() if not devicePaths.is_temporary(path)
                   and is_file(found.get(path, run.before.get(path, run.after.get(path)))))
 
 
@@ -27,9 +27,9 @@ def changed(run):
 
 def moves(run):
     """(file, the copy of it that the run makes before it removes it), at most one."""
-    removed = [path for path in reversed(documentedPaths.ACCOUNTS + (documentedPaths.DIRECT_IP_FILE,))
+    removed = [path for path in reversed(devicePaths.ACCOUNTS + (devicePaths.DIRECT_IP_FILE,))
                if path in run.before and path not in run.after]
-    return [(path, documentedPaths.COPIES_TO[run.mode]) for path in removed[:1]]
+    return [(path, devicePaths.COPIES_TO[run.mode]) for path in removed[:1]]
 
 
 def after_moves(run):
@@ -55,7 +55,7 @@ def without_changes(run, expected, paths):
 def faults_of(run, found):
     """What is neither as before nor as after, and what is lost."""
     possible = (run.before, run.after, after_moves(run))
-    faults = [f"{path} {oneStep.told_difference(found.get(path), run.after.get(path))}" for path in paths_of(run, found)
-              if found.get(path) not in [phone.get(path) for phone in possible]]
-    return faults + [f"{path} is gone, and {copy} is {oneStep.told(found.get(copy))}" for path, copy in moves(run)
+    faults = [f"{path} {comparison.shown_difference(run.after.get(path), found.get(path))}"
+              for path in paths_of(run, found) if found.get(path) not in [phone.get(path) for phone in possible]]
+    return faults + [f"{path} is gone, and {copy} is {comparison.shown(found.get(copy))}" for path, copy in moves(run)
                      if path not in found and found.get(copy) not in (run.after[copy], run.before[path])]

@@ -6,11 +6,9 @@
 import dataclasses
 import re
 
-import documentedPaths
-import iniText
-import iniValue
-import sandbox
-import tablesOfPhone
+import devicePaths
+import phones
+from model import iniText, iniValue, tablesOfPhone
 
 SECRET_KEY = re.compile(rb"(?!b[A-Z]).*(password|pwd|pin|psk|community)", re.IGNORECASE)
 XML_SECRET = re.compile(rb"(<UnlockPIN>)[^<]+(</UnlockPIN>)")
@@ -68,17 +66,17 @@ def plant_in_xml(path, content, secrets):
 def plant_key(root, secrets):
     """The phone's own cipher key; its files are made where the phone has none."""
     text = b"".join(b"%02x" % ((11 * n + 5) % 256) for n in range(64))
-    path = root / documentedPaths.CIPHER_KEY[1:]
+    path = root / devicePaths.CIPHER_KEY[1:]
     path.parent.mkdir(parents=True, exist_ok=True)
     path.write_bytes(text + b"\n")
-    secrets += [Secret(text, (documentedPaths.CIPHER_KEY,)), Secret(bytes.fromhex(text.decode()), ())]
+    secrets += [Secret(text, (devicePaths.CIPHER_KEY,)), Secret(bytes.fromhex(text.decode()), ())]
 
 
 def plant(root):
     """Puts its own secret in place of every one of the phone, and makes its files private; gives the secrets."""
     secrets = []
     plant_key(root, secrets)
-    phone = sandbox.files_of(root)
+    phone = phones.files_of(root)
     named = named_by_the_phone(phone)
     for path, entry in sorted(phone.items()):
         content = plant_in_ini(path, entry.content, named, secrets) if is_ini(path) else entry.content

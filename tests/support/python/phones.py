@@ -3,7 +3,7 @@
 
 """Phones in folders, and the real program run on them in a bubblewrap sandbox.
 
-The counterpart of tests/support/phoneImage for the fault tests, which run the program thousands of times under strace.
+The counterpart of tests/support/phoneImage for what runs the program thousands of times, or under strace.
 """
 
 import dataclasses
@@ -13,11 +13,10 @@ import shutil
 import stat
 import subprocess
 
-HERE = pathlib.Path(__file__).resolve().parent
-PHONES = {"small": HERE / "small-phone", "example": HERE.parent.parent / "examples" / "phone"}
+PROJECT = pathlib.Path(__file__).resolve().parents[3]
+PHONES = {"small": PROJECT / "tests" / "support" / "small-phone", "example": PROJECT / "examples" / "phone"}
 MODES = ("all", "dev", "pwd", "1", "2", "fix-ups-only")
 TREES = ("config", "phone", "tmp")
-TEMPORARY_SUFFIX = ".kestrune-new"
 
 
 @dataclasses.dataclass(frozen=True)
@@ -79,14 +78,19 @@ def system_folders():
     return options
 
 
+def sandbox(*options):
+    """The beginning of a command that then runs with the system's own folders and what these options of bwrap add."""
+    return ["bwrap", "--unshare-pid", "--die-with-parent", "--tmpfs", "/", *system_folders(), "--proc", "/proc", "--dev",
+            "/dev", *options, "--"]
+
+
 def command(program, root, arguments, wrapper=(), options=()):
     """The command that runs the program as process 1 of a sandbox on the phone; `wrapper` goes in front of it."""
-    binds = []
+    binds = ["--ro-bind", str(program), "/kestrune"]
     for tree in TREES:
         binds += ["--bind", f"{root}/{tree}", f"/{tree}"]
-    return (["bwrap", "--unshare-pid", "--as-pid-1", "--die-with-parent", "--tmpfs", "/"] + system_folders()
-            + ["--proc", "/proc", "--dev", "/dev", "--ro-bind", str(program), "/kestrune"] + binds + list(options)
-            + ["--remount-ro", "/", "--chdir", "/", "--"] + list(wrapper) + ["/kestrune"] + list(arguments))
+    begin = sandbox("--as-pid-1", *binds, *options, "--remount-ro", "/", "--chdir", "/")
+    return [*begin, *wrapper, "/kestrune", *arguments]
 
 
 def run(program, root, mode, wrapper=(), options=(), environment=None, timeout=60):
