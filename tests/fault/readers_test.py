@@ -18,7 +18,7 @@ import sys
 import devicePaths
 import phones
 import proof
-from model import comparison, iniValue
+from model import accountCopy, comparison
 
 UMASK = 0o022
 ACCESS_LIST = "system.posix_acl_access"
@@ -132,12 +132,6 @@ def prepare(job, root):
     return root
 
 
-def moved_account(phone):
-    """The account that mode "1" takes for direct IP."""
-    return next((path for path in reversed(devicePaths.ACCOUNTS) if path in phone
-                 and iniValue.read(phone[path].content, "account", "directip") == b"1"), None)
-
-
 def sources_of(path, mode, phone):
     """What a new file may be made of; None where its readers are not settled by another file."""
     if path == devicePaths.HAND_OVER or path.startswith(devicePaths.USER_CERTIFICATES):
@@ -145,12 +139,8 @@ def sources_of(path, mode, phone):
     for old, new in devicePaths.XML_DATA.items():
         if path in new:
             return old
-    if path == devicePaths.DIRECT_IP_FILE and mode == "1":
-        return moved_account(phone)
-    if path == devicePaths.ACCOUNT_16 and mode == "2":
-        if devicePaths.DIRECT_IP_FILE in phone:
-            return devicePaths.DIRECT_IP_FILE
-        return devicePaths.FACTORY_ACCOUNT
+    if path == devicePaths.COPIES_TO.get(mode):
+        return accountCopy.source_of(mode, phone)
     return "nothing"
 
 

@@ -12,7 +12,7 @@ import devicePaths
 import phones
 import proof
 import traces
-from model import comparison, iniText, iniValue, secretsOfPhone, systemLog, tablesOfPhone
+from model import accountCopy, comparison, iniText, secretsOfPhone, systemLog, tablesOfPhone
 
 RECORDED = "trace=openat,open,write,fchmod,fchown,chmod,fchmodat,rename,renameat,execve"
 
@@ -31,7 +31,7 @@ LOCKS = (Locks(0, 1), Locks(1, 0), Locks(1, 1), Locks(0, 0))
 def set_locks(root, locks):
     for path, value in ((devicePaths.USER_INI, locks.user), (devicePaths.FACTORY_USER_INI, locks.factory)):
         file = root / path[1:]
-        file.write_bytes(iniValue.replace(file.read_bytes(), "PhoneSetting", "EnLock", b"%d" % value))
+        file.write_bytes(iniText.put(file.read_bytes(), b"PhoneSetting", b"EnLock", b"%d" % value))
 
 
 def make_phone(program, phone, mode, locks, root):
@@ -47,18 +47,6 @@ def make_phone(program, phone, mode, locks, root):
     return secrets
 
 
-def direct_ip_copies(mode, phone):
-    """The file copies that the mode makes, as (source, destination)."""
-    if mode == "1":
-        marked = [path for path in reversed(devicePaths.ACCOUNTS) if path in phone
-                  and iniValue.read(phone[path].content, "account", "directip") == b"1"]
-        return [(path, devicePaths.DIRECT_IP_FILE) for path in marked[:1]]
-    if mode == "2":
-        sources = [path for path in (devicePaths.DIRECT_IP_FILE, devicePaths.FACTORY_ACCOUNT) if path in phone]
-        return [(path, devicePaths.ACCOUNT_16) for path in sources[:1]]
-    return []
-
-
 def allowed_places(secret, mode, phone):
     """Its own place, and wherever the table or a copy of the whole file takes it from there."""
     places = {secret.place}
@@ -67,8 +55,9 @@ def allowed_places(secret, mode, phone):
             source = tuple(record.get(name) for name in ("srcFile", "srcSec", "srcKey"))
             if source in places:
                 places.add(tablesOfPhone.destination_of(record))
-    for source, destination in direct_ip_copies(mode, phone):
-        places |= {(destination, *place[1:]) for place in places if place[0:1] == (source,)}
+    if mode in devicePaths.COPIES_TO:
+        source = accountCopy.source_of(mode, phone)
+        places |= {(devicePaths.COPIES_TO[mode], *place[1:]) for place in places if place[:1] == (source,)}
     return places
 
 
@@ -76,7 +65,7 @@ def places_in(path, content, text):
     """Where in a file the text stands."""
     if text not in content:
         return set()
-    if not secretsOfPhone.is_ini(path):
+    if not devicePaths.is_ini(path):
         return {(path,)}
     found = {(path, *(part.decode() for part in line.name)) for line in iniText.lines_of(content)
              if line.kind == "key" and text in line.value}

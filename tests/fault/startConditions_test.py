@@ -16,7 +16,7 @@ import sys
 import devicePaths
 import phones
 import proof
-from model import comparison, iniValue, systemLog
+from model import accountCopy, comparison, systemLog
 
 USUAL_UMASK = 0o022
 NEW_FILE_MODE = 0o644
@@ -105,24 +105,13 @@ def date_files(root, seconds):
             os.utime(os.path.join(folder, name), (seconds, seconds))
 
 
-def copied_from(mode, before):
-    """Where a copy of the mode comes from; None when it makes none."""
-    if mode == "1":
-        return next((path for path in reversed(devicePaths.ACCOUNTS) if path in before
-                     and iniValue.read(before[path].content, "account", "directip") == b"1"), None)
-    if mode == "2":
-        sources = (devicePaths.DIRECT_IP_FILE, devicePaths.FACTORY_ACCOUNT)
-        return next((path for path in sources if path in before), None)
-    return None
-
-
 def expected_bits(path, mode, before, umask):
     """An existing file keeps its bits, a copy gets its source's, a translation those of a new file that its source has as
     well, the device's own copy its source's less the umask."""
     if path in before:
         return before[path].mode
     if path == devicePaths.COPIES_TO.get(mode):
-        return before[copied_from(mode, before)].mode
+        return before[accountCopy.source_of(mode, before)].mode
     if path.startswith(devicePaths.USER_CERTIFICATES):
         name = path.removeprefix(devicePaths.USER_CERTIFICATES)
         return before[devicePaths.FACTORY_CERTIFICATES + name].mode & ~umask

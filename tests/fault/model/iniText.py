@@ -49,6 +49,27 @@ def values_of(text):
     return values
 
 
+def read(text, section, key):
+    """The value of the first such key, or None."""
+    return next((line.value for line in lines_of(text) if line.name == (section, key)), None)
+
+
+def put(text, section, key, value):
+    """The text with the first such key set; one that is missing is added at the head of its section, or with it."""
+    lines = text.split(b"\n")
+    end = b"\r" if lines[0].endswith(b"\r") else b""
+    names = [line.name for line in lines_of(text)]
+    if (section, key) in names:
+        number = names.index((section, key))
+        end = b"\r" if lines[number].endswith(b"\r") else b""
+        lines[number] = lines_of(text)[number].head + value + end
+    elif (section,) in names:
+        lines.insert(names.index((section,)) + 1, key + b"=" + value + end)
+    else:
+        lines += [b"[" + section + b"]" + end, key + b"=" + value + end, b""]
+    return b"\n".join(lines)
+
+
 def skeleton(text, known):
     """What the program never changes: the lines less the values, less the keys and sections that are not known."""
     kept = []

@@ -8,7 +8,7 @@ import re
 
 import devicePaths
 import phones
-from model import iniText, iniValue, tablesOfPhone
+from model import iniText, tablesOfPhone
 
 SECRET_KEY = re.compile(rb"(?!b[A-Z]).*(password|pwd|pin|psk|community)", re.IGNORECASE)
 XML_SECRET = re.compile(rb"(<UnlockPIN>)[^<]+(</UnlockPIN>)")
@@ -23,10 +23,6 @@ class Secret:
 
     text: bytes
     place: tuple
-
-
-def is_ini(path):
-    return path.endswith((".ini", ".cfg"))
 
 
 def next_text(secrets):
@@ -51,7 +47,7 @@ def plant_in_ini(path, content, named, secrets):
             continue
         mark = b"?" if line.value.startswith(b"?") else b""
         secret = Secret(next_text(secrets), (path, section, key))
-        content = iniValue.replace(content, section, key, mark + secret.text)
+        content = iniText.put(content, *line.name, mark + secret.text)
         secrets.append(secret)
     return content
 
@@ -79,7 +75,7 @@ def plant(root):
     phone = phones.files_of(root)
     named = named_by_the_phone(phone)
     for path, entry in sorted(phone.items()):
-        content = plant_in_ini(path, entry.content, named, secrets) if is_ini(path) else entry.content
+        content = plant_in_ini(path, entry.content, named, secrets) if devicePaths.is_ini(path) else entry.content
         if path.startswith("/config/data/"):
             content = plant_in_xml(path, content, secrets)
         (root / path[1:]).write_bytes(content)

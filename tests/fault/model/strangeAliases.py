@@ -12,7 +12,7 @@ import shutil
 
 import devicePaths
 import phones
-from model import comparison, iniValue
+from model import comparison, iniText
 
 MODES = ("all", "dev")
 FILE = devicePaths.USER_INI
@@ -106,7 +106,7 @@ def check(program, phone, mode, folder):
             status, found = final(program, phone, mode, alias, first_name, folder / "phone")
             faults = comparison.differences(without_links(expected), without_links(found))
             faults += [f"exit status {status}"] if status != 0 else []
-            if like is no_alias and iniValue.read(found[OTHER].content, "Alias", "Fourth") != VALUE:
+            if like is no_alias and iniText.read(found[OTHER].content, b"Alias", b"Fourth") != VALUE:
                 faults.append("a row did not see what another one had saved")
             results.append((f"{alias.__name__}, {first_name} name first", faults))
     return results
