@@ -8,7 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "bundledPlatform.h"
-#include "scratchFolder.h"
+#include "translation.h"
 #include "xmlText.h"
 
 namespace
@@ -58,11 +58,7 @@ struct Lists {
         EXPECT_EQ(ReadBytes(groupPath), "<root_group>\n" + kAllGroup + elements + kBlackList + "</root_group>\n");
     }
 
-    std::size_t FileCount() const
-    {
-        const std::filesystem::directory_iterator entries(folder.Path());
-        return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
-    }
+    std::size_t FileCount() const { return CountNames(folder); }
 };
 
 /// A new contact that has only a name, a group and a photo.

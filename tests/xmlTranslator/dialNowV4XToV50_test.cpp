@@ -3,10 +3,9 @@
 
 #include "dialNowV4XToV50.h"
 
-#include <filesystem>
 #include <gtest/gtest.h>
 
-#include "scratchFolder.h"
+#include "translation.h"
 
 namespace
 {
@@ -14,39 +13,15 @@ namespace
 const std::string kEnter = "chTraceStack: enter DialNowV4XToV50\n";
 const std::string kLeave = "chTraceStack: leave DialNowV4XToV50\n";
 
-/// Old and new dial-now rules in a folder of their own; the names differ in letter case alone, as on the device.
-struct Rules {
-    ScratchFolder folder;
-    std::string oldPath = folder.Path("dialnow.xml");
-    std::string newPath = folder.Path("DialNow.xml");
-    std::string reports;
-
-    int Translate(const std::string& path)
-    {
-        testing::internal::CaptureStderr();
-        const int result = DialNowV4XToV50(oldPath.c_str(), path.c_str());
-        reports = testing::internal::GetCapturedStderr();
-        return result;
-    }
-    int Translate() { return Translate(newPath); }
-
-    std::size_t FileCount() const
-    {
-        const std::filesystem::directory_iterator entries(folder.Path());
-        return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
-    }
+/// The names differ in letter case alone, as on the device.
+struct Rules : Translation {
+    Rules() : Translation(&DialNowV4XToV50, "dialnow.xml", "DialNow.xml") {}
 };
 
 /// The new file that the old one with this content becomes.
 std::string Translated(const std::string& oldText)
 {
-    Rules rules;
-    WriteBytes(rules.oldPath, oldText);
-    EXPECT_EQ(rules.Translate(), 1) << oldText;
-    EXPECT_EQ(rules.reports, kEnter + kLeave) << oldText;
-    EXPECT_EQ(ReadBytes(rules.oldPath), oldText);
-    EXPECT_EQ(rules.FileCount(), 2u) << oldText;
-    return ReadBytes(rules.newPath);
+    return Rules().Translated(oldText, kEnter + kLeave);
 }
 
 } // namespace

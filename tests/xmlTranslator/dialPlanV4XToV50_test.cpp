@@ -7,7 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "phoneImage.h"
-#include "scratchFolder.h"
+#include "translation.h"
 
 namespace
 {
@@ -15,39 +15,15 @@ namespace
 const std::string kEnter = "chTraceStack: enter DialPlanV4XToV50\n";
 const std::string kLeave = "chTraceStack: leave DialPlanV4XToV50\n";
 
-/// An old and a new dial plan in a folder of their own; their names differ in letter case alone, as on the device.
-struct Plans {
-    ScratchFolder folder;
-    std::string oldPath = folder.Path("dialplan.xml");
-    std::string newPath = folder.Path("DialPlan.xml");
-    std::string reports;
-
-    int Translate(const std::string& path)
-    {
-        testing::internal::CaptureStderr();
-        const int result = DialPlanV4XToV50(oldPath.c_str(), path.c_str());
-        reports = testing::internal::GetCapturedStderr();
-        return result;
-    }
-    int Translate() { return Translate(newPath); }
-
-    std::size_t FileCount() const
-    {
-        const std::filesystem::directory_iterator entries(folder.Path());
-        return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
-    }
+/// The names differ in letter case alone, as on the device.
+struct Plans : Translation {
+    Plans() : Translation(&DialPlanV4XToV50, "dialplan.xml", "DialPlan.xml") {}
 };
 
 /// The new plan that the old plan with this content becomes.
 std::string Translated(const std::string& oldText)
 {
-    Plans plans;
-    WriteBytes(plans.oldPath, oldText);
-    EXPECT_EQ(plans.Translate(), 1) << oldText;
-    EXPECT_EQ(plans.reports, kEnter + kLeave) << oldText;
-    EXPECT_EQ(ReadBytes(plans.oldPath), oldText);
-    EXPECT_EQ(plans.FileCount(), 2u) << oldText;
-    return ReadBytes(plans.newPath);
+    return Plans().Translated(oldText, kEnter + kLeave);
 }
 
 } // namespace

@@ -3,10 +3,9 @@
 
 #include "doorPhoneV4XToV50.h"
 
-#include <filesystem>
 #include <gtest/gtest.h>
 
-#include "scratchFolder.h"
+#include "translation.h"
 
 namespace
 {
@@ -17,37 +16,15 @@ const std::string kLeave = "chTraceStack: leave DoorPhoneV4XToV50\n";
 constexpr char kEmptyItem[] = "    <item id_name=\"\" device_model=\"0\" display_name=\"\" phone_number=\"\""
                               " unlock_pin=\"\" send_audio=\"1\" send_video=\"1\" full_screen=\"1\" />\n";
 
-/// Door phones in a folder of their own; on the device the old and the new file are this one.
-struct DoorPhones {
-    ScratchFolder folder;
-    std::string path = folder.Path("doorphonedata.xml");
-    std::string reports;
-
-    int Translate(const std::string& newPath)
-    {
-        testing::internal::CaptureStderr();
-        const int result = DoorPhoneV4XToV50(path.c_str(), newPath.c_str());
-        reports = testing::internal::GetCapturedStderr();
-        return result;
-    }
-    int Translate() { return Translate(path); }
-
-    std::size_t FileCount() const
-    {
-        const std::filesystem::directory_iterator entries(folder.Path());
-        return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
-    }
+/// On the device the old and the new file are this one.
+struct DoorPhones : Translation {
+    DoorPhones() : Translation(&DoorPhoneV4XToV50, "doorphonedata.xml", "doorphonedata.xml") {}
 };
 
 /// What a file with this content becomes in its place.
 std::string Translated(const std::string& oldText)
 {
-    DoorPhones files;
-    WriteBytes(files.path, oldText);
-    EXPECT_EQ(files.Translate(), 1) << oldText;
-    EXPECT_EQ(files.reports, kEnter + kLeave) << oldText;
-    EXPECT_EQ(files.FileCount(), 1u) << oldText;
-    return ReadBytes(files.path);
+    return DoorPhones().Translated(oldText, kEnter + kLeave);
 }
 
 std::string NewFile(const std::string& items)
@@ -201,34 +178,35 @@ TEST(DoorPhoneV4XToV50, EveryEntryIsKeptInOrder)
 TEST(DoorPhoneV4XToV50, TheNewFormReadAsTheOldOneLosesItsTexts)
 {
     DoorPhones files;
-    WriteBytes(files.path, "<DoorPhone><item title='a'><DeviceModel>2N</DeviceModel><DisplayName>b</DisplayName></item>"
-                           "<item title='c'/></DoorPhone>");
+    WriteBytes(files.oldPath,
+               "<DoorPhone><item title='a'><DeviceModel>2N</DeviceModel><DisplayName>b</DisplayName></item>"
+               "<item title='c'/></DoorPhone>");
     EXPECT_EQ(files.Translate(), 1);
-    EXPECT_NE(ReadBytes(files.path).find("id_name=\"a\" device_model=\"1\" display_name=\"b\""), std::string::npos);
+    EXPECT_NE(ReadBytes(files.oldPath).find("id_name=\"a\" device_model=\"1\" display_name=\"b\""), std::string::npos);
     for (int run = 0; run < 2; ++run) {
         EXPECT_EQ(files.Translate(), 1);
-        EXPECT_EQ(ReadBytes(files.path), NewFile(std::string(kEmptyItem) + kEmptyItem));
+        EXPECT_EQ(ReadBytes(files.oldPath), NewFile(std::string(kEmptyItem) + kEmptyItem));
     }
 }
 
 TEST(DoorPhoneV4XToV50, AnotherTargetLeavesTheOldFileAlone)
 {
     DoorPhones files;
-    WriteBytes(files.path, "<DoorPhone><item/></DoorPhone>");
+    WriteBytes(files.oldPath, "<DoorPhone><item/></DoorPhone>");
     EXPECT_EQ(files.Translate(files.folder.Path("new.xml")), 1);
-    EXPECT_EQ(ReadBytes(files.path), "<DoorPhone><item/></DoorPhone>");
+    EXPECT_EQ(ReadBytes(files.oldPath), "<DoorPhone><item/></DoorPhone>");
     EXPECT_EQ(ReadBytes(files.folder.Path("new.xml")), NewFile(kEmptyItem));
 }
 
 TEST(DoorPhoneV4XToV50, ANullPathIsAFailureWithoutAWord)
 {
     const DoorPhones files;
-    WriteBytes(files.path, "<DoorPhone><item/></DoorPhone>");
+    WriteBytes(files.oldPath, "<DoorPhone><item/></DoorPhone>");
     testing::internal::CaptureStderr();
-    EXPECT_EQ(DoorPhoneV4XToV50(nullptr, files.path.c_str()), 0);
-    EXPECT_EQ(DoorPhoneV4XToV50(files.path.c_str(), nullptr), 0);
+    EXPECT_EQ(DoorPhoneV4XToV50(nullptr, files.oldPath.c_str()), 0);
+    EXPECT_EQ(DoorPhoneV4XToV50(files.oldPath.c_str(), nullptr), 0);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), kEnter + kLeave + kEnter + kLeave);
-    EXPECT_EQ(ReadBytes(files.path), "<DoorPhone><item/></DoorPhone>");
+    EXPECT_EQ(ReadBytes(files.oldPath), "<DoorPhone><item/></DoorPhone>");
 }
 
 TEST(DoorPhoneV4XToV50, MissingDoorPhonesAreTracedWithoutAPath)
@@ -243,11 +221,12 @@ TEST(DoorPhoneV4XToV50, DoorPhonesThatDoNotLoadAreTracedAndStay)
 {
     for (const char* text : {"", "\n", "<DoorPhone>", "<DoorPhone><item></DoorPhone>", "no XML"}) {
         DoorPhones files;
-        WriteBytes(files.path, text);
+        WriteBytes(files.oldPath, text);
         EXPECT_EQ(files.Translate(), 0) << text;
-        EXPECT_EQ(files.reports, kEnter + "etlTrace 2: Can't load the DoorPhone file [" + files.path + "]!\n" + kLeave)
+        EXPECT_EQ(files.reports,
+                  kEnter + "etlTrace 2: Can't load the DoorPhone file [" + files.oldPath + "]!\n" + kLeave)
             << text;
-        EXPECT_EQ(ReadBytes(files.path), text);
+        EXPECT_EQ(ReadBytes(files.oldPath), text);
         EXPECT_EQ(files.FileCount(), 1u) << text;
     }
 }
@@ -256,22 +235,22 @@ TEST(DoorPhoneV4XToV50, AnotherRootIsAFailureWithoutAWord)
 {
     for (const char* text : {"<doorPhone><item/></doorPhone>", "<Other><DoorPhone/></Other>"}) {
         DoorPhones files;
-        WriteBytes(files.path, text);
+        WriteBytes(files.oldPath, text);
         EXPECT_EQ(files.Translate(), 0) << text;
         EXPECT_EQ(files.reports, kEnter + kLeave) << text;
-        EXPECT_EQ(ReadBytes(files.path), text);
+        EXPECT_EQ(ReadBytes(files.oldPath), text);
     }
 }
 
 TEST(DoorPhoneV4XToV50, AFailedSaveIsAFailureWithoutAWord)
 {
     DoorPhones files;
-    WriteBytes(files.path, "<DoorPhone><item/></DoorPhone>");
+    WriteBytes(files.oldPath, "<DoorPhone><item/></DoorPhone>");
     for (const std::string& path : {files.folder.Path("missing/doorphonedata.xml"), files.folder.Path()}) {
         EXPECT_EQ(files.Translate(path), 0) << path;
         EXPECT_EQ(files.reports, kEnter + kLeave) << path;
     }
-    EXPECT_EQ(ReadBytes(files.path), "<DoorPhone><item/></DoorPhone>");
+    EXPECT_EQ(ReadBytes(files.oldPath), "<DoorPhone><item/></DoorPhone>");
     EXPECT_EQ(files.FileCount(), 1u);
 }
 
@@ -293,10 +272,10 @@ TEST(GetV4XDoorPhoneData, TheListIsEmptiedOnceTheFileIsFound)
         SCOPED_TRACE(row.text == nullptr ? "no file" : row.text);
         const DoorPhones files;
         if (row.text != nullptr)
-            WriteBytes(files.path, row.text);
+            WriteBytes(files.oldPath, row.text);
         std::list<DoorPhoneRecord> doorPhones(1);
         testing::internal::CaptureStderr();
-        EXPECT_EQ(GetV4XDoorPhoneData(files.path.c_str(), doorPhones), row.result);
+        EXPECT_EQ(GetV4XDoorPhoneData(files.oldPath.c_str(), doorPhones), row.result);
         (void)testing::internal::GetCapturedStderr();
         EXPECT_EQ(doorPhones.size(), row.expectedCount);
     }
@@ -324,16 +303,16 @@ TEST(SetV50DoorPhoneData, SwitchesAreWrittenAsTheyAre)
     doorPhone.fullScreen = false;
     EXPECT_EQ(SetV50DoorPhoneData(nullptr, {doorPhone}), 0);
     EXPECT_EQ(SetV50DoorPhoneData(files.folder.Path("missing/new.xml").c_str(), {doorPhone}), 0);
-    EXPECT_EQ(SetV50DoorPhoneData(files.path.c_str(), {doorPhone}), 1);
+    EXPECT_EQ(SetV50DoorPhoneData(files.oldPath.c_str(), {doorPhone}), 1);
     EXPECT_EQ(
-        ReadBytes(files.path),
+        ReadBytes(files.oldPath),
         NewFile("    <item id_name=\"i\" device_model=\"-7\" display_name=\"d\" phone_number=\"p\" unlock_pin=\"u\""
                 " send_audio=\"0\" send_video=\"1\" full_screen=\"0\" />\n"));
 
     DoorPhoneRecord withoutVideo;
     withoutVideo.sendVideo = false;
-    EXPECT_EQ(SetV50DoorPhoneData(files.path.c_str(), {withoutVideo}), 1);
-    EXPECT_EQ(ReadBytes(files.path),
+    EXPECT_EQ(SetV50DoorPhoneData(files.oldPath.c_str(), {withoutVideo}), 1);
+    EXPECT_EQ(ReadBytes(files.oldPath),
               NewFile("    <item id_name=\"\" device_model=\"0\" display_name=\"\" phone_number=\"\" unlock_pin=\"\""
                       " send_audio=\"1\" send_video=\"0\" full_screen=\"1\" />\n"));
 }

@@ -4,10 +4,9 @@
 #include "dssKeyV4XToV50.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <gtest/gtest.h>
 
-#include "scratchFolder.h"
+#include "translation.h"
 
 namespace
 {
@@ -15,39 +14,14 @@ namespace
 const std::string kEnter = "chTraceStack: enter DSSKeyV4XToV50\n";
 const std::string kLeave = "chTraceStack: leave DSSKeyV4XToV50\n";
 
-/// Old and new keys in a folder of their own.
-struct Keys {
-    ScratchFolder folder;
-    std::string oldPath = folder.Path("dsskey.xml");
-    std::string newPath = folder.Path("memkey.xml");
-    std::string reports;
-
-    int Translate(const std::string& path)
-    {
-        testing::internal::CaptureStderr();
-        const int result = DSSKeyV4XToV50(oldPath.c_str(), path.c_str());
-        reports = testing::internal::GetCapturedStderr();
-        return result;
-    }
-    int Translate() { return Translate(newPath); }
-
-    std::size_t FileCount() const
-    {
-        const std::filesystem::directory_iterator entries(folder.Path());
-        return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
-    }
+struct Keys : Translation {
+    Keys() : Translation(&DSSKeyV4XToV50, "dsskey.xml", "memkey.xml") {}
 };
 
 /// The new file that the old one with this content becomes.
 std::string Translated(const std::string& oldText)
 {
-    Keys keys;
-    WriteBytes(keys.oldPath, oldText);
-    EXPECT_EQ(keys.Translate(), 1) << oldText;
-    EXPECT_EQ(keys.reports, kEnter + kLeave) << oldText;
-    EXPECT_EQ(ReadBytes(keys.oldPath), oldText);
-    EXPECT_EQ(keys.FileCount(), 2u) << oldText;
-    return ReadBytes(keys.newPath);
+    return Keys().Translated(oldText, kEnter + kLeave);
 }
 
 /// A new key that has a type and a line only.

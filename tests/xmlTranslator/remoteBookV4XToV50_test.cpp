@@ -7,7 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "bundledPlatform.h"
-#include "scratchFolder.h"
+#include "translation.h"
 #include "xmlText.h"
 
 namespace
@@ -18,39 +18,14 @@ const std::string kLeave = "chTraceStack: leave RemoteBookV4XToV50\n";
 
 constexpr char kAddedItem[] = "    <item name=\"\" url=\"\" />\n";
 
-/// Old and new phone books in a folder of their own.
-struct Books {
-    ScratchFolder folder;
-    std::string oldPath = folder.Path("remotebook.xml");
-    std::string newPath = folder.Path("remote_phonebook_list.xml");
-    std::string reports;
-
-    int Translate(const std::string& path)
-    {
-        testing::internal::CaptureStderr();
-        const int result = RemoteBookV4XToV50(oldPath.c_str(), path.c_str());
-        reports = testing::internal::GetCapturedStderr();
-        return result;
-    }
-    int Translate() { return Translate(newPath); }
-
-    std::size_t FileCount() const
-    {
-        const std::filesystem::directory_iterator entries(folder.Path());
-        return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
-    }
+struct Books : Translation {
+    Books() : Translation(&RemoteBookV4XToV50, "remotebook.xml", "remote_phonebook_list.xml") {}
 };
 
 /// The new file that the old one with this content becomes.
 std::string Translated(const std::string& oldText)
 {
-    Books books;
-    WriteBytes(books.oldPath, oldText);
-    EXPECT_EQ(books.Translate(), 1) << oldText;
-    EXPECT_EQ(books.reports, kEnter + kLeave) << oldText;
-    EXPECT_EQ(ReadBytes(books.oldPath), oldText);
-    EXPECT_EQ(books.FileCount(), 2u) << oldText;
-    return ReadBytes(books.newPath);
+    return Books().Translated(oldText, kEnter + kLeave);
 }
 
 std::string NewFile(const std::string& items)
