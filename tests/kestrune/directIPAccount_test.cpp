@@ -23,11 +23,6 @@ constexpr char kDirectIP[] = "/config/user/voip/directip.cfg";
 constexpr char kAccount16[] = "/config/user/voip/sipAccount16.cfg";
 constexpr char kFactoryAccount[] = "/phone/factory/user/voip/sipAccount16.cfg";
 
-std::string Account(int number)
-{
-    return "/config/user/voip/sipAccount" + std::to_string(number) + ".cfg";
-}
-
 /// An account file that the start-up fix-ups leave alone.
 std::string AccountText(const std::string& name, const std::string& keys = "")
 {

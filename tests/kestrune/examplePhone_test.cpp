@@ -13,7 +13,6 @@
 namespace
 {
 
-constexpr char kUserIni[] = "/config/user/user.ini";
 constexpr char kSystemIni[] = "/config/system/system.ini";
 constexpr char kAccount0[] = "/config/user/voip/sipAccount0.cfg";
 constexpr char kAccount1[] = "/config/user/voip/sipAccount1.cfg";

@@ -21,7 +21,6 @@ namespace
 
 using Files = std::map<std::string, std::string>;
 
-constexpr char kUser[] = "/config/user/user.ini";
 constexpr char kSystem[] = "/config/system/system.ini";
 constexpr char kHandOver[] = "/tmp/VersionInfo.cfg";
 constexpr char kFactory[] = "/phone/factory/user/user.ini";
@@ -51,7 +50,7 @@ const std::string kOldLog = "[Syslog]\neLogType=3\nstrServerName=syslog.example.
 Files OldPhone()
 {
     return {
-        {kUser, "[Feature]\nRingbackTimeout=90\n\n" + kFeatures + "\n[Backlight]\nnBacklightTime=5\n"},
+        {kUserIni, "[Feature]\nRingbackTimeout=90\n\n" + kFeatures + "\n[Backlight]\nnBacklightTime=5\n"},
         {kSystem, kOldLog},
         {kFactory, "[Sync]\nSyncCfgByVersion=1\n"},
         {kFactoryAccount, "[account]\nSCALineKeyNumber=2\nLabel=?factory\n"},
@@ -78,10 +77,10 @@ Files PhoneBetween()
 Files NewPhone()
 {
     Files files = PhoneBetween();
-    files[kUser] = "[Feature]\nRingbackTimeout=90\n\n" + kFeatures +
-                   "\n[Backlight]\nnBacklightTime=300\n\n[BLFLed]\nBLFLedMode=2\n\n"
-                   "[PowerLed]\nPowerLed_Common=0\nPowerLed_Ring=1\nPowerLed_Mail=0\nPowerLed_Mute=0\n"
-                   "PowerLed_HoldHeld=0\nPowerLed_TalkDial=0\n";
+    files[kUserIni] = "[Feature]\nRingbackTimeout=90\n\n" + kFeatures +
+                      "\n[Backlight]\nnBacklightTime=300\n\n[BLFLed]\nBLFLedMode=2\n\n"
+                      "[PowerLed]\nPowerLed_Common=0\nPowerLed_Ring=1\nPowerLed_Mail=0\nPowerLed_Mute=0\n"
+                      "PowerLed_HoldHeld=0\nPowerLed_TalkDial=0\n";
     files[kSystem] = kOldLog + "LogType=2\nSyslogServer=syslog.example.com\n";
     files[kAccount0] += "\n[CallCenter]\nbEnableQueueStatusLight=0\n";
     files[kAccount16] = files[kDirectIP];
@@ -89,11 +88,6 @@ Files NewPhone()
     files[kLineKeys] = files[kExpansionKeys] = kNewLayout;
     files[kProgramKeys] = kNewProgramLayout;
     return files;
-}
-
-std::string Account(int number)
-{
-    return "/config/user/voip/sipAccount" + std::to_string(number) + ".cfg";
 }
 
 /// Puts lines behind the first line of that text that follows the section line.
@@ -249,7 +243,7 @@ TEST(HandOver, ModeOneTouchesNoFileThatItOnlyReads)
 {
     PhoneImage phone;
     Put(phone, OldPhone());
-    const UntouchedFiles others(phone, {kUser, kSystem, kFactory, kFactoryAccount, kAccount0, kAccount16, kLineKeys,
+    const UntouchedFiles others(phone, {kUserIni, kSystem, kFactory, kFactoryAccount, kAccount0, kAccount16, kLineKeys,
                                         kProgramKeys, kExpansionKeys});
     phone.Run("1");
     others.Check();
@@ -262,7 +256,7 @@ TEST(HandOver, ModeTwoTwiceConvertsAgain)
     phone.Run("2");
     phone.Run("2");
     Files expected = NewPhone();
-    std::string& user = expected[kUser];
+    std::string& user = expected[kUserIni];
     user.replace(user.find("nBacklightTime=300"), 18, "nBacklightTime=18000");
     expected[kAccount16] = "[account]\nSCALineKeyNumber=2\nLabel=factory\n"; // the direct-IP file has gone
     EXPECT_EQ(AllFiles(phone), expected);
@@ -282,7 +276,7 @@ TEST(HandOver, APhoneWithSomeOfTheFiles)
 {
     // No system.ini, one expansion module alone, no marked account, no factory account.
     PhoneImage phone;
-    phone.Put(kUser, "[Features]\nBLfNotifyType=1\nBLFLedOffIdle=0\n\n[Feature]\nRingbackTimeout=90\n");
+    phone.Put(kUserIni, "[Features]\nBLfNotifyType=1\nBLFLedOffIdle=0\n\n[Feature]\nRingbackTimeout=90\n");
     phone.Put(kFactory, "[Sync]\nSyncCfgByVersion=1\n");
     phone.Put(kAccount0, "[account]\n");
     phone.Put(kExpansionKeys, kOldLayout);
@@ -293,8 +287,8 @@ TEST(HandOver, APhoneWithSomeOfTheFiles)
     phone.Expect(kAccount0, "[account]\nSCALineKeyNumber=-1\n");
     phone.ExpectNothingElseChanged();
     phone.Run("2");
-    phone.Expect(kUser, "[Features]\nBLfNotifyType=1\nBLFLedOffIdle=0\n\n[Feature]\nRingbackTimeout=90\n\n"
-                        "[BLFLed]\nBLFLedMode=1\n\n[Backlight]\nnBacklightTime=60\n");
+    phone.Expect(kUserIni, "[Features]\nBLfNotifyType=1\nBLFLedOffIdle=0\n\n[Feature]\nRingbackTimeout=90\n\n"
+                           "[BLFLed]\nBLFLedMode=1\n\n[Backlight]\nnBacklightTime=60\n");
     phone.Expect(kExpansionKeys, kNewLayout);
     phone.ExpectNothingElseChanged();
 }
@@ -308,7 +302,7 @@ TEST(HandOver, APhoneWithNoneOfTheFiles)
                 phone.PutFolder(folder);
         }
         phone.Run("1");
-        const Files seeded = {{kUser, "[Feature]\nRingbackTimeout=180\n"}};
+        const Files seeded = {{kUserIni, "[Feature]\nRingbackTimeout=180\n"}};
         EXPECT_EQ(AllFiles(phone), areFoldersThere ? seeded : Files());
         phone.Run("2");
         phone.ExpectNothingElseChanged();
@@ -316,7 +310,7 @@ TEST(HandOver, APhoneWithNoneOfTheFiles)
         phone.Put(kHandOver, "");
         phone.Run("2");
         if (areFoldersThere)
-            phone.Expect(kUser, "[Feature]\nRingbackTimeout=180\n\n[Backlight]\nnBacklightTime=60\n");
+            phone.Expect(kUserIni, "[Feature]\nRingbackTimeout=180\n\n[Backlight]\nnBacklightTime=60\n");
         phone.ExpectNothingElseChanged();
     }
 }
@@ -338,15 +332,15 @@ TEST(HandOver, DamagedUserFileInModeOne)
 {
     for (const Damage damage : kAllDamage) {
         Files after = PhoneBetween();
-        PutDamaged(after, kUser, damage, OldPhone()[kUser]);
+        PutDamaged(after, kUserIni, damage, OldPhone()[kUserIni]);
         after[kHandOver] = kOldLog; // its section can be read for nothing, so no key of it is saved
         if (CanBeWritten(damage)) {
-            after[kUser] = WithSections(damage, "[Feature]\nRingbackTimeout=180\n");
+            after[kUserIni] = WithSections(damage, "[Feature]\nRingbackTimeout=180\n");
             after[kHandOver] = "[Features]\nBLFLedOffIdle=\nBLfNotifyType=\nClosePowerLight=\nPowerLedIdle&Talk=\n"
                                "PowerLedMail=\n\n" +
                                kOldLog;
         }
-        ExpectWithDamage("1", OldPhone(), kUser, damage, after);
+        ExpectWithDamage("1", OldPhone(), kUserIni, damage, after);
     }
 }
 
@@ -367,8 +361,8 @@ TEST(HandOver, DamagedHandOverFileInModeTwo)
         Files after = NewPhone();
         for (const char* path : {kSystem, kAccount0})
             after[path] = OldPhone()[path];
-        after[kUser] = OldPhone()[kUser];
-        after[kUser].replace(after[kUser].find("Time=5\n"), 7, "Time=300\n");
+        after[kUserIni] = OldPhone()[kUserIni];
+        after[kUserIni].replace(after[kUserIni].find("Time=5\n"), 7, "Time=300\n");
         PutDamaged(after, kHandOver, damage, PhoneBetween()[kHandOver]);
         ExpectWithDamage("2", PhoneBetween(), kHandOver, damage, after);
     }
@@ -378,13 +372,13 @@ TEST(HandOver, DamagedUserFileInModeTwo)
 {
     for (const Damage damage : kAllDamage) {
         Files after = NewPhone();
-        PutDamaged(after, kUser, damage, OldPhone()[kUser]);
+        PutDamaged(after, kUserIni, damage, OldPhone()[kUserIni]);
         if (CanBeWritten(damage))
-            after[kUser] = WithSections(damage, "[Feature]\nRingbackTimeout=180\n\n[BLFLed]\nBLFLedMode=2\n\n"
-                                                "[PowerLed]\nPowerLed_Common=0\nPowerLed_Ring=1\nPowerLed_Mail=0\n"
-                                                "PowerLed_Mute=0\nPowerLed_HoldHeld=0\nPowerLed_TalkDial=0\n\n"
-                                                "[Backlight]\nnBacklightTime=60\n");
-        ExpectWithDamage("2", PhoneBetween(), kUser, damage, after);
+            after[kUserIni] = WithSections(damage, "[Feature]\nRingbackTimeout=180\n\n[BLFLed]\nBLFLedMode=2\n\n"
+                                                   "[PowerLed]\nPowerLed_Common=0\nPowerLed_Ring=1\nPowerLed_Mail=0\n"
+                                                   "PowerLed_Mute=0\nPowerLed_HoldHeld=0\nPowerLed_TalkDial=0\n\n"
+                                                   "[Backlight]\nnBacklightTime=60\n");
+        ExpectWithDamage("2", PhoneBetween(), kUserIni, damage, after);
     }
 }
 
@@ -427,15 +421,16 @@ TEST(HandOver, TheExamplePhoneHasItsNewSettingsAfterModesOneAndTwo)
     Insert(expected[kAccount4], "[account]\n", "CallerIdSource=2\n", "SCALineKeyNumber=-1\n");
     expected[kAccount16] = expected[kAccount4];
     expected.erase(kAccount4);
-    Insert(expected[kUser], "[Feature]\n", "bKeepRingback183=0\n", "RingbackTimeout=150\n");
+    Insert(expected[kUserIni], "[Feature]\n", "bKeepRingback183=0\n", "RingbackTimeout=150\n");
 
     // The power light was switched off, and with it the queue-status light of the accounts that stay below 16.
     for (int number : {0, 1, 3})
         Replace(expected[Account(number)], "bEnableQueueStatusLight=1\n", "bEnableQueueStatusLight=0\n");
     expected[Account(2)] += "\r\n[CallCenter]\r\nbEnableQueueStatusLight=0\r\n";
-    Replace(expected[kUser], "nBacklightTime=5\n", "nBacklightTime=300\n");
-    expected[kUser] += "\n[BLFLed]\nBLFLedMode=2\n\n[PowerLed]\nPowerLed_Common=0\nPowerLed_Ring=1\nPowerLed_Mail=0\n"
-                       "PowerLed_Mute=0\nPowerLed_HoldHeld=0\nPowerLed_TalkDial=0\n";
+    Replace(expected[kUserIni], "nBacklightTime=5\n", "nBacklightTime=300\n");
+    expected[kUserIni] +=
+        "\n[BLFLed]\nBLFLedMode=2\n\n[PowerLed]\nPowerLed_Common=0\nPowerLed_Ring=1\nPowerLed_Mail=0\n"
+        "PowerLed_Mute=0\nPowerLed_HoldHeld=0\nPowerLed_TalkDial=0\n";
     Insert(expected[kSystem], "[Syslog]\n", "bPrependMac=1\n", "LogType=2\nSyslogServer=syslog.ldn.example.com\n");
     expected[kHandOver] = kFeatures + "\n[Syslog]\neLogType=3\nstrServerName=syslog.ldn.example.com\n";
 
@@ -501,7 +496,7 @@ TEST(HandOver, AnotherUsersFileInAFolderThatEveryoneMayWriteToIsNoHandOver)
             ASSERT_EQ(chmod(phone.HostPath("/tmp").c_str(), mode), 0);
             phone.Run("2");
             EXPECT_EQ(phone.Get(kSystem).find("planted"), std::string::npos);
-            EXPECT_EQ(phone.Get(kUser).find("BLFLedMode"), std::string::npos);
+            EXPECT_EQ(phone.Get(kUserIni).find("BLFLedMode"), std::string::npos);
             EXPECT_EQ(phone.Get("/tmp/theirs"), planted);
 
             phone.Run("1");

@@ -14,7 +14,6 @@
 namespace
 {
 
-constexpr char kUser[] = "/config/user/user.ini";
 constexpr char kSystem[] = "/config/system/system.ini";
 constexpr char kHandOver[] = "/tmp/VersionInfo.cfg";
 
@@ -23,11 +22,6 @@ const std::string kQuietUser = "[Feature]\nRingbackTimeout=90\n\n[Backlight]\nnB
 
 const std::string kPowerLedOff = "\n[PowerLed]\nPowerLed_Common=0\nPowerLed_Ring=1\nPowerLed_Mail=0\nPowerLed_Mute=0\n"
                                  "PowerLed_HoldHeld=0\nPowerLed_TalkDial=0\n";
-
-std::string Account(int number)
-{
-    return "/config/user/voip/sipAccount" + std::to_string(number) + ".cfg";
-}
 
 /// A key line; none for null.
 std::string Line(const char* key, const char* value)
@@ -40,11 +34,12 @@ std::string Line(const char* key, const char* value)
 TEST(MigrateVersionSettings, WithoutTheHandOverFileNothingChanges)
 {
     PhoneImage phone;
-    phone.Put(kUser, "[Feature]\nRingbackTimeout=90\n[Features]\nClosePowerLight=1\n[Backlight]\nnBacklightTime=5\n");
+    phone.Put(kUserIni,
+              "[Feature]\nRingbackTimeout=90\n[Features]\nClosePowerLight=1\n[Backlight]\nnBacklightTime=5\n");
     phone.Put(kSystem, "[Syslog]\neLogType=3\nstrServerName=syslog.example.com\n");
     phone.Put(Account(0), "[account]\nSCALineKeyNumber=2\n");
     phone.Put("/config/data/linekey.xml", "<dsskey><item type=\"28\"><itemdata line=\"2\"/></item></dsskey>");
-    const UntouchedFiles files(phone, {kUser, kSystem, Account(0), "/config/data/linekey.xml"});
+    const UntouchedFiles files(phone, {kUserIni, kSystem, Account(0), "/config/data/linekey.xml"});
     phone.Run("2");
     phone.ExpectNothingElseChanged();
     files.Check();
@@ -59,14 +54,14 @@ TEST(MigrateVersionSettings, AnEmptyHandOverFileLeavesAllButTheBacklightAsItIs)
 {
     PhoneImage phone;
     phone.Put(kHandOver, "");
-    phone.Put(kUser, "[Feature]\nRingbackTimeout=90\n[BLFLed]\nBLFLedMode=7\n[PowerLed]\nPowerLed_Mail=7\n"
-                     "[Backlight]\nnBacklightTime=5\n");
+    phone.Put(kUserIni, "[Feature]\nRingbackTimeout=90\n[BLFLed]\nBLFLedMode=7\n[PowerLed]\nPowerLed_Mail=7\n"
+                        "[Backlight]\nnBacklightTime=5\n");
     phone.Put(kSystem, "[Syslog]\nLogType=7\nSyslogServer=here\n");
     phone.Put(Account(0), "[account]\nSCALineKeyNumber=2\n");
     const UntouchedFiles files(phone, {kHandOver, kSystem, Account(0)});
     phone.Run("2");
-    phone.Expect(kUser, "[Feature]\nRingbackTimeout=90\n[BLFLed]\nBLFLedMode=7\n[PowerLed]\nPowerLed_Mail=7\n"
-                        "[Backlight]\nnBacklightTime=300\n");
+    phone.Expect(kUserIni, "[Feature]\nRingbackTimeout=90\n[BLFLed]\nBLFLedMode=7\n[PowerLed]\nPowerLed_Mail=7\n"
+                           "[Backlight]\nnBacklightTime=300\n");
     phone.ExpectNothingElseChanged();
     files.Check();
     EXPECT_THAT(phone.Reports(), testing::IsEmpty());
@@ -136,11 +131,11 @@ TEST(MigrateBLFLed, TheModeComesFromBothSavedValues)
         for (const std::string before : {"", "\n[BLFLed]\nBLFLedMode=8\n"}) {
             PhoneImage phone;
             phone.Put(kHandOver, saved);
-            phone.Put(kUser, kQuietUser + before);
+            phone.Put(kUserIni, kQuietUser + before);
             const UntouchedFiles source(phone, {kHandOver});
             phone.Run("2");
             if (row.mode != nullptr)
-                phone.Expect(kUser, kQuietUser + "\n[BLFLed]\nBLFLedMode=" + row.mode + "\n");
+                phone.Expect(kUserIni, kQuietUser + "\n[BLFLed]\nBLFLedMode=" + row.mode + "\n");
             phone.ExpectNothingElseChanged();
             source.Check();
         }
@@ -155,7 +150,7 @@ TEST(MigrateBLFLed, OnlyTheExactNamesCount)
         SCOPED_TRACE(saved);
         PhoneImage phone;
         phone.Put(kHandOver, saved);
-        phone.Put(kUser, kQuietUser);
+        phone.Put(kUserIni, kQuietUser);
         phone.Run("2");
         phone.ExpectNothingElseChanged();
     }
@@ -236,11 +231,11 @@ TEST(MigratePowerLed, TheKeysComeFromTheThreeSavedValues)
         SCOPED_TRACE(saved);
         PhoneImage phone;
         phone.Put(kHandOver, saved);
-        phone.Put(kUser, kQuietUser);
+        phone.Put(kUserIni, kQuietUser);
         const UntouchedFiles source(phone, {kHandOver});
         phone.Run("2");
         if (!row.written.empty())
-            phone.Expect(kUser, kQuietUser + "\n[PowerLed]\n" + row.written);
+            phone.Expect(kUserIni, kQuietUser + "\n[PowerLed]\n" + row.written);
         phone.ExpectNothingElseChanged();
         source.Check();
     }
@@ -250,9 +245,9 @@ TEST(MigratePowerLed, KeysThatAreThereChangeInTheirPlace)
 {
     PhoneImage phone;
     phone.Put(kHandOver, "[Features]\nClosePowerLight=0\nPowerLedMail=1\nPowerLedIdle&Talk=0\n");
-    phone.Put(kUser, "[PowerLed]\nPowerLed_TalkDial = 9\nPowerLed_Ring = 9\nPowerLed_Mail = 9\n\n" + kQuietUser);
+    phone.Put(kUserIni, "[PowerLed]\nPowerLed_TalkDial = 9\nPowerLed_Ring = 9\nPowerLed_Mail = 9\n\n" + kQuietUser);
     phone.Run("2");
-    phone.Expect(kUser,
+    phone.Expect(kUserIni,
                  "[PowerLed]\nPowerLed_TalkDial = 1\nPowerLed_Ring = 9\nPowerLed_Mail = 1\nPowerLed_Common = 1\n\n" +
                      kQuietUser);
     phone.ExpectNothingElseChanged();
@@ -262,7 +257,7 @@ TEST(MigratePowerLed, ALightThatWasOffPutsOutTheQueueStatusLightOfAccounts0To15)
 {
     PhoneImage phone;
     phone.Put(kHandOver, "[Features]\nClosePowerLight=1\n");
-    phone.Put(kUser, kQuietUser);
+    phone.Put(kUserIni, kQuietUser);
     const std::string account = "[account]\nSCALineKeyNumber=2\n";
     for (int number = 0; number <= 17; ++number)
         phone.Put(Account(number), account);
@@ -276,7 +271,7 @@ TEST(MigratePowerLed, ALightThatWasOffPutsOutTheQueueStatusLightOfAccounts0To15)
                                       : number == 2 ? "[account]\r\nSCALineKeyNumber=2\r\n[CallCenter]\r\nbEnable=1\r\n"
                                                       "bEnableQueueStatusLight=0\r\n"
                                                     : account + "\n[CallCenter]\nbEnableQueueStatusLight=0\n");
-    phone.Expect(kUser, kQuietUser + kPowerLedOff);
+    phone.Expect(kUserIni, kQuietUser + kPowerLedOff);
     phone.ExpectNothingElseChanged();
     others.Check();
 }
@@ -285,11 +280,11 @@ TEST(MigratePowerLed, MissingAccountsAreNotMade)
 {
     PhoneImage phone;
     phone.Put(kHandOver, "[Features]\nClosePowerLight=1\n");
-    phone.Put(kUser, kQuietUser);
+    phone.Put(kUserIni, kQuietUser);
     phone.Put(Account(15), "[account]\nSCALineKeyNumber=2\n");
     phone.PutFolder(Account(3));
     phone.Run("2");
-    phone.Expect(kUser, kQuietUser + kPowerLedOff);
+    phone.Expect(kUserIni, kQuietUser + kPowerLedOff);
     phone.Expect(Account(15), "[account]\nSCALineKeyNumber=2\n\n[CallCenter]\nbEnableQueueStatusLight=0\n");
     phone.ExpectNothingElseChanged();
 }
@@ -300,7 +295,7 @@ TEST(MigratePowerLed, ALightThatWasOnLeavesTheAccountsAlone)
                               "[Features]\nClosePowerLight=\nPowerLedMail=1\nPowerLedIdle&Talk=0\n"}) {
         PhoneImage phone;
         phone.Put(kHandOver, saved);
-        phone.Put(kUser, kQuietUser);
+        phone.Put(kUserIni, kQuietUser);
         phone.Put(Account(0), "[account]\nSCALineKeyNumber=2\n[CallCenter]\nbEnableQueueStatusLight=1\n");
         const UntouchedFiles account(phone, {Account(0)});
         phone.Run("2");
@@ -345,9 +340,9 @@ TEST(BacklightMinutesToSeconds, WhateverIsStoredIsMultipliedBySixty)
         SCOPED_TRACE(row.before);
         PhoneImage phone;
         phone.Put(kHandOver, "");
-        phone.Put(kUser, text + row.before);
+        phone.Put(kUserIni, text + row.before);
         phone.Run("2");
-        phone.Expect(kUser, text + row.after);
+        phone.Expect(kUserIni, text + row.after);
         phone.ExpectNothingElseChanged();
     }
 }
@@ -368,9 +363,9 @@ TEST(BacklightMinutesToSeconds, AnAbsentTimeBecomesSixtySeconds)
         SCOPED_TRACE(row.before);
         PhoneImage phone;
         phone.Put(kHandOver, "");
-        phone.Put(kUser, std::string("[Feature]\nRingbackTimeout=90\n") + row.before);
+        phone.Put(kUserIni, std::string("[Feature]\nRingbackTimeout=90\n") + row.before);
         phone.Run("2");
-        phone.Expect(kUser, std::string("[Feature]\nRingbackTimeout=90\n") + row.after);
+        phone.Expect(kUserIni, std::string("[Feature]\nRingbackTimeout=90\n") + row.after);
         phone.ExpectNothingElseChanged();
     }
 }
@@ -381,7 +376,7 @@ TEST(BacklightMinutesToSeconds, AMissingUserFileIsMade)
     phone.Put(kHandOver, "");
     phone.PutFolder("/config/user");
     phone.Run("2");
-    phone.Expect(kUser, "[Feature]\nRingbackTimeout=180\n\n[Backlight]\nnBacklightTime=60\n");
+    phone.Expect(kUserIni, "[Feature]\nRingbackTimeout=180\n\n[Backlight]\nnBacklightTime=60\n");
     phone.ExpectNothingElseChanged();
 }
 
@@ -420,7 +415,7 @@ TEST(MigrateSyslog, BothTargetKeysComeFromBothSavedValues)
         SCOPED_TRACE(saved);
         PhoneImage phone;
         phone.Put(kHandOver, saved);
-        phone.Put(kUser, kQuietUser);
+        phone.Put(kUserIni, kQuietUser);
         phone.Put(kSystem, "; system\n[Syslog]\neLogType=9\nstrServerName=old\n");
         const UntouchedFiles source(phone, {kHandOver});
         const UntouchedFiles target(phone, {kSystem});
@@ -438,7 +433,7 @@ TEST(MigrateSyslog, TheSavedValuesStandInTheirOwnSection)
 {
     PhoneImage phone;
     phone.Put(kHandOver, "[Features]\neLogType=3\nstrServerName=s\n[Log]\neLogType=3\nstrServerName=s\n");
-    phone.Put(kUser, kQuietUser);
+    phone.Put(kUserIni, kQuietUser);
     phone.PutFolder("/config/system");
     phone.Run("2");
     phone.ExpectNothingElseChanged();
@@ -448,7 +443,7 @@ TEST(MigrateSyslog, AMissingSystemFileIsMadeButNotItsFolder)
 {
     PhoneImage phone;
     phone.Put(kHandOver, "[Syslog]\neLogType=3\nstrServerName=s\n");
-    phone.Put(kUser, kQuietUser);
+    phone.Put(kUserIni, kQuietUser);
     phone.Run("2");
     phone.ExpectNothingElseChanged();
     phone.PutFolder("/config/system");
@@ -461,7 +456,7 @@ TEST(MigrateSyslog, KeysThatAreThereChangeInTheirPlace)
 {
     PhoneImage phone;
     phone.Put(kHandOver, "[Syslog]\neLogType=3\nstrServerName=new.example.com\n");
-    phone.Put(kUser, kQuietUser);
+    phone.Put(kUserIni, kQuietUser);
     phone.Put(kSystem, "[Syslog]\r\nSyslogServer = old.example.com\r\nnLevel = 5\r\nLogType = 7\r\n\r\n[End]\r\n");
     phone.Run("2");
     phone.Expect(kSystem, "[Syslog]\r\nSyslogServer = new.example.com\r\nnLevel = 5\r\nLogType = 2\r\n\r\n[End]\r\n");

@@ -15,7 +15,6 @@ namespace
 
 using Lines = std::vector<std::string>;
 
-constexpr char kUser[] = "/config/user/user.ini";
 constexpr char kSystem[] = "/config/system/system.ini";
 constexpr char kFactory[] = "/phone/factory/user/user.ini";
 constexpr char kHandOver[] = "/tmp/VersionInfo.cfg";
@@ -32,7 +31,7 @@ const std::string kSixLamps = "[PowerLed]\nPowerLed_Common=0\nPowerLed_Ring=1\nP
 /// A phone on which every pass has something to do or to report.
 void PutWorkForEveryPass(PhoneImage& phone)
 {
-    phone.Put(kUser, "[Features]\nBLFLedOffIdle=1\n");
+    phone.Put(kUserIni, "[Features]\nBLFLedOffIdle=1\n");
     phone.Put(kSystem, "[Syslog]\neLogType=3\nstrServerName=s\n");
     phone.Put(kFactory, "[Sync]\nSyncCfgByVersion=1\n");
     phone.Put(kHandOver, "[Features]\nBLfNotifyType=1\nBLFLedOffIdle=1\n[Syslog]\neLogType=2\nstrServerName=t\n");
@@ -97,7 +96,7 @@ TEST(ModeOrder, AllAndDevReportTheirPassesInOrder)
         EXPECT_EQ(phone.ReportsWithScopes(), Joined({kTableReports, kTranslatorReports, kCertificateReports,
                                                      mode == "all" ? kPasswordReports : Lines()}));
         EXPECT_EQ(phone.Output(), Lines({"bEncrypt=0"}));
-        phone.Expect(kUser, kFixedUser);
+        phone.Expect(kUserIni, kFixedUser);
         phone.Expect(kAccount5, kFixedAccount5);
         phone.Expect("/config/certs/phoneca/root.pem", "certificate");
         phone.ExpectNothingElseChanged();
@@ -124,7 +123,7 @@ TEST(ModeOrder, PwdRunsTheFixUpsAndThePasswordPass)
     phone.Run("pwd");
     EXPECT_EQ(phone.ReportsWithScopes(), kPasswordReports);
     EXPECT_THAT(phone.Output(), testing::IsEmpty());
-    phone.Expect(kUser, kFixedUser);
+    phone.Expect(kUserIni, kFixedUser);
     phone.Expect(kAccount5, kFixedAccount5);
     phone.ExpectNothingElseChanged();
 }
@@ -136,7 +135,7 @@ TEST(ModeOrder, OneRunsTheFixUpsTheSyncAndTheExtraction)
     phone.Run("1");
     EXPECT_THAT(phone.ReportsWithScopes(), testing::IsEmpty());
     EXPECT_THAT(phone.Output(), testing::IsEmpty());
-    phone.Expect(kUser, kFixedUser);
+    phone.Expect(kUserIni, kFixedUser);
     phone.Expect(kHandOver, "[Features]\nBLfNotifyType=\nBLFLedOffIdle=1\nClosePowerLight=\nPowerLedIdle&Talk=\n"
                             "PowerLedMail=\n[Syslog]\neLogType=3\nstrServerName=s\n");
     phone.Expect(kDirectIP, kFixedAccount5);
@@ -151,7 +150,7 @@ TEST(ModeOrder, TwoRunsTheFixUpsTheMigrationAndTheRestore)
     phone.Run("2");
     EXPECT_THAT(phone.ReportsWithScopes(), testing::IsEmpty());
     EXPECT_THAT(phone.Output(), testing::IsEmpty());
-    phone.Expect(kUser, kFixedUser + "\n[BLFLed]\nBLFLedMode=1\n\n[Backlight]\nnBacklightTime=60\n");
+    phone.Expect(kUserIni, kFixedUser + "\n[BLFLed]\nBLFLedMode=1\n\n[Backlight]\nnBacklightTime=60\n");
     phone.Expect(kSystem, "[Syslog]\neLogType=3\nstrServerName=s\nLogType=1\nSyslogServer=t\n");
     phone.Expect(kAccount5, kFixedAccount5);
     phone.Expect(kAccount16, "[account]\nLabel=factory\n"); // after the fix-ups, which would have given it a key
@@ -169,7 +168,7 @@ TEST(ModeOrder, AnyOtherWordRunsTheFixUpsAlone)
         phone.Run(mode);
         EXPECT_THAT(phone.ReportsWithScopes(), testing::IsEmpty());
         EXPECT_THAT(phone.Output(), testing::IsEmpty());
-        phone.Expect(kUser, kFixedUser);
+        phone.Expect(kUserIni, kFixedUser);
         phone.Expect(kAccount5, kFixedAccount5);
         phone.ExpectNothingElseChanged();
     }
@@ -180,7 +179,7 @@ TEST(ModeOrder, OnlyTheFirstArgumentIsTheMode)
     PhoneImage phone;
     PutWorkForEveryPass(phone);
     EXPECT_EQ(phone.RunWith({"other", "1"}).exitStatus, 0);
-    phone.Expect(kUser, kFixedUser);
+    phone.Expect(kUserIni, kFixedUser);
     phone.Expect(kAccount5, kFixedAccount5);
     phone.ExpectNothingElseChanged();
     EXPECT_EQ(phone.RunWith({"1", "2"}).exitStatus, 0);
@@ -191,11 +190,11 @@ TEST(ModeOrder, OnlyTheFirstArgumentIsTheMode)
 TEST(ModeOrder, TheAccountsAreFixedUpBeforeTheRingbackTimeout)
 {
     PhoneImage phone;
-    phone.Put(kUser, "");
+    phone.Put(kUserIni, "");
     phone.PutFolder("/config/user/voip");
-    std::filesystem::create_symlink(kUser, phone.HostPath("/config/user/voip/sipAccount0.cfg"));
+    std::filesystem::create_symlink(kUserIni, phone.HostPath("/config/user/voip/sipAccount0.cfg"));
     phone.Run("other");
-    phone.Expect(kUser, "[account]\nSCALineKeyNumber=-1\n\n[Feature]\nRingbackTimeout=180\n");
+    phone.Expect(kUserIni, "[account]\nSCALineKeyNumber=-1\n\n[Feature]\nRingbackTimeout=180\n");
     phone.ExpectNothingElseChanged();
 }
 
@@ -207,7 +206,7 @@ TEST(ModeOrder, TheTableSeesTheFixUpsAndItsResultsCountForThePassesBehindIt)
         PutWorkForEveryPass(phone);
         // Only after the table the translators are enabled and the two locks are equal.
         phone.Put("/config/version.ini", "[SyncConfig]\nbEnableFromOld=0\n");
-        phone.Put(kUser, "[New]\nEnable=1\nLock=1\n\n[PhoneSetting]\nEnLock=0\n");
+        phone.Put(kUserIni, "[New]\nEnable=1\nLock=1\n\n[PhoneSetting]\nEnLock=0\n");
         phone.Put(kFactory, "[PhoneSetting]\nEnLock=1\n");
         phone.Put(kTable,
                   "<t><r srcFile='/config/user/user.ini' srcSec='Feature' srcKey='RingbackTimeout' dstSec='New'/>"
@@ -219,15 +218,15 @@ TEST(ModeOrder, TheTableSeesTheFixUpsAndItsResultsCountForThePassesBehindIt)
         const Lines encrypted = {"app_log 60/6: No need trans password file !! Current status [encrypt]"};
         EXPECT_EQ(phone.ReportsWithScopes(),
                   Joined({kTranslatorReports, kCertificateReports, mode == "all" ? encrypted : Lines()}));
-        phone.Expect(kUser, "[New]\nEnable=1\nLock=1\nRingbackTimeout=180\n\n[PhoneSetting]\nEnLock=1\n\n"
-                            "[Feature]\nRingbackTimeout=180\n");
+        phone.Expect(kUserIni, "[New]\nEnable=1\nLock=1\nRingbackTimeout=180\n\n[PhoneSetting]\nEnLock=1\n\n"
+                               "[Feature]\nRingbackTimeout=180\n");
     }
 }
 
 TEST(ModeOrder, ThePasswordPassSeesTheFixUps)
 {
     PhoneImage phone;
-    phone.Put(kUser, "");
+    phone.Put(kUserIni, "");
     phone.Put(kFactory, "[PhoneSetting]\nEnLock=1\n");
     phone.Put("/phone/resource/encryptconfig.xml",
               "<list><entry file='/config/user/user.ini' section='Feature' key='RingbackTimeout'/></list>");
@@ -239,7 +238,7 @@ TEST(ModeOrder, ThePasswordPassSeesTheFixUps)
 TEST(ModeOrder, OneSavesTheSettingsAfterTheFixUpsAndBeforeTheAccountGoes)
 {
     PhoneImage phone;
-    phone.Put(kUser, "[Features]\nPowerLedMail=1\n");
+    phone.Put(kUserIni, "[Features]\nPowerLedMail=1\n");
     phone.Put(kFactory, "[Sync]\nSyncCfgByVersion=1\n");
     phone.Put("/config/user/voip/sipAccount2.cfg", "");
     phone.Put(kAccount5, "[account]\ndirectip=1\n[Syslog]\neLogType=3\nstrServerName=s\n");
@@ -247,7 +246,7 @@ TEST(ModeOrder, OneSavesTheSettingsAfterTheFixUpsAndBeforeTheAccountGoes)
     std::filesystem::create_symlink(kAccount5, phone.HostPath(kSystem));
     std::filesystem::create_symlink("/config/user/voip/sipAccount2.cfg", phone.HostPath(kHandOver));
     phone.Run("1");
-    phone.Expect(kUser, "[Features]\nPowerLedMail=1\n\n[Feature]\nRingbackTimeout=180\n");
+    phone.Expect(kUserIni, "[Features]\nPowerLedMail=1\n\n[Feature]\nRingbackTimeout=180\n");
     phone.Expect("/config/user/voip/sipAccount2.cfg",
                  "[account]\nSCALineKeyNumber=-1\n\n"
                  "[Features]\nBLFLedOffIdle=\nBLfNotifyType=\nClosePowerLight=\nPowerLedIdle&Talk=\nPowerLedMail=1\n\n"
@@ -262,11 +261,11 @@ TEST(ModeOrder, TwoMigratesBeforeItRestoresTheAccount)
     // Account 5 is a link to the direct-IP file, so what the migration writes there reaches account 16.
     PhoneImage phone;
     phone.Put(kHandOver, "[Features]\nClosePowerLight=1\n");
-    phone.Put(kUser, "");
+    phone.Put(kUserIni, "");
     phone.Put(kDirectIP, "[account]\nSCALineKeyNumber=2\n");
     std::filesystem::create_symlink("directip.cfg", phone.HostPath(kAccount5));
     phone.Run("2");
-    phone.Expect(kUser, "[Feature]\nRingbackTimeout=180\n\n" + kSixLamps + "\n[Backlight]\nnBacklightTime=60\n");
+    phone.Expect(kUserIni, "[Feature]\nRingbackTimeout=180\n\n" + kSixLamps + "\n[Backlight]\nnBacklightTime=60\n");
     phone.Expect(kAccount16, "[account]\nSCALineKeyNumber=2\n\n[CallCenter]\nbEnableQueueStatusLight=0\n");
     phone.ExpectMissing(kDirectIP);
     phone.ExpectNothingElseChanged();
@@ -277,10 +276,10 @@ TEST(ModeOrder, TheStepsOfTheMigrationFollowOneAnother)
     // Each new section goes to the end of the file, so the sections stand in the order of the steps.
     PhoneImage phone;
     phone.Put(kHandOver, "[Features]\nBLFLedOffIdle=1\nBLfNotifyType=0\nClosePowerLight=1\n");
-    phone.Put(kUser, "");
+    phone.Put(kUserIni, "");
     phone.Run("2");
-    phone.Expect(kUser, "[Feature]\nRingbackTimeout=180\n\n[BLFLed]\nBLFLedMode=2\n\n" + kSixLamps +
-                            "\n[Backlight]\nnBacklightTime=60\n");
+    phone.Expect(kUserIni, "[Feature]\nRingbackTimeout=180\n\n[BLFLed]\nBLFLedMode=2\n\n" + kSixLamps +
+                               "\n[Backlight]\nnBacklightTime=60\n");
     phone.ExpectNothingElseChanged();
 }
 
@@ -295,7 +294,7 @@ TEST(ModeOrder, TheKeyLayoutsComeBehindTheBacklightAndBeforeTheSystemLog)
     phone.Put(kProgramKeys, "<programkey/>\n");
     phone.PutFolder("/config/user");
     phone.PutFolder("/config/system");
-    std::filesystem::create_symlink(kLineKeys, phone.HostPath(kUser));
+    std::filesystem::create_symlink(kLineKeys, phone.HostPath(kUserIni));
     std::filesystem::create_symlink(kProgramKeys, phone.HostPath(kSystem));
     phone.Run("2");
     phone.Expect(kLineKeys, "<?xml version=\"1.0\"?>\n<dsskey />\n");
@@ -308,12 +307,12 @@ TEST(ModeOrder, TheQueueStatusLightIsWrittenAtOnceAndThePowerLightAtItsFlush)
     // Account 0 is a link to user.ini: neither change is lost, and the account's comes first.
     PhoneImage phone;
     phone.Put(kHandOver, "[Features]\nClosePowerLight=1\n");
-    phone.Put(kUser, "");
+    phone.Put(kUserIni, "");
     phone.PutFolder("/config/user/voip");
-    std::filesystem::create_symlink(kUser, phone.HostPath("/config/user/voip/sipAccount0.cfg"));
+    std::filesystem::create_symlink(kUserIni, phone.HostPath("/config/user/voip/sipAccount0.cfg"));
     phone.Run("2");
-    phone.Expect(kUser, "[account]\nSCALineKeyNumber=-1\n\n[Feature]\nRingbackTimeout=180\n\n"
-                        "[CallCenter]\nbEnableQueueStatusLight=0\n\n" +
-                            kSixLamps + "\n[Backlight]\nnBacklightTime=60\n");
+    phone.Expect(kUserIni, "[account]\nSCALineKeyNumber=-1\n\n[Feature]\nRingbackTimeout=180\n\n"
+                           "[CallCenter]\nbEnableQueueStatusLight=0\n\n" +
+                               kSixLamps + "\n[Backlight]\nnBacklightTime=60\n");
     phone.ExpectNothingElseChanged();
 }

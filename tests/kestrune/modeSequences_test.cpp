@@ -17,7 +17,6 @@ using Files = std::map<std::string, std::string>;
 /// Marks a file that a step takes away.
 const std::string kGone = "gone";
 
-constexpr char kUser[] = "/config/user/user.ini";
 constexpr char kSystem[] = "/config/system/system.ini";
 constexpr char kWeb[] = "/config/web.ini";
 constexpr char kHandOver[] = "/tmp/VersionInfo.cfg";
@@ -85,7 +84,7 @@ std::string DoorPhone(const std::string& name)
 Files OldPhone()
 {
     return {
-        {kUser, OldUser("5")},
+        {kUserIni, OldUser("5")},
         {kSystem, kOldLog},
         {kWeb, Web("hello, phone")},
         {kAccount0, "[account]\nCancelTimer=60\n"},
@@ -103,7 +102,7 @@ Files OldPhone()
     };
 }
 
-const Files kFixUps = {{kUser, FixedUser()}, {kAccount0, kFixedAccount0}, {kAccount4, kDirectAccount}};
+const Files kFixUps = {{kUserIni, FixedUser()}, {kAccount0, kFixedAccount0}, {kAccount4, kDirectAccount}};
 
 /// What the certificate sync and the translators make.
 const Files kNewData = {
@@ -117,7 +116,7 @@ const Files kHandedOver = {{kAccount4, kGone}, {kDirectIP, kDirectAccount}, {kHa
 
 /// What mode "2" makes of a hand-over and of a direct-IP account.
 const Files kMigrated = {
-    {kUser, NewUser("300")},      {kSystem, kOldLog + "LogType=2\nSyslogServer=log.example.com\n"},
+    {kUserIni, NewUser("300")},   {kSystem, kOldLog + "LogType=2\nSyslogServer=log.example.com\n"},
     {kAccount0, kNewAccount0},    {kDirectIP, kGone},
     {kAccount16, kDirectAccount}, {kLineKeys, kNewLayout},
 };
@@ -216,7 +215,7 @@ TEST(ModeSequences, TwoTwiceMultipliesAgainAndTakesTheFactoryAccount)
     ExpectSequence({
         {"1", kHandedOver + kFixUps},
         {"2", kMigrated},
-        {"2", {{kUser, NewUser("18000")}, {kAccount16, kSpareAccount}}},
+        {"2", {{kUserIni, NewUser("18000")}, {kAccount16, kSpareAccount}}},
         {"1", {{kAccount16, kSpareAccount + "SCALineKeyNumber=-1\n"}}},
     });
 }
@@ -236,7 +235,7 @@ TEST(ModeSequences, TheAccountGoesOutAndInAsOftenAsTheTwoModesRun)
         {"1", kHandedOver + kFixUps},
         {"2", kMigrated},
         {"1", {{kAccount16, kGone}, {kDirectIP, kDirectAccount}}},
-        {"2", {{kUser, NewUser("18000")}, {kDirectIP, kGone}, {kAccount16, kDirectAccount}}},
+        {"2", {{kUserIni, NewUser("18000")}, {kDirectIP, kGone}, {kAccount16, kDirectAccount}}},
     });
 }
 

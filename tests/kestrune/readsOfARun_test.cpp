@@ -18,7 +18,6 @@ namespace
 
 using Lines = std::vector<std::string>;
 
-constexpr char kUser[] = "/config/user/user.ini";
 constexpr char kSystem[] = "/config/system/system.ini";
 constexpr char kVersion[] = "/config/version.ini";
 constexpr char kFactory[] = "/phone/factory/user/user.ini";
@@ -60,7 +59,7 @@ protected:
 
     void PutUser(const std::string& more)
     {
-        phone_.Put(kUser, "[Feature]\nRingbackTimeout=90\n" + more);
+        phone_.Put(kUserIni, "[Feature]\nRingbackTimeout=90\n" + more);
     }
 
     /// Runs the mode.
@@ -129,19 +128,19 @@ TEST_F(ReadsOfARun, AnyOtherWordReadsWhatTheFixUpsAskFor)
     phone_.PutExamplePhone();
     PutUser("");
     for (int number = 0; number <= 16; ++number)
-        phone_.Remove("/config/user/voip/sipAccount" + std::to_string(number) + ".cfg");
+        phone_.Remove(Account(number));
     phone_.Put(kAccount0, "[account]\nSCALineKeyNumber=1\nCancelTimer=60\n");
-    EXPECT_EQ(Opened("other"), (Lines{kAccount0, kUser}));
+    EXPECT_EQ(Opened("other"), (Lines{kAccount0, kUserIni}));
 
     phone_.Put(kAccount0, "[account]\nSCALineKeyNumber=0\n");
-    phone_.Put(kUser, "[Feature]\nRingbackTimeout=0\n"); // a time-out like any other
-    EXPECT_EQ(Opened("other"), (Lines{kAccount0, kUser}));
+    phone_.Put(kUserIni, "[Feature]\nRingbackTimeout=0\n"); // a time-out like any other
+    EXPECT_EQ(Opened("other"), (Lines{kAccount0, kUserIni}));
 }
 
 TEST_F(ReadsOfARun, TheFirstAccountIsAskedForItsTimerOnlyWithoutARingbackTimeout)
 {
     phone_.Put(kAccount0, "[account]\nSCALineKeyNumber=1\nCancelTimer=60\n");
-    phone_.Put(kUser, "");
+    phone_.Put(kUserIni, "");
     EXPECT_EQ(CountOf("other", kAccount0), 2);
     EXPECT_EQ(CountOf("other", kAccount0), 1); // the run before has set the time-out
 }
@@ -246,7 +245,7 @@ TEST_F(ReadsOfARun, TheUsersSyncIsReadOnlyWhenTheFactorysAsksForIt)
         PutUser(row.user);
         const Lines opened = Opened("1");
         EXPECT_EQ(std::count(opened.begin(), opened.end(), kFactory), 1);
-        EXPECT_EQ(std::count(opened.begin(), opened.end(), kUser), kFixUp + row.userReads);
+        EXPECT_EQ(std::count(opened.begin(), opened.end(), kUserIni), kFixUp + row.userReads);
         EXPECT_EQ(std::count(opened.begin(), opened.end(), kSystem), row.userReads == 2 ? 1 : 0);
     }
     for (const char* mode : {"2", "other"})
@@ -267,7 +266,7 @@ TEST_F(ReadsOfARun, TheFactoryAccountIsNotConsultedWhenThereIsADirectIPFile)
 TEST_F(ReadsOfARun, WithoutAHandOverModeTwoAsksForNoSettings)
 {
     phone_.Put(kSystem, "[Syslog]\n");
-    EXPECT_EQ(Opened("2"), (Lines{kUser})); // the fix-up
+    EXPECT_EQ(Opened("2"), (Lines{kUserIni})); // the fix-up
 }
 
 TEST_F(ReadsOfARun, TheKeyIsReadOnceAndOnlyWhenItIsNeeded)
@@ -306,7 +305,7 @@ TEST_F(ReadsOfARun, WithEqualLocksNeitherTheListNorAnEntryIsRead)
     phone_.Put(kFactory, "[PhoneSetting]\nEnLock=0\n");
     phone_.Put(kList, "<l>" + Entry(kA, "A") + "</l>");
     phone_.Put(kA, "[S]\nA=1\n");
-    EXPECT_EQ(Opened("pwd"), (Lines{kUser, kUser, kFactory})); // the fix-up, then the two locks
+    EXPECT_EQ(Opened("pwd"), (Lines{kUserIni, kUserIni, kFactory})); // the fix-up, then the two locks
 }
 
 TEST_F(ReadsOfARun, ThePasswordPassReadsEachLockAndTheListOnce)
@@ -314,7 +313,7 @@ TEST_F(ReadsOfARun, ThePasswordPassReadsEachLockAndTheListOnce)
     phone_.Put(kFactory, "[PhoneSetting]\nEnLock=1\n");
     phone_.Put(kList, "<l><e file='/config/a.ini' section='S' key='A' active='false'/></l>");
     phone_.Put(kA, "[S]\nA=1\n");
-    EXPECT_EQ(Opened("pwd"), (Lines{kUser, kUser, kFactory, kList})); // an entry that is not active is not read
+    EXPECT_EQ(Opened("pwd"), (Lines{kUserIni, kUserIni, kFactory, kList})); // an entry that is not active is not read
 }
 
 TEST_F(ReadsOfARun, ConsecutiveEntriesOfAFileShareOneRead)
@@ -348,7 +347,7 @@ TEST_F(ReadsOfARun, TheTableAndTheLockAreReadOnceAndTheFilesOfARecordOnceForIt)
     const std::string record = Unsaved("srcFile='/config/a.ini' srcSec='S' srcKey='A'");
     for (int count = 1; count <= 3; ++count) {
         std::string records;
-        Lines expected = {kUser, kTable, kUser}; // the fix-up, the table, the lock
+        Lines expected = {kUserIni, kTable, kUserIni}; // the fix-up, the table, the lock
         for (int number = 0; number < count; ++number) {
             records += record;
             expected.push_back(kA);
@@ -368,14 +367,14 @@ TEST_F(ReadsOfARun, ARecordWithoutASourceAttributeReadsNoSource)
     for (const char* attributes :
          {"srcSec='S' srcKey='A'", "srcFile='/config/a.ini' srcKey='A'", "srcFile='/config/a.ini' srcSec='S'", ""}) {
         phone_.Put(kTable, Table(Unsaved(attributes)));
-        EXPECT_EQ(Opened("dev"), (Lines{kUser, kTable, kUser, kB, kVersion})) << attributes;
+        EXPECT_EQ(Opened("dev"), (Lines{kUserIni, kTable, kUserIni, kB, kVersion})) << attributes;
     }
 }
 
 TEST_F(ReadsOfARun, WithoutATableTheLockIsNotRead)
 {
     phone_.Put(kVersion, "[SyncConfig]\nbEnableFromOld=0\n");
-    EXPECT_EQ(Opened("dev"), (Lines{kUser, kVersion}));
+    EXPECT_EQ(Opened("dev"), (Lines{kUserIni, kVersion}));
 }
 
 TEST_F(ReadsOfARun, WithoutAModeNothingIsRead)

@@ -24,7 +24,6 @@ namespace fs = std::filesystem;
 namespace
 {
 
-constexpr char kUserIni[] = "/config/user/user.ini";
 constexpr char kFactoryIni[] = "/phone/factory/user/user.ini";
 constexpr char kHandOver[] = "/tmp/VersionInfo.cfg";
 constexpr char kHandOverCopy[] = "/config/kestrune-handover";

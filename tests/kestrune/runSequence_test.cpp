@@ -24,7 +24,6 @@ namespace
 
 using Lines = std::vector<std::string>;
 
-constexpr char kUserIni[] = "/config/user/user.ini";
 constexpr char kVersionIni[] = "/config/version.ini";
 constexpr char kTable[] = "/phone/resource/kestrune.xml";
 constexpr char kFactoryCert[] = "/phone/factory/certs/phoneca/ca.pem";

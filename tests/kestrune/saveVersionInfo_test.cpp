@@ -17,7 +17,6 @@
 namespace
 {
 
-constexpr char kUser[] = "/config/user/user.ini";
 constexpr char kSystem[] = "/config/system/system.ini";
 constexpr char kFactory[] = "/phone/factory/user/user.ini";
 constexpr char kHandOver[] = "/tmp/VersionInfo.cfg";
@@ -37,7 +36,7 @@ const std::string kSaved = "[Features]\nBLFLedOffIdle=1\nBLfNotifyType=0\nCloseP
 void PutSources(PhoneImage& phone)
 {
     phone.Put(kFactory, kFactoryText);
-    phone.Put(kUser, kUserText);
+    phone.Put(kUserIni, kUserText);
     phone.Put(kSystem, kSystemText);
 }
 
@@ -47,7 +46,7 @@ TEST(SaveVersionInfo, AllSevenKeysAreSavedAndTheSourcesAreOnlyRead)
 {
     PhoneImage phone;
     PutSources(phone);
-    const UntouchedFiles sources(phone, {kFactory, kUser, kSystem});
+    const UntouchedFiles sources(phone, {kFactory, kUserIni, kSystem});
     phone.Run("1");
     phone.Expect(kHandOver, kSaved);
     phone.ExpectNothingElseChanged();
@@ -77,7 +76,7 @@ TEST(SaveVersionInfo, RunsOnlyWhenTheFactorySaysOneAndTheUserNothingElseThanZero
         SCOPED_TRACE("factory " + factory + "user " + user);
         PhoneImage phone;
         phone.Put(kFactory, "[Sync]\n" + factory);
-        phone.Put(kUser, "[Feature]\nRingbackTimeout=90\n\n[Sync]\n" + user);
+        phone.Put(kUserIni, "[Feature]\nRingbackTimeout=90\n\n[Sync]\n" + user);
         phone.Run("1");
         if (row.isSaved)
             phone.Expect(kHandOver, "[Features]\nBLFLedOffIdle=\nBLfNotifyType=\nClosePowerLight=\nPowerLedIdle&Talk=\n"
@@ -114,7 +113,7 @@ TEST(SaveVersionInfo, AnExistingHandOverFileStaysWhenTheConditionDoesNotHold)
     PutSources(phone);
     phone.Put(kFactory, "[Sync]\nSyncCfgByVersion=0\n");
     phone.Put(kHandOver, "[Features]\nPowerLedMail=7\n");
-    const UntouchedFiles files(phone, {kFactory, kUser, kSystem, kHandOver});
+    const UntouchedFiles files(phone, {kFactory, kUserIni, kSystem, kHandOver});
     phone.Run("1");
     phone.ExpectNothingElseChanged();
     files.Check();
@@ -124,9 +123,9 @@ TEST(SaveVersionInfo, AnAbsentKeyIsSavedAsAnEmptyOne)
 {
     PhoneImage phone;
     PutSources(phone);
-    phone.Put(kUser, "[Feature]\nRingbackTimeout=90\nPowerLedMail=9\n\n"
-                     "[Features]\nBLFLedOffIdle=1\nBLfNotifyType=0\nClosePowerLight=\nPowerLedIdle&Talk=0\n"
-                     "powerledmail=9\nBLFNotifyType=9\n");
+    phone.Put(kUserIni, "[Feature]\nRingbackTimeout=90\nPowerLedMail=9\n\n"
+                        "[Features]\nBLFLedOffIdle=1\nBLfNotifyType=0\nClosePowerLight=\nPowerLedIdle&Talk=0\n"
+                        "powerledmail=9\nBLFNotifyType=9\n");
     phone.Put(kSystem, "[syslog]\neLogType=3\n\n[Syslog]\nstrServerName=\n");
     phone.Run("1");
     phone.Expect(
@@ -140,7 +139,7 @@ TEST(SaveVersionInfo, MissingSourceFilesGiveEmptyValues)
 {
     PhoneImage phone;
     phone.Put(kFactory, kFactoryText);
-    phone.Put(kUser, "[Feature]\nRingbackTimeout=90\n");
+    phone.Put(kUserIni, "[Feature]\nRingbackTimeout=90\n");
     phone.Run("1");
     phone.Expect(kHandOver, "[Features]\nBLFLedOffIdle=\nBLfNotifyType=\nClosePowerLight=\nPowerLedIdle&Talk=\n"
                             "PowerLedMail=\n\n[Syslog]\neLogType=\nstrServerName=\n");
@@ -151,9 +150,9 @@ TEST(SaveVersionInfo, ValuesAreCopiedAsTextWithoutAnyConversion)
 {
     PhoneImage phone;
     phone.Put(kFactory, kFactoryText);
-    phone.Put(kUser, "[Feature]\r\nRingbackTimeout=90\r\n\r\n"
-                     "[Features]\r\nBLFLedOffIdle=0x1 ; two\r\nBLfNotifyType=\"1\"\r\nClosePowerLight=%d%s\r\n"
-                     "PowerLedIdle&Talk=a=b\xff\xc3\xa4 \t\r\nPowerLedMail=   99999999999\r\n");
+    phone.Put(kUserIni, "[Feature]\r\nRingbackTimeout=90\r\n\r\n"
+                        "[Features]\r\nBLFLedOffIdle=0x1 ; two\r\nBLfNotifyType=\"1\"\r\nClosePowerLight=%d%s\r\n"
+                        "PowerLedIdle&Talk=a=b\xff\xc3\xa4 \t\r\nPowerLedMail=   99999999999\r\n");
     phone.Put(kSystem, "[Syslog]\neLogType=-1\nstrServerName=?[x]");
     phone.Run("1");
     phone.Expect(kHandOver, "[Features]\nBLFLedOffIdle=0x1 ; two\nBLfNotifyType=\"1\"\nClosePowerLight=%d%s\n"
@@ -204,8 +203,8 @@ TEST(SaveVersionInfo, AUserFileThatCannotBeReadKeepsTheLogSettingsFromNothing)
 {
     PhoneImage phone;
     PutSources(phone);
-    phone.Remove(kUser);
-    phone.PutFolder(kUser);
+    phone.Remove(kUserIni);
+    phone.PutFolder(kUserIni);
     phone.Run("1");
     phone.Expect(kHandOver, "[Syslog]\neLogType=3\nstrServerName=syslog.example.com\n");
     phone.ExpectNothingElseChanged();

@@ -45,11 +45,10 @@ TEST(SetDefaultSCALineKeyNumber, AllSeventeenAccountsAreVisitedAndNoOther)
     PhoneImage phone;
     phone.Put("/config/user/user.ini", "[Feature]\nRingbackTimeout=90\n");
     for (int number = 0; number <= 17; ++number)
-        phone.Put("/config/user/voip/sipAccount" + std::to_string(number) + ".cfg", "[account]\n");
+        phone.Put(Account(number), "[account]\n");
     phone.Run(kAnyWord);
     for (int number = 0; number <= 16; ++number)
-        phone.Expect("/config/user/voip/sipAccount" + std::to_string(number) + ".cfg",
-                     "[account]\nSCALineKeyNumber=-1\n");
+        phone.Expect(Account(number), "[account]\nSCALineKeyNumber=-1\n");
     phone.ExpectNothingElseChanged();
 }
 

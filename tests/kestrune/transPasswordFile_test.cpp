@@ -21,7 +21,6 @@ namespace fs = std::filesystem;
 namespace
 {
 
-constexpr char kUserIni[] = "/config/user/user.ini";
 constexpr char kFactoryIni[] = "/phone/factory/user/user.ini";
 constexpr char kList[] = "/phone/resource/encryptconfig.xml";
 constexpr char kWebIni[] = "/config/user/web.ini";

@@ -19,7 +19,6 @@ namespace
 {
 
 constexpr char kTable[] = "/phone/resource/kestrune.xml";
-constexpr char kUserIni[] = "/config/user/user.ini";
 constexpr char kA[] = "/config/a.ini";
 constexpr char kB[] = "/config/b.ini";
 

@@ -15,8 +15,6 @@
 namespace
 {
 
-constexpr char kUser[] = "/config/user/user.ini";
-
 /// Runs one operation on the phone.
 ProcessResult RunOperation(PhoneImage& phone, const std::string& operation)
 {
@@ -117,13 +115,13 @@ TEST(BacklightMinutesToSecondsIfSmall, ValuesUpToFiftyNineAreMultiplied)
         SCOPED_TRACE(row.before);
         PhoneImage phone;
         const std::string text = "[Feature]\nn=1\n[Backlight]\nnBacklightTime=";
-        phone.Put(kUser, text + row.before + "\nkeep=1\n");
-        const UntouchedFiles files(phone, {kUser});
+        phone.Put(kUserIni, text + row.before + "\nkeep=1\n");
+        const UntouchedFiles files(phone, {kUserIni});
         RunOperation(phone, "BacklightMinutesToSecondsIfSmall");
         if (row.after == nullptr)
             files.Check();
         else
-            phone.Expect(kUser, text + row.after + "\nkeep=1\n");
+            phone.Expect(kUserIni, text + row.after + "\nkeep=1\n");
     }
 }
 
@@ -131,24 +129,24 @@ TEST(BacklightMinutesToSecondsIfSmall, AnAbsentTimeCountsAsOneMinute)
 {
     for (const char* before : {"", "[Backlight]\n"}) {
         PhoneImage phone;
-        phone.Put(kUser, before);
+        phone.Put(kUserIni, before);
         RunOperation(phone, "BacklightMinutesToSecondsIfSmall");
-        phone.Expect(kUser, "[Backlight]\nnBacklightTime=60\n");
+        phone.Expect(kUserIni, "[Backlight]\nnBacklightTime=60\n");
     }
     PhoneImage phone;
     phone.PutFolder("/config/user");
     RunOperation(phone, "BacklightMinutesToSecondsIfSmall");
-    phone.Expect(kUser, "[Backlight]\nnBacklightTime=60\n");
+    phone.Expect(kUserIni, "[Backlight]\nnBacklightTime=60\n");
 }
 
 TEST(BacklightMinutesToSecondsIfSmall, WhatCannotBeReadOrMadeIsLeft)
 {
     PhoneImage phone;
     RunOperation(phone, "BacklightMinutesToSecondsIfSmall"); // no folder to write to
-    phone.ExpectMissing(kUser);
-    phone.PutFolder(kUser);
+    phone.ExpectMissing(kUserIni);
+    phone.PutFolder(kUserIni);
     RunOperation(phone, "BacklightMinutesToSecondsIfSmall");
-    EXPECT_TRUE(phone.Has(kUser));
+    EXPECT_TRUE(phone.Has(kUserIni));
 }
 
 TEST(BacklightMinutesToSecondsIfSmall, NoModeCallsIt)
@@ -157,15 +155,15 @@ TEST(BacklightMinutesToSecondsIfSmall, NoModeCallsIt)
     for (const char* mode : {"all", "dev", "pwd", "1", "2", "other"}) {
         SCOPED_TRACE(mode);
         PhoneImage phone;
-        phone.Put(kUser, "[Feature]\nRingbackTimeout=1\n[Backlight]\nnBacklightTime=5\n");
+        phone.Put(kUserIni, "[Feature]\nRingbackTimeout=1\n[Backlight]\nnBacklightTime=5\n");
         phone.Run(mode);
         phone.ExpectNothingElseChanged();
     }
     PhoneImage phone;
     phone.Put("/tmp/VersionInfo.cfg", "");
-    phone.Put(kUser, "[Feature]\nRingbackTimeout=1\n[Backlight]\nnBacklightTime=60\n");
+    phone.Put(kUserIni, "[Feature]\nRingbackTimeout=1\n[Backlight]\nnBacklightTime=60\n");
     phone.Run("2");
-    phone.Expect(kUser, "[Feature]\nRingbackTimeout=1\n[Backlight]\nnBacklightTime=3600\n");
+    phone.Expect(kUserIni, "[Feature]\nRingbackTimeout=1\n[Backlight]\nnBacklightTime=3600\n");
     phone.ExpectNothingElseChanged();
 }
 
@@ -174,9 +172,9 @@ TEST(AllV4XToV50, TranslatesAllSixWithoutAskingTheVersionFile)
     for (const char* version : {"[SyncConfig]\nbEnableFromOld=0\n", "[SyncConfig]\nbEnableFromOld=1\n"}) {
         PhoneImage phone;
         phone.Put("/config/version.ini", version);
-        phone.Put(kUser, "");
+        phone.Put(kUserIni, "");
         PutOldData(phone);
-        const UntouchedFiles others(phone, {kUser, "/config/version.ini", "/config/data/contactData.xml",
+        const UntouchedFiles others(phone, {kUserIni, "/config/version.ini", "/config/data/contactData.xml",
                                             "/config/data/dialplan.xml", "/config/data/dialnow.xml",
                                             "/config/data/dsskey.xml", "/config/data/remotebook.xml"});
         const ProcessResult result = RunOperation(phone, "AllV4XToV50");
@@ -211,7 +209,7 @@ TEST(AllV4XToV50, NoModeCallsIt)
         SCOPED_TRACE(mode);
         PhoneImage phone;
         phone.Put("/config/version.ini", "[SyncConfig]\nbEnableFromOld=0\n");
-        phone.Put(kUser, "[Feature]\nRingbackTimeout=1\n");
+        phone.Put(kUserIni, "[Feature]\nRingbackTimeout=1\n");
         PutOldData(phone);
         const ProcessResult& result = phone.Run(mode);
         EXPECT_THAT(OuterScopes(result.errors), testing::IsEmpty());

@@ -65,6 +65,11 @@ std::string Describe(const fs::directory_entry& entry)
 
 } // namespace
 
+std::string Account(int number)
+{
+    return "/config/user/voip/sipAccount" + std::to_string(number) + ".cfg";
+}
+
 PhoneImage::PhoneImage()
 {
     for (const char* tree : kTrees)

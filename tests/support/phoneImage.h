@@ -11,6 +11,12 @@
 #include "process.h"
 #include "scratchFolder.h"
 
+/// What most whole runs read and write.
+inline constexpr char kUserIni[] = "/config/user/user.ini";
+
+/// @return the path of the account with that number, 0 to 16
+std::string Account(int number);
+
 /// A phone's file system in a scratch folder, and the only place that knows how such a folder appears under the device's
 /// paths: given these files, when the real program runs in a mode, then these files and these reports.
 ///

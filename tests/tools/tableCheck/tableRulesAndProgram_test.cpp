@@ -19,7 +19,6 @@ namespace
 {
 
 constexpr char kTable[] = "/phone/resource/kestrune.xml";
-constexpr char kUserIni[] = "/config/user/user.ini";
 const std::vector<std::string> kFiles = {"/config/a.ini", "/config/b.ini", "/phone/c.ini"};
 const std::vector<std::string> kSections = {"S", "T"};
 const std::vector<std::string> kKeys = {"A", "B", "C"};
