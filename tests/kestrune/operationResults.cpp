@@ -1,8 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// Runs one operation on the device's fixed paths and prints its result, which no mode looks at: tests start it in the
-// sandbox in the program's place. The result is followed by the paths that tracked allocations were given.
+// Runs one operation on the device's fixed paths and prints its result: tests start it in the sandbox in the program's
+// place. No mode calls the operation, or none looks at its result. The result is followed by the paths that tracked
+// allocations were given.
 
 #include <cstdio>
 #include <cstdlib>
@@ -11,6 +12,8 @@
 #include <string_view>
 #include <unistd.h>
 
+#include "allV4XToV50.h"
+#include "migrateVersionSettings.h"
 #include "standardOutput.h"
 #include "trackedNew.h"
 #include "transPasswordFile.h"
@@ -26,7 +29,15 @@ struct Operation {
     int (*run)();
 };
 
+int RunBacklightMinutesToSecondsIfSmall()
+{
+    BacklightMinutesToSecondsIfSmall();
+    return 0; // it has no result
+}
+
 const Operation kOperations[] = {
+    {"AllV4XToV50", &AllV4XToV50},
+    {"BacklightMinutesToSecondsIfSmall", &RunBacklightMinutesToSecondsIfSmall},
     {"TranslateConfigTable", &TranslateConfigTable},
     {"TransPasswordFile", &TransPasswordFile},
     {"TransAllEncryptConfig encipher", [] { return TransAllEncryptConfig(CipherDirection::Encipher); }},

@@ -1,173 +1,321 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// Which passes run in which mode and in which order, and that nothing ends a run before its last pass.
+// Which passes run in which mode and in which order, and that none ends a run before its last. The order is read from the
+// reports and, for the passes that say nothing, from files that are links to one another: each order would leave other
+// bytes.
 
 #include "runSequence.h"
 
-#include <algorithm>
-#include <cstring>
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include "bundledPlatform.h"
-#include "logSocket.h"
-#include "operationResult.h"
 #include "phoneImage.h"
-
-namespace fs = std::filesystem;
 
 namespace
 {
 
 using Lines = std::vector<std::string>;
 
-constexpr char kVersionIni[] = "/config/version.ini";
+constexpr char kSystem[] = "/config/system/system.ini";
+constexpr char kFactory[] = "/phone/factory/user/user.ini";
+constexpr char kHandOver[] = "/tmp/VersionInfo.cfg";
+constexpr char kDirectIP[] = "/config/user/voip/directip.cfg";
+constexpr char kAccount5[] = "/config/user/voip/sipAccount5.cfg";
+constexpr char kAccount16[] = "/config/user/voip/sipAccount16.cfg";
+constexpr char kLineKeys[] = "/config/data/linekey.xml";
+constexpr char kProgramKeys[] = "/config/data/programkey.xml";
 constexpr char kTable[] = "/phone/resource/kestrune.xml";
-constexpr char kFactoryCert[] = "/phone/factory/certs/phoneca/ca.pem";
-constexpr char kUserCert[] = "/config/certs/phoneca/ca.pem";
-constexpr char kSecret[] = "hello, phone";
-const std::string kToken = Enciphered("hello, phone", "NxCtIZlb8N+vWevKAOqtDvzgV0IboWX12AuHSQ");
 
-const Lines kNothing;
-const Lines kTablePass = {"app_log 60/4: No config translate record!"};
-const Lines kTranslators = {"ContactV4XToV50", "DialPlanV4XToV50",  "DialNowV4XToV50",
-                            "DSSKeyV4XToV50",  "DoorPhoneV4XToV50", "RemoteBookV4XToV50"};
-const Lines kCertSync = {"app_log 60/6: Sync cert cp /phone/factory/certs/phoneca/ca.pem /config/certs/phoneca/ca.pem"};
-const Lines kPasswordPass = {"etlTrace 2: Encrypt:(hello, phone)->(" + kToken + ")"};
+const std::string kSixLamps = "[PowerLed]\nPowerLed_Common=0\nPowerLed_Ring=1\nPowerLed_Mail=0\nPowerLed_Mute=0\n"
+                              "PowerLed_HoldHeld=0\nPowerLed_TalkDial=0\n";
 
-Lines operator+(Lines first, const Lines& second)
+/// A phone on which every pass has something to do or to report.
+void PutWorkForEveryPass(PhoneImage& phone)
 {
-    first.insert(first.end(), second.begin(), second.end());
-    return first;
+    phone.Put(kUserIni, "[Features]\nBLFLedOffIdle=1\n");
+    phone.Put(kSystem, "[Syslog]\neLogType=3\nstrServerName=s\n");
+    phone.Put(kFactory, "[Sync]\nSyncCfgByVersion=1\n");
+    phone.Put(kHandOver, "[Features]\nBLfNotifyType=1\nBLFLedOffIdle=1\n[Syslog]\neLogType=2\nstrServerName=t\n");
+    phone.Put(kAccount5, "[account]\ndirectip=1\n");
+    phone.Put("/phone/factory/user/voip/sipAccount16.cfg", "[account]\nLabel=?factory\n");
+    phone.Put(kLineKeys, "<dsskey/>");
+    phone.Put(kTable, "<translate/>");
+    phone.Put("/config/data/contactData.xml", "<contactData/>");
+    phone.Put("/config/data/remotebook.xml", "");
+    phone.Put("/phone/factory/certs/phoneca/root.pem", "certificate");
+    phone.PutFolder("/config/certs/phoneca");
 }
 
-/// A phone on which every pass has something to report or to change.
-class BusyPhone : public PhoneImage
-{
-public:
-    BusyPhone()
-    {
-        Put(kUserIni, UserIni(kSecret, ""));
-        Put("/config/user/voip/sipAccount0.cfg", "[account]\nCancelTimer=60\n");
-        Put("/phone/factory/user/user.ini", "[PhoneSetting]\nEnLock=1\n");
-        Put("/phone/resource/encryptconfig.xml", "<l><e file='/config/user/user.ini' section='Web' key='A'/></l>");
-        Put(kTable, "<table/>");
-        Put(kFactoryCert, "certificate");
-        PutFolder("/config/certs/phoneca");
-    }
-
-    static std::string UserIni(const std::string& secret, const std::string& timeout)
-    {
-        return "[PhoneSetting]\nEnLock=0\n[Web]\nA=" + secret + "\n[Feature]\nx=1\n" + timeout;
-    }
-
-    void ExpectFixUps()
-    {
-        Expect("/config/user/voip/sipAccount0.cfg", "[account]\nCancelTimer=60\nSCALineKeyNumber=-1\n");
-    }
-
-    /// The reports of the last run that tell which pass ran: all but the traces inside a translator.
-    Lines Passes() const
-    {
-        Lines passes;
-        const std::string enter = "chTraceStack: enter ";
-        for (const std::string& report : ReportsWithScopes()) {
-            const std::string name = report.rfind(enter, 0) == 0 ? report.substr(enter.size()) : "";
-            if (std::count(kTranslators.begin(), kTranslators.end(), name) != 0)
-                passes.push_back(name);
-            else if (report.rfind("app_log ", 0) == 0 || report.find("crypt:(") != std::string::npos)
-                passes.push_back(report);
-        }
-        return passes;
-    }
-
-    /// Runs a mode through a shell script in the sandbox, in which "$@" is the program with its argument.
-    ProcessResult RunThrough(const std::string& script, const std::string& mode)
-    {
-        RunWith({}); // remembers the files as they are now
-        std::vector<std::string> command = Command({mode});
-        const auto program = std::find(command.begin(), command.end(), "--") + 1;
-        command.insert(program, {"bash", "-c", script, "bash"});
-        return RunProcess(command, Environment());
-    }
-
-    /// After a run of mode "all", whatever became of its reports.
-    void ExpectAllDone()
-    {
-        Expect(kUserIni, UserIni(kToken, "RingbackTimeout=60\n"));
-        Expect(kUserCert, "certificate");
-        ExpectFixUps();
-        ExpectNothingElseChanged();
-    }
+const Lines kTableReports = {"app_log 60/4: No config translate record!"};
+const Lines kTranslatorReports = {
+    "chTraceStack: enter ContactV4XToV50",
+    "chTraceStack: enter GetV4XContactData",
+    "chTraceStack: leave GetV4XContactData",
+    "etlTrace 2: Contact list is empty !!",
+    "chTraceStack: leave ContactV4XToV50",
+    "chTraceStack: enter DialPlanV4XToV50",
+    "etlTrace 2: The file [/config/data/dialplan.xml] is not found !!",
+    "chTraceStack: leave DialPlanV4XToV50",
+    "chTraceStack: enter DialNowV4XToV50",
+    "etlTrace 2: The file [/config/data/dialnow.xml] is not found !!",
+    "chTraceStack: leave DialNowV4XToV50",
+    "chTraceStack: enter DSSKeyV4XToV50",
+    "etlTrace 2: DSSKey file not exist !",
+    "chTraceStack: leave DSSKeyV4XToV50",
+    "chTraceStack: enter DoorPhoneV4XToV50",
+    "etlTrace 2: DoorPhone file not exist !",
+    "chTraceStack: leave DoorPhoneV4XToV50",
+    "chTraceStack: enter RemoteBookV4XToV50",
+    "etlTrace 2: Fail to load remote phonebook !!",
+    "chTraceStack: leave RemoteBookV4XToV50",
 };
+const Lines kCertificateReports = {
+    "app_log 60/6: Sync cert cp /phone/factory/certs/phoneca/root.pem /config/certs/phoneca/root.pem"};
+const Lines kPasswordReports = {"app_log 60/6: No need trans password file !! Current status [decrypt]"};
+
+Lines Joined(const std::vector<Lines>& parts)
+{
+    Lines lines;
+    for (const Lines& part : parts)
+        lines.insert(lines.end(), part.begin(), part.end());
+    return lines;
+}
+
+/// What the start-up fix-ups leave of the files that they change.
+const std::string kFixedUser = "[Features]\nBLFLedOffIdle=1\n\n[Feature]\nRingbackTimeout=180\n";
+const std::string kFixedAccount5 = "[account]\ndirectip=1\nSCALineKeyNumber=-1\n";
 
 } // namespace
 
-TEST(RunSequence, EachModeRunsItsPassesInOrder)
+TEST(RunSequence, AllAndDevReportTheirPassesInOrder)
 {
-    struct Row {
-        const char* mode;
-        Lines passes;
-    };
-    const Row rows[] = {
-        {"all", kTablePass + kTranslators + kCertSync + kPasswordPass},
-        {"dev", kTablePass + kTranslators + kCertSync},
-        {"pwd", kPasswordPass},
-        {"other", kNothing},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.mode);
-        const std::string mode = row.mode;
-        BusyPhone phone;
+    for (const std::string mode : {"all", "dev"}) {
+        SCOPED_TRACE(mode);
+        PhoneImage phone;
+        PutWorkForEveryPass(phone);
         phone.Run(mode);
-        EXPECT_EQ(phone.Passes(), row.passes);
-        const bool isEnciphered = mode == "all" || mode == "pwd";
-        phone.Expect(kUserIni, BusyPhone::UserIni(isEnciphered ? kToken : kSecret, "RingbackTimeout=60\n"));
-        phone.ExpectFixUps();
-        if (mode == "all" || mode == "dev")
-            phone.Expect(kUserCert, "certificate");
+        EXPECT_EQ(phone.ReportsWithScopes(), Joined({kTableReports, kTranslatorReports, kCertificateReports,
+                                                     mode == "all" ? kPasswordReports : Lines()}));
+        EXPECT_EQ(phone.Output(), Lines({"bEncrypt=0"}));
+        phone.Expect(kUserIni, kFixedUser);
+        phone.Expect(kAccount5, kFixedAccount5);
+        phone.Expect("/config/certs/phoneca/root.pem", "certificate");
         phone.ExpectNothingElseChanged();
     }
 }
 
-TEST(RunSequence, WithoutAModeOnlyTheUsageIsLogged)
+TEST(RunSequence, PwdRunsTheFixUpsAndThePasswordPass)
 {
-    BusyPhone phone;
-    EXPECT_EQ(phone.RunWith({}).exitStatus, 0);
-    EXPECT_EQ(phone.ReportsWithScopes(), (Lines{"app_log 60/6: Usage: ", "#/kestrune [all|dev|pwd]"}));
+    PhoneImage phone;
+    PutWorkForEveryPass(phone);
+    phone.Run("pwd");
+    EXPECT_EQ(phone.ReportsWithScopes(), kPasswordReports);
     EXPECT_THAT(phone.Output(), testing::IsEmpty());
+    phone.Expect(kUserIni, kFixedUser);
+    phone.Expect(kAccount5, kFixedAccount5);
     phone.ExpectNothingElseChanged();
 }
 
-TEST(RunSequence, TheUsageNamesTheProgramAsItWasCalled)
+TEST(RunSequence, OneRunsTheFixUpsTheSyncAndTheExtraction)
 {
-    for (const char* name : {"kestrune", "./bin/my kestrune", "%s%n%d", ""}) {
-        BusyPhone phone;
-        phone.RunWith({});
-        const ProcessResult result = RunProcess(phone.CommandWithName(name, {}), phone.Environment());
-        EXPECT_EQ(result.exitStatus, 0);
-        EXPECT_EQ(result.errors, std::string("app_log 60/6: Usage: \n#") + name + " [all|dev|pwd]\n");
-        EXPECT_EQ(result.output, "");
+    PhoneImage phone;
+    PutWorkForEveryPass(phone);
+    phone.Run("1");
+    EXPECT_THAT(phone.ReportsWithScopes(), testing::IsEmpty());
+    EXPECT_THAT(phone.Output(), testing::IsEmpty());
+    phone.Expect(kUserIni, kFixedUser);
+    phone.Expect(kHandOver, "[Features]\nBLfNotifyType=\nBLFLedOffIdle=1\nClosePowerLight=\nPowerLedIdle&Talk=\n"
+                            "PowerLedMail=\n[Syslog]\neLogType=3\nstrServerName=s\n");
+    phone.Expect(kDirectIP, kFixedAccount5);
+    phone.ExpectMissing(kAccount5);
+    phone.ExpectNothingElseChanged();
+}
+
+TEST(RunSequence, TwoRunsTheFixUpsTheMigrationAndTheRestore)
+{
+    PhoneImage phone;
+    PutWorkForEveryPass(phone);
+    phone.Run("2");
+    EXPECT_THAT(phone.ReportsWithScopes(), testing::IsEmpty());
+    EXPECT_THAT(phone.Output(), testing::IsEmpty());
+    phone.Expect(kUserIni, kFixedUser + "\n[BLFLed]\nBLFLedMode=1\n\n[Backlight]\nnBacklightTime=60\n");
+    phone.Expect(kSystem, "[Syslog]\neLogType=3\nstrServerName=s\nLogType=1\nSyslogServer=t\n");
+    phone.Expect(kAccount5, kFixedAccount5);
+    phone.Expect(kAccount16, "[account]\nLabel=factory\n"); // after the fix-ups, which would have given it a key
+    phone.Expect(kLineKeys, "<?xml version=\"1.0\"?>\n<dsskey />\n");
+    phone.ExpectNothingElseChanged();
+}
+
+TEST(RunSequence, AnyOtherWordRunsTheFixUpsAlone)
+{
+    for (const char* mode :
+         {"",     "0",   "3",    "12",   " 1",    "1 ",     "2\n",    "+1",        "01",      "02",
+          "1.0",  "All", "DEV",  "pwd ", "al",    "alldev", "--help", "--version", "two",     "-h",
+          "help", "ALL", "all ", " all", "all\n", "allx",   "Dev",    "PWD",       "pwd,dev", "%s%n"}) {
+        SCOPED_TRACE(mode);
+        PhoneImage phone;
+        PutWorkForEveryPass(phone);
+        phone.Run(mode);
+        EXPECT_THAT(phone.ReportsWithScopes(), testing::IsEmpty());
+        EXPECT_THAT(phone.Output(), testing::IsEmpty());
+        phone.Expect(kUserIni, kFixedUser);
+        phone.Expect(kAccount5, kFixedAccount5);
         phone.ExpectNothingElseChanged();
     }
 }
 
-TEST(RunSequence, WithoutAnyArgumentNotEvenTheProgramsNameIsNeeded)
+TEST(RunSequence, OnlyTheFirstArgumentIsTheMode)
 {
-    // A kernel may give an empty name to a program that is started without any.
-    if (PhoneImage::IsEmulated())
-        GTEST_SKIP() << "the kernel does not start a program for another machine";
-    BusyPhone phone;
-    phone.RunWith({});
-    const ProcessResult result = RunForResult(phone, "StartWithoutArguments");
-    EXPECT_EQ(result.exitStatus, 0);
-    EXPECT_THAT(result.errors, testing::AnyOf("app_log 60/6: Usage: \n# [all|dev|pwd]\n",
-                                              "app_log 60/6: Usage: \n#(null) [all|dev|pwd]\n"));
-    EXPECT_EQ(result.output, "");
+    PhoneImage phone;
+    PutWorkForEveryPass(phone);
+    EXPECT_EQ(phone.RunWith({"--help", "1"}).exitStatus, 0);
+    phone.Expect(kUserIni, kFixedUser);
+    phone.Expect(kAccount5, kFixedAccount5);
     phone.ExpectNothingElseChanged();
+    EXPECT_EQ(phone.RunWith({"1", "2"}).exitStatus, 0);
+    EXPECT_EQ(phone.Get(kDirectIP), kFixedAccount5);
+    EXPECT_FALSE(phone.Has(kAccount16));
+}
+
+TEST(RunSequence, TheAccountsAreFixedUpBeforeTheRingbackTimeout)
+{
+    PhoneImage phone;
+    phone.Put(kUserIni, "");
+    phone.PutFolder("/config/user/voip");
+    std::filesystem::create_symlink(kUserIni, phone.HostPath("/config/user/voip/sipAccount0.cfg"));
+    phone.Run("other");
+    phone.Expect(kUserIni, "[account]\nSCALineKeyNumber=-1\n\n[Feature]\nRingbackTimeout=180\n");
+    phone.ExpectNothingElseChanged();
+}
+
+TEST(RunSequence, TheTableSeesTheFixUpsAndItsResultsCountForThePassesBehindIt)
+{
+    for (const std::string mode : {"all", "dev"}) {
+        SCOPED_TRACE(mode);
+        PhoneImage phone;
+        PutWorkForEveryPass(phone);
+        // Only after the table the translators are enabled and the two locks are equal.
+        phone.Put("/config/version.ini", "[SyncConfig]\nbEnableFromOld=0\n");
+        phone.Put(kUserIni, "[New]\nEnable=1\nLock=1\n\n[PhoneSetting]\nEnLock=0\n");
+        phone.Put(kFactory, "[PhoneSetting]\nEnLock=1\n");
+        phone.Put(kTable,
+                  "<t><r srcFile='/config/user/user.ini' srcSec='Feature' srcKey='RingbackTimeout' dstSec='New'/>"
+                  "<r srcFile='/config/user/user.ini' srcSec='New' srcKey='Enable' dstFile='/config/version.ini' "
+                  "dstSec='SyncConfig' dstKey='bEnableFromOld'/>"
+                  "<r srcFile='/config/user/user.ini' srcSec='New' srcKey='Lock' dstSec='PhoneSetting' "
+                  "dstKey='EnLock'/></t>");
+        phone.Run(mode);
+        const Lines encrypted = {"app_log 60/6: No need trans password file !! Current status [encrypt]"};
+        EXPECT_EQ(phone.ReportsWithScopes(),
+                  Joined({kTranslatorReports, kCertificateReports, mode == "all" ? encrypted : Lines()}));
+        phone.Expect(kUserIni, "[New]\nEnable=1\nLock=1\nRingbackTimeout=180\n\n[PhoneSetting]\nEnLock=1\n\n"
+                               "[Feature]\nRingbackTimeout=180\n");
+    }
+}
+
+TEST(RunSequence, ThePasswordPassSeesTheFixUps)
+{
+    PhoneImage phone;
+    phone.Put(kUserIni, "");
+    phone.Put(kFactory, "[PhoneSetting]\nEnLock=1\n");
+    phone.Put("/phone/resource/encryptconfig.xml",
+              "<list><entry file='/config/user/user.ini' section='Feature' key='RingbackTimeout'/></list>");
+    phone.Run("pwd");
+    ASSERT_EQ(phone.Reports().size(), 1u);
+    EXPECT_THAT(phone.Reports().front(), testing::StartsWith("etlTrace 2: Encrypt:(180)->("));
+}
+
+TEST(RunSequence, OneSavesTheSettingsAfterTheFixUpsAndBeforeTheAccountGoes)
+{
+    PhoneImage phone;
+    phone.Put(kUserIni, "[Features]\nPowerLedMail=1\n");
+    phone.Put(kFactory, "[Sync]\nSyncCfgByVersion=1\n");
+    phone.Put("/config/user/voip/sipAccount2.cfg", "");
+    phone.Put(kAccount5, "[account]\ndirectip=1\n[Syslog]\neLogType=3\nstrServerName=s\n");
+    phone.PutFolder("/config/system");
+    std::filesystem::create_symlink(kAccount5, phone.HostPath(kSystem));
+    std::filesystem::create_symlink("/config/user/voip/sipAccount2.cfg", phone.HostPath(kHandOver));
+    phone.Run("1");
+    phone.Expect(kUserIni, "[Features]\nPowerLedMail=1\n\n[Feature]\nRingbackTimeout=180\n");
+    phone.Expect("/config/user/voip/sipAccount2.cfg",
+                 "[account]\nSCALineKeyNumber=-1\n\n"
+                 "[Features]\nBLFLedOffIdle=\nBLfNotifyType=\nClosePowerLight=\nPowerLedIdle&Talk=\nPowerLedMail=1\n\n"
+                 "[Syslog]\neLogType=3\nstrServerName=s\n");
+    phone.Expect(kDirectIP, "[account]\ndirectip=1\nSCALineKeyNumber=-1\n[Syslog]\neLogType=3\nstrServerName=s\n");
+    phone.ExpectMissing(kAccount5);
+    phone.ExpectNothingElseChanged();
+}
+
+TEST(RunSequence, TwoMigratesBeforeItRestoresTheAccount)
+{
+    // Account 5 is a link to the direct-IP file, so what the migration writes there reaches account 16.
+    PhoneImage phone;
+    phone.Put(kHandOver, "[Features]\nClosePowerLight=1\n");
+    phone.Put(kUserIni, "");
+    phone.Put(kDirectIP, "[account]\nSCALineKeyNumber=2\n");
+    std::filesystem::create_symlink("directip.cfg", phone.HostPath(kAccount5));
+    phone.Run("2");
+    phone.Expect(kUserIni, "[Feature]\nRingbackTimeout=180\n\n" + kSixLamps + "\n[Backlight]\nnBacklightTime=60\n");
+    phone.Expect(kAccount16, "[account]\nSCALineKeyNumber=2\n\n[CallCenter]\nbEnableQueueStatusLight=0\n");
+    phone.ExpectMissing(kDirectIP);
+    phone.ExpectNothingElseChanged();
+}
+
+TEST(RunSequence, TheStepsOfTheMigrationFollowOneAnother)
+{
+    // Each new section goes to the end of the file, so the sections stand in the order of the steps.
+    PhoneImage phone;
+    phone.Put(kHandOver, "[Features]\nBLFLedOffIdle=1\nBLfNotifyType=0\nClosePowerLight=1\n");
+    phone.Put(kUserIni, "");
+    phone.Run("2");
+    phone.Expect(kUserIni, "[Feature]\nRingbackTimeout=180\n\n[BLFLed]\nBLFLedMode=2\n\n" + kSixLamps +
+                               "\n[Backlight]\nnBacklightTime=60\n");
+    phone.ExpectNothingElseChanged();
+}
+
+TEST(RunSequence, TheKeyLayoutsComeBehindTheBacklightAndBeforeTheSystemLog)
+{
+    // The INI files are links to key layouts. Saving a layout drops what stands behind its root element: sections that were
+    // added before it, and not those that are added after it.
+    PhoneImage phone;
+    phone.Put(kHandOver, "[Features]\nBLFLedOffIdle=1\nBLfNotifyType=0\nClosePowerLight=1\n\n"
+                         "[Syslog]\neLogType=3\nstrServerName=s\n");
+    phone.Put(kLineKeys, "<dsskey/>\n");
+    phone.Put(kProgramKeys, "<programkey/>\n");
+    phone.PutFolder("/config/user");
+    phone.PutFolder("/config/system");
+    std::filesystem::create_symlink(kLineKeys, phone.HostPath(kUserIni));
+    std::filesystem::create_symlink(kProgramKeys, phone.HostPath(kSystem));
+    phone.Run("2");
+    phone.Expect(kLineKeys, "<?xml version=\"1.0\"?>\n<dsskey />\n");
+    phone.Expect(kProgramKeys, "<?xml version=\"1.0\"?>\n<programkey />\n\n[Syslog]\nLogType=2\nSyslogServer=s\n");
+    phone.ExpectNothingElseChanged();
+}
+
+TEST(RunSequence, TheQueueStatusLightIsWrittenAtOnceAndThePowerLightAtItsFlush)
+{
+    // Account 0 is a link to user.ini: neither change is lost, and the account's comes first.
+    PhoneImage phone;
+    phone.Put(kHandOver, "[Features]\nClosePowerLight=1\n");
+    phone.Put(kUserIni, "");
+    phone.PutFolder("/config/user/voip");
+    std::filesystem::create_symlink(kUserIni, phone.HostPath("/config/user/voip/sipAccount0.cfg"));
+    phone.Run("2");
+    phone.Expect(kUserIni, "[account]\nSCALineKeyNumber=-1\n\n[Feature]\nRingbackTimeout=180\n\n"
+                           "[CallCenter]\nbEnableQueueStatusLight=0\n\n" +
+                               kSixLamps + "\n[Backlight]\nnBacklightTime=60\n");
+    phone.ExpectNothingElseChanged();
+}
+
+TEST(RunSequence, OnAnEmptyPhoneNothingIsWritten)
+{
+    for (const char* mode : {"all", "dev", "pwd", "other"}) {
+        PhoneImage phone;
+        phone.Run(mode);
+        phone.ExpectNothingElseChanged();
+    }
 }
 
 TEST(RunSequence, AnArgumentCountBelowTwoIsTheUsageAndNothingElse)
@@ -193,218 +341,4 @@ TEST(RunSequence, AnArgumentCountBelowTwoIsTheUsageAndNothingElse)
         EXPECT_EQ(testing::internal::GetCapturedStderr(),
                   std::string("app_log 60/6: Usage: \n#") + row.printed + " [all|dev|pwd]\n");
     }
-}
-
-TEST(RunSequence, AnyOtherWordRunsTheFixUpsAlone)
-{
-    for (const char* word : {"--help", "-h", "help", "ALL", "All", "all ", " all", "all\n", "allx", "al", "", "Dev",
-                             "PWD", "pwd,dev", "0", "3", "01", "12", "%s%n"}) {
-        SCOPED_TRACE(word);
-        BusyPhone phone;
-        phone.Run(word);
-        EXPECT_THAT(phone.ReportsWithScopes(), testing::IsEmpty());
-        EXPECT_THAT(phone.Output(), testing::IsEmpty());
-        phone.Expect(kUserIni, BusyPhone::UserIni(kSecret, "RingbackTimeout=60\n"));
-        phone.ExpectFixUps();
-        phone.ExpectNothingElseChanged();
-    }
-}
-
-TEST(RunSequence, ModesOneAndTwoBeginWithTheFixUps)
-{
-    for (const char* mode : {"1", "2"}) {
-        BusyPhone phone;
-        phone.Run(mode);
-        EXPECT_EQ(phone.Get("/config/user/voip/sipAccount0.cfg"), "[account]\nCancelTimer=60\nSCALineKeyNumber=-1\n");
-        EXPECT_NE(phone.Get(kUserIni).find("[Feature]\nx=1\nRingbackTimeout=60\n"), std::string::npos);
-        EXPECT_FALSE(phone.Has(kUserCert));
-    }
-}
-
-TEST(RunSequence, ArgumentsBehindTheModeAreIgnored)
-{
-    BusyPhone all;
-    EXPECT_EQ(all.RunWith({"all", "pwd", "--help", ""}).exitStatus, 0);
-    EXPECT_EQ(all.Passes(), kTablePass + kTranslators + kCertSync + kPasswordPass);
-
-    BusyPhone other;
-    EXPECT_EQ(other.RunWith({"--help", "all"}).exitStatus, 0);
-    EXPECT_THAT(other.Passes(), testing::IsEmpty());
-}
-
-TEST(RunSequence, TheXmlTranslationsRunUnlessTheyAreSwitchedOff)
-{
-    struct Row {
-        const char* versionIni; // null: no such file
-        bool isEnabled;
-    };
-    const Row rows[] = {
-        {nullptr, true},
-        {"", true},
-        {"[SyncConfig]\n", true},
-        {"[Other]\nbEnableFromOld=0\n", true},
-        {"[SyncConfig]\nBEnableFromOld=0\n", true},
-        {"[SyncConfig]\nbEnableFromOld=1\n", true},
-        {"[SyncConfig]\nbEnableFromOld=2\n", true},
-        {"[SyncConfig]\nbEnableFromOld=-1\n", true},
-        {"[SyncConfig]\nbEnableFromOld=99999999999\n", true},
-        {"[SyncConfig]\nbEnableFromOld=0\n", false},
-        {"[SyncConfig]\nbEnableFromOld=000\n", false},
-        {"[SyncConfig]\nbEnableFromOld=\n", false},
-        {"[SyncConfig]\nbEnableFromOld=yes\n", false},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.versionIni == nullptr ? "no file" : row.versionIni);
-        for (const std::string mode : {"all", "dev"}) {
-            BusyPhone phone;
-            if (row.versionIni != nullptr)
-                phone.Put(kVersionIni, row.versionIni);
-            phone.Run(mode);
-            EXPECT_EQ(phone.Passes(), kTablePass + (row.isEnabled ? kTranslators : kNothing) + kCertSync +
-                                          (mode == "all" ? kPasswordPass : kNothing));
-        }
-    }
-}
-
-TEST(RunSequence, SwitchedOffTranslationsTouchNoXmlFile)
-{
-    PhoneImage phone;
-    phone.PutExamplePhone();
-    phone.Put(kVersionIni, "[SyncConfig]\nbEnableFromOld=0\n");
-    phone.Run("all");
-    for (const char* made : {"contact_list.xml", "contact_group_list.xml", "DialPlan.xml", "DialNow.xml", "memkey.xml",
-                             "remote_phonebook_list.xml"})
-        EXPECT_FALSE(phone.Has(std::string("/config/data/") + made)) << made;
-    PhoneImage before;
-    before.PutExamplePhone();
-    EXPECT_EQ(phone.Get("/config/data/doorphonedata.xml"), before.Get("/config/data/doorphonedata.xml"));
-}
-
-TEST(RunSequence, TheSwitchIsReadAfterTheTablePass)
-{
-    BusyPhone phone;
-    phone.Put(kVersionIni, "[SyncConfig]\nbEnableFromOld=1\n[Off]\nbEnableFromOld=0\n");
-    phone.Put(kTable,
-              "<t><r srcFile='/config/version.ini' srcSec='Off' srcKey='bEnableFromOld' dstSec='SyncConfig'/></t>");
-    phone.Run("dev");
-    EXPECT_EQ(phone.Passes(), kCertSync);
-}
-
-TEST(RunSequence, TheTablePassSeesWhatTheFixUpsWrote)
-{
-    BusyPhone phone;
-    phone.Put(kTable,
-              "<t><r srcFile='/config/user/user.ini' srcSec='Feature' srcKey='RingbackTimeout' dstKey='Copy'/></t>");
-    phone.Run("dev");
-    EXPECT_EQ(phone.Get(kUserIni), BusyPhone::UserIni(kSecret, "RingbackTimeout=60\nCopy=60\n"));
-}
-
-TEST(RunSequence, AFailingPassDoesNotStopTheNext)
-{
-    BusyPhone phone;
-    phone.Put(kTable, "<t><r srcFile='/config/missing.ini' srcSec='S' srcKey='K'/></t>");
-    phone.PutFolder("/config/data/contactData.xml");
-    phone.Put("/config/data/dialplan.xml", "no XML");
-    phone.Put("/phone/factory/certs/phoneca/folder/file", "");
-    phone.Run("all");
-    EXPECT_THAT(phone.Output(), testing::Contains("Can's load user's inifile!"));
-    EXPECT_THAT(phone.Passes(), testing::IsSupersetOf(kTranslators + kCertSync + kPasswordPass));
-    phone.Expect(kUserIni, BusyPhone::UserIni(kToken, "RingbackTimeout=60\n"));
-}
-
-TEST(RunSequence, OnAnEmptyPhoneNothingIsWritten)
-{
-    for (const char* mode : {"all", "dev", "pwd", "other"}) {
-        PhoneImage phone;
-        phone.Run(mode);
-        phone.ExpectNothingElseChanged();
-    }
-}
-
-TEST(RunSequence, ReportsThatGoNowhereChangeNothing)
-{
-    const char* scripts[] = {
-        "exec \"$@\" >&-",
-        "exec \"$@\" 2>&-",
-        "exec \"$@\" <&- >&- 2>&-",
-        "exec \"$@\" >/dev/full",
-        "exec \"$@\" 2>/dev/full",
-        "exec \"$@\" >/dev/full 2>&1",
-        // A pipe whose reader has gone before the first line is written.
-        "exec 3> >(exec true); wait $!; exec \"$@\" >&3",
-        "exec 3> >(exec true); wait $!; exec \"$@\" >&3 2>&3",
-    };
-    for (const char* script : scripts) {
-        SCOPED_TRACE(script);
-        BusyPhone phone;
-        EXPECT_EQ(phone.RunThrough(script, "all").exitStatus, 0);
-        phone.ExpectAllDone();
-    }
-}
-
-TEST(RunSequence, LongOutputIntoAPipeWithoutReaderChangesNothing)
-{
-    BusyPhone phone;
-    std::string records;
-    for (int number = 0; number < 2000; ++number)
-        records += "<r srcFile='/config/user/user.ini' srcSec='Web' srcKey='A'/>";
-    phone.Put(kTable, "<t>" + records + "</t>");
-    EXPECT_EQ(phone.RunThrough("exec 3> >(exec true); wait $!; exec \"$@\" >&3", "all").exitStatus, 0);
-    phone.ExpectAllDone();
-}
-
-TEST(RunSequence, RunningOutOfMemoryEndsThePassThatMetItAlone)
-{
-#if defined(__SANITIZE_ADDRESS__)
-    GTEST_SKIP() << "the sanitizer itself needs more address space than the test leaves";
-#endif
-    if (PhoneImage::IsEmulated())
-        GTEST_SKIP() << "the emulator itself needs more address space than the test leaves";
-    constexpr char kLarge[] = "/config/user/voip/sipAccount16.cfg";
-    BusyPhone phone;
-    phone.RunWith({});
-    phone.Put(kLarge, "");
-    fs::resize_file(phone.HostPath(kLarge), std::uintmax_t{4} << 20); // the largest file that is read at all
-    std::vector<std::string> command = phone.Command({"all"});
-    const auto program = std::find(command.begin(), command.end(), "--") + 1;
-    command.insert(program, {"bash", "-c", "ulimit -d 3000; exec \"$@\"", "bash"}); // KiB for data
-    EXPECT_EQ(RunProcess(command, phone.Environment()).exitStatus, 0);
-    phone.Remove(kLarge);
-
-    // The first fix-up met the large file first and got no further; all passes after it ran.
-    phone.Expect(kUserIni, BusyPhone::UserIni(kToken, "RingbackTimeout=60\n"));
-    phone.Expect(kUserCert, "certificate");
-    phone.ExpectNothingElseChanged();
-}
-
-TEST(RunSequence, TheApplicationLogReachesTheSystemLogAndTracesNeverDo)
-{
-    const ScratchFolder folder;
-    const LogSocket log(folder.Path("log"));
-    BusyPhone phone;
-    phone.AddSandboxOptions({"--bind", folder.Path("log"), "/dev/log"});
-    phone.Run("all");
-    EXPECT_THAT(phone.Reports(), testing::IsSupersetOf(kPasswordPass));
-    EXPECT_THAT(log.Messages(), testing::ElementsAre("<12>kestrune: No config translate record!\n",
-                                                     "<14>kestrune: Sync cert cp /phone/factory/certs/phoneca/ca.pem "
-                                                     "/config/certs/phoneca/ca.pem\n",
-                                                     "<12>kestrune: no cipher key /phone/factory/certs/pwcipher.key: "
-                                                     "passwords are not protected"));
-
-    phone.RunWith({});
-    EXPECT_THAT(log.Messages(), testing::ElementsAre("<14>kestrune: Usage: \n#/kestrune [all|dev|pwd]\n"));
-}
-
-TEST(RunSequence, WithoutStandardErrorTracesDoNotEndInTheSystemLog)
-{
-    // The connection to the system log would get the number of standard error, and the secrets would follow it.
-    const ScratchFolder folder;
-    const LogSocket log(folder.Path("log"));
-    BusyPhone phone;
-    phone.AddSandboxOptions({"--bind", folder.Path("log"), "/dev/log"});
-    EXPECT_EQ(phone.RunThrough("exec \"$@\" 2>&-", "all").exitStatus, 0);
-    phone.ExpectAllDone();
-    EXPECT_THAT(log.Messages(),
-                testing::ElementsAre(testing::HasSubstr("Usage"), testing::HasSubstr("No config translate"),
-                                     testing::HasSubstr("Sync cert"), testing::HasSubstr("no cipher key")));
 }

@@ -10,16 +10,19 @@
 #include <gtest/gtest.h>
 #include <new>
 #include <set>
+#include <sstream>
 
 #include "contactV4XToV50.h"
 #include "dialNowV4XToV50.h"
 #include "dialPlanV4XToV50.h"
 #include "doorPhoneV4XToV50.h"
 #include "dssKeyV4XToV50.h"
+#include "operationResult.h"
 #include "phoneImage.h"
 #include "remoteBookV4XToV50.h"
 #include "scratchFolder.h"
 #include "trackedNew.h"
+#include "untouchedFiles.h"
 
 namespace
 {
@@ -80,135 +83,64 @@ constexpr char kOldKeys[] = "<DssKey><Item Type='BLF'/></DssKey>";
 constexpr char kOldDoorPhones[] = "<DoorPhone><item title='t'/></DoorPhone>";
 constexpr char kOldBooks[] = "<RemotePhoneBook><item/><item/><item/><item/></RemotePhoneBook>";
 
-/// A phone with all six old files, on which a run changes nothing but XML data.
-void PutOldFiles(PhoneImage& phone)
+/// A root element in the way in which the XML library saves it, with one line for each child element.
+std::string Root(const std::string& name, const std::vector<std::string>& children)
 {
-    phone.Put("/config/user/user.ini", "[Feature]\nRingbackTimeout=180\n");
-    phone.Put("/config/data/contactData.xml", kOldContacts);
-    phone.Put("/config/data/dialplan.xml", kOldPlan);
-    phone.Put("/config/data/dialnow.xml", kOldRules);
-    phone.Put("/config/data/dsskey.xml", kOldKeys);
-    phone.Put("/config/data/doorphonedata.xml", kOldDoorPhones);
-    phone.Put("/config/data/remotebook.xml", kOldBooks);
+    std::string text = "<" + name + ">\n";
+    for (const std::string& child : children)
+        text += "    <" + child + " />\n";
+    return text + "</" + name + ">\n";
 }
 
-void ExpectNewFilesBesideContacts(PhoneImage& phone, const std::string& doorPhoneName)
+void PutOldData(PhoneImage& phone)
 {
-    phone.Expect("/config/data/DialPlan.xml",
-                 "<dialRule>\n    <data rule=\"1\" replace=\"\" lines=\"\" />\n</dialRule>\n");
-    phone.Expect("/config/data/DialNow.xml", "<dialNow>\n    <data rule=\"1\" lines=\"\" />\n</dialNow>\n");
-    phone.Expect("/config/data/memkey.xml",
-                 "<dsskey>\n    <item type=\"BLF\">\n        <itemdata line=\"-1\" value=\"\""
-                 " label=\"\" extension=\"\" />\n    </item>\n</dsskey>\n");
-    phone.Expect("/config/data/doorphonedata.xml",
-                 "<DoorPhone>\n    <item id_name=\"" + doorPhoneName +
-                     "\" device_model=\"0\" display_name=\"\" phone_number=\"\" unlock_pin=\"\" send_audio=\"1\""
-                     " send_video=\"1\" full_screen=\"1\" />\n</DoorPhone>\n");
-    phone.Expect("/config/data/remote_phonebook_list.xml",
-                 "<root_remote_phonebook>\n    <item />\n    <item />\n    <item />\n    <item />\n"
-                 "    <item name=\"\" url=\"\" />\n    <item name=\"\" url=\"\" />\n</root_remote_phonebook>\n");
+    phone.Put("/config/data/contactData.xml",
+              "<contactData><group sGroupName=\"Sales\"><contact sLocalRename=\"Ann\" "
+              "sOfficeNumber=\"201\" sImagePath=\"/rundata/a.png\"/></group></contactData>");
+    phone.Put("/config/data/dialplan.xml", "<DialRule><Data Prefix=\"9\" Replace=\"00\" Account=\"1\"/></DialRule>");
+    phone.Put("/config/data/dialnow.xml", "<DialNow><Data DialNowRule=\"1xx\" Account=\"2\"/></DialNow>");
+    phone.Put("/config/data/dsskey.xml", "<DssKey><Item Type=\"N/A\"/></DssKey>");
+    phone.Put("/config/data/doorphonedata.xml",
+              "<DoorPhone><item title=\"Gate\"><DeviceModel>2N</DeviceModel></item></DoorPhone>");
+    phone.Put("/config/data/remotebook.xml", "<RemotePhoneBook/>");
 }
 
-void ExpectNewContacts(PhoneImage& phone)
+void ExpectNewData(PhoneImage& phone)
 {
-    phone.Expect(
-        "/config/data/contact_list.xml",
-        "<root_contact>\n    <contact display_name=\"a\" office_number=\"\" mobile_number=\"\" other_number=\"\""
-        " line=\"0\" ring=\"\" group_id_name=\"2\" default_photo=\"\" />\n</root_contact>\n");
+    phone.Expect("/config/data/contact_list.xml",
+                 Root("root_contact", {"contact display_name=\"Ann\" office_number=\"201\" mobile_number=\"\" "
+                                       "other_number=\"\" line=\"0\" ring=\"\" group_id_name=\"2\" "
+                                       "default_photo=\"/data/a.png\""}));
     phone.Expect("/config/data/contact_group_list.xml",
-                 "<root_group>\n    <group id_name=\"0\" display_name=\"All\" ring=\"\" read_only=\"1\" />\n"
-                 "    <group id_name=\"2\" display_name=\"g\" ring=\"\" read_only=\"0\" />\n"
-                 "    <group id_name=\"1\" display_name=\"Black List\" ring=\"\" read_only=\"1\" />\n</root_group>\n");
+                 Root("root_group", {"group id_name=\"0\" display_name=\"All\" ring=\"\" read_only=\"1\"",
+                                     "group id_name=\"2\" display_name=\"Sales\" ring=\"\" read_only=\"0\"",
+                                     "group id_name=\"1\" display_name=\"Black List\" ring=\"\" read_only=\"1\""}));
+    phone.Expect("/config/data/DialPlan.xml", Root("dialRule", {"data rule=\"9\" replace=\"00\" lines=\"1\""}));
+    phone.Expect("/config/data/DialNow.xml", Root("dialNow", {"data rule=\"1xx\" lines=\"2\""}));
+    phone.Expect("/config/data/memkey.xml", Root("dsskey", {"item type=\"N/A\""}));
+    phone.Expect("/config/data/doorphonedata.xml",
+                 Root("DoorPhone", {"item id_name=\"Gate\" device_model=\"1\" display_name=\"\" phone_number=\"\" "
+                                    "unlock_pin=\"\" send_audio=\"1\" send_video=\"1\" full_screen=\"1\""}));
+    phone.Expect("/config/data/remote_phonebook_list.xml",
+                 Root("root_remote_phonebook", std::vector<std::string>(6, "item name=\"\" url=\"\"")));
 }
 
-/// The scopes and data traces of the last run.
-std::vector<std::string> TranslatorReports(const PhoneImage& phone)
+/// The outermost scopes of a run's reports, in their order.
+std::vector<std::string> OuterScopes(const std::string& errors)
 {
-    std::vector<std::string> reports;
-    for (const std::string& line : phone.ReportsWithScopes()) {
-        if (line.rfind("chTraceStack: ", 0) == 0 || line.rfind("etlTrace 2: ", 0) == 0)
-            reports.push_back(line);
+    std::vector<std::string> names;
+    std::istringstream stream(errors);
+    int depth = 0;
+    for (std::string line; std::getline(stream, line);) {
+        if (line.rfind("chTraceStack: enter ", 0) == 0 && depth++ == 0)
+            names.push_back(line.substr(20));
+        else if (line.rfind("chTraceStack: leave ", 0) == 0)
+            --depth;
     }
-    return reports;
+    return names;
 }
 
 } // namespace
-
-TEST(XmlDataOfARun, TheSixFollowEachOtherInTheirOrder)
-{
-    for (const char* mode : {"dev", "all"}) {
-        PhoneImage phone;
-        phone.Run(mode);
-        EXPECT_EQ(TranslatorReports(phone), kReportsWithoutFiles) << mode;
-    }
-}
-
-TEST(XmlDataOfARun, EveryOldFileBecomesItsNewOne)
-{
-    PhoneImage phone;
-    PutOldFiles(phone);
-    phone.Run("dev");
-    ExpectNewContacts(phone);
-    ExpectNewFilesBesideContacts(phone, "t");
-    phone.ExpectNothingElseChanged();
-
-    // Again: only the door phones, which have no old form any more, come out otherwise.
-    phone.Run("dev");
-    ExpectNewContacts(phone);
-    ExpectNewFilesBesideContacts(phone, "");
-    phone.ExpectNothingElseChanged();
-}
-
-TEST(XmlDataOfARun, OneThatFailsDoesNotStopTheNext)
-{
-    PhoneImage phone;
-    PutOldFiles(phone);
-    phone.Put("/config/data/contactData.xml", "<contactData>");
-    phone.Run("dev");
-    ExpectNewFilesBesideContacts(phone, "t");
-    phone.ExpectNothingElseChanged();
-}
-
-TEST(XmlDataOfARun, SwitchedOffNoFileIsTouched)
-{
-    PhoneImage phone;
-    PutOldFiles(phone);
-    phone.Put("/config/version.ini", "[SyncConfig]\nbEnableFromOld=0\n");
-    phone.Run("dev");
-    phone.ExpectNothingElseChanged();
-    EXPECT_THAT(TranslatorReports(phone), testing::IsEmpty());
-}
-
-TEST(XmlDataOfARun, WhateverIsNotZeroSwitchesOn)
-{
-    for (const char* text : {"[SyncConfig]\nbEnableFromOld=1\n", "[SyncConfig]\nbEnableFromOld=-1\n", "[SyncConfig]\n",
-                             "[Sync]\nbEnableFromOld=0\n"}) {
-        SCOPED_TRACE(text);
-        PhoneImage phone;
-        PutOldFiles(phone);
-        phone.Put("/config/version.ini", text);
-        phone.Run("dev");
-        ExpectNewContacts(phone);
-        ExpectNewFilesBesideContacts(phone, "t");
-        phone.ExpectNothingElseChanged();
-    }
-}
-
-TEST(XmlDataOfARun, OtherModesTouchNoXmlFile)
-{
-    for (const char* mode : {"pwd", "1", "2", "Dev"}) {
-        SCOPED_TRACE(mode);
-        PhoneImage phone;
-        PutOldFiles(phone);
-        phone.Run(mode);
-        for (const char* path :
-             {"contactData.xml", "dialplan.xml", "dialnow.xml", "dsskey.xml", "doorphonedata.xml", "remotebook.xml"})
-            EXPECT_TRUE(phone.Has(std::string("/config/data/") + path)) << path;
-        phone.Expect("/config/data/doorphonedata.xml", kOldDoorPhones);
-        EXPECT_FALSE(phone.Has("/config/data/contact_list.xml"));
-        EXPECT_THAT(TranslatorReports(phone), testing::Not(testing::Contains(testing::HasSubstr("V4X"))));
-    }
-}
 
 TEST(AllV4XToV50, RunsTheSixInOrderAndGivesTheLastOnesResult)
 {
@@ -222,7 +154,57 @@ TEST(AllV4XToV50, RunsTheSixInOrderAndGivesTheLastOnesResult)
     EXPECT_EQ(testing::internal::GetCapturedStderr(), expected);
 }
 
-TEST(WithoutMemory, AFileWhoseElementCannotBeMadeIsNotSaved)
+TEST(AllV4XToV50, TranslatesAllSixWithoutAskingTheVersionFile)
+{
+    for (const char* version : {"[SyncConfig]\nbEnableFromOld=0\n", "[SyncConfig]\nbEnableFromOld=1\n"}) {
+        PhoneImage phone;
+        phone.Put("/config/version.ini", version);
+        phone.Put(kUserIni, "");
+        PutOldData(phone);
+        const UntouchedFiles others(phone, {kUserIni, "/config/version.ini", "/config/data/contactData.xml",
+                                            "/config/data/dialplan.xml", "/config/data/dialnow.xml",
+                                            "/config/data/dsskey.xml", "/config/data/remotebook.xml"});
+        const ProcessResult result = RunForResult(phone, "AllV4XToV50");
+        EXPECT_THAT(ResultOf(result), testing::StartsWith("result 1\n"));
+        EXPECT_THAT(OuterScopes(result.errors),
+                    testing::ElementsAre("ContactV4XToV50", "DialPlanV4XToV50", "DialNowV4XToV50", "DSSKeyV4XToV50",
+                                         "DoorPhoneV4XToV50", "RemoteBookV4XToV50"));
+        ExpectNewData(phone);
+        others.Check();
+    }
+}
+
+TEST(AllV4XToV50, TheResultIsThatOfTheRemotePhoneBooksAlone)
+{
+    PhoneImage without;
+    PutOldData(without);
+    without.Remove("/config/data/remotebook.xml");
+    EXPECT_THAT(ResultOf(RunForResult(without, "AllV4XToV50")), testing::StartsWith("result 0\n"));
+    EXPECT_TRUE(without.Has("/config/data/memkey.xml"));
+
+    PhoneImage only;
+    only.Put("/config/data/remotebook.xml", "<RemotePhoneBook/>");
+    EXPECT_THAT(ResultOf(RunForResult(only, "AllV4XToV50")), testing::StartsWith("result 1\n"));
+    EXPECT_TRUE(only.Has("/config/data/remote_phonebook_list.xml"));
+    EXPECT_FALSE(only.Has("/config/data/memkey.xml"));
+}
+
+TEST(AllV4XToV50, NoModeCallsIt)
+{
+    // With the version file's switch off, it alone would translate.
+    for (const char* mode : {"all", "dev", "pwd", "1", "2", "other"}) {
+        SCOPED_TRACE(mode);
+        PhoneImage phone;
+        phone.Put("/config/version.ini", "[SyncConfig]\nbEnableFromOld=0\n");
+        phone.Put(kUserIni, "[Feature]\nRingbackTimeout=1\n");
+        PutOldData(phone);
+        const ProcessResult& result = phone.Run(mode);
+        EXPECT_THAT(OuterScopes(result.errors), testing::IsEmpty());
+        phone.ExpectNothingElseChanged();
+    }
+}
+
+TEST(AllV4XToV50WithoutMemory, AFileWhoseElementCannotBeMadeIsNotSaved)
 {
     struct Row {
         const char* name;
@@ -252,7 +234,7 @@ TEST(WithoutMemory, AFileWhoseElementCannotBeMadeIsNotSaved)
     }
 }
 
-TEST(WithoutMemory, AContactListThatIsSavedStays)
+TEST(AllV4XToV50WithoutMemory, AContactListThatIsSavedStays)
 {
     constexpr int kContactElements = 2; // the root and a contact
     constexpr int kGroupElements = 4;   // the root and three groups
@@ -274,7 +256,7 @@ TEST(WithoutMemory, AContactListThatIsSavedStays)
     }
 }
 
-TEST(TrackedAllocation, EveryNewElementIsMadeForTheTranslatorsFolder)
+TEST(AllV4XToV50TrackedAllocation, EveryNewElementIsMadeForTheTranslatorsFolder)
 {
     struct Row {
         const char* name;

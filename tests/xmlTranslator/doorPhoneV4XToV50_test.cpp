@@ -325,7 +325,8 @@ TEST(GetDoorPhoneModelIndex, AnUnknownNameCountsAsTheFirstModel)
     };
     const Row rows[] = {
         {"Mobotix", 0}, {"2N", 1},      {"Linkcom", 2}, {"Custom", 3},   {nullptr, 0},  {"", 0},
-        {"custom", 0},  {"Custom ", 0}, {" 2N", 0},     {"Linkcom2", 0}, {"Linkco", 0},
+        {"custom", 0},  {"Custom ", 0}, {" 2N", 0},     {"Linkcom2", 0}, {"Linkco", 0}, {"2n", 0},
+        {"LINKCOM", 0}, {"2N\n", 0},    {"2N\t", 0},    {"1", 0},        {"3", 0},
     };
     for (const Row& row : rows)
         EXPECT_EQ(GetDoorPhoneModelIndex(row.name), row.number) << (row.name == nullptr ? "null" : row.name);

@@ -94,7 +94,7 @@ ProcessResult RunWithin(const std::string& seconds, const PhoneImage& phone, con
 
 } // namespace
 
-TEST(SystemLog, TheSystemLogGetsEveryReportUnderTheProgramsName)
+TEST(RunSequenceLog, TheSystemLogGetsEveryReportUnderTheProgramsName)
 {
     // Priority: facility user is 8, and the level is added.
     PhoneImage phone;
@@ -110,7 +110,7 @@ TEST(SystemLog, TheSystemLogGetsEveryReportUnderTheProgramsName)
     EXPECT_THAT(phone.Reports(), testing::ElementsAre("app_log 60/4: Can's load user's inifile!"));
 }
 
-TEST(SystemLog, ASystemLogThatNobodyReadsHoldsUpNothing)
+TEST(RunSequenceLog, ASystemLogThatNobodyReadsHoldsUpNothing)
 {
     // More certificates than the daemon's queue has places; each reports itself.
     PhoneImage phone;
@@ -126,7 +126,7 @@ TEST(SystemLog, ASystemLogThatNobodyReadsHoldsUpNothing)
     EXPECT_LT(log.Messages().size(), kCertificates) << "the queue held them all: this test says nothing";
 }
 
-TEST(SystemLog, TheSystemLogNeverGetsTraces)
+TEST(RunSequenceLog, TheSystemLogNeverGetsTraces)
 {
     PhoneImage phone;
     const ScratchFolder folder;
@@ -143,7 +143,7 @@ TEST(SystemLog, TheSystemLogNeverGetsTraces)
     EXPECT_THAT(log.Messages(), testing::ElementsAre("<12>kestrune: No config translate record!\n"));
 }
 
-TEST(SystemLog, AKeyThatProtectsNothingIsWarnedOfOnceARunThatNeedsIt)
+TEST(RunSequenceLog, AKeyThatProtectsNothingIsWarnedOfOnceARunThatNeedsIt)
 {
     if (!kHasBundledPlatform)
         GTEST_SKIP() << "rests on the bundled cipher";
@@ -181,7 +181,7 @@ TEST(SystemLog, AKeyThatProtectsNothingIsWarnedOfOnceARunThatNeedsIt)
     }
 }
 
-TEST(SystemLog, ADaemonThatTakesStreamsGetsTheMessages)
+TEST(RunSequenceLog, ADaemonThatTakesStreamsGetsTheMessages)
 {
     PhoneImage phone;
     const ScratchFolder folder;
@@ -195,7 +195,7 @@ TEST(SystemLog, ADaemonThatTakesStreamsGetsTheMessages)
                 testing::ElementsAre(std::string("<14>kestrune: Usage: \n#/kestrune [all|dev|pwd]\n") + '\0'));
 }
 
-TEST(SystemLog, ADaemonWhoseQueueOfStreamsIsFullHoldsUpNothing)
+TEST(RunSequenceLog, ADaemonWhoseQueueOfStreamsIsFullHoldsUpNothing)
 {
     PhoneImage phone;
     const ScratchFolder folder;
@@ -210,7 +210,7 @@ TEST(SystemLog, ADaemonWhoseQueueOfStreamsIsFullHoldsUpNothing)
         EXPECT_TRUE(phone.Has("/config/certs/phoneca/" + std::to_string(i) + ".pem"));
 }
 
-TEST(SystemLog, AZoneThatNamesAPipeHoldsUpNothing)
+TEST(RunSequenceLog, AZoneThatNamesAPipeHoldsUpNothing)
 {
     PhoneImage phone;
     const ScratchFolder folder;
