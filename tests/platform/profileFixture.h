@@ -4,6 +4,7 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <ostream>
 #include <string>
 #include <sys/stat.h>
 
@@ -16,6 +17,12 @@ struct Pair {
     int (*get)(const char* path, const char* section, const char* key, int defaultValue);
     void (*set)(const char* path, const char* section, const char* key, int value);
 };
+
+/// For the list of tests.
+inline void PrintTo(const Pair& pair, std::ostream* stream)
+{
+    *stream << pair.name;
+}
 
 /// A file in a folder of its own, and the operations of the pair under test on it.
 class ProfileFixture : public testing::TestWithParam<Pair>
