@@ -339,7 +339,7 @@ TEST(RestoreDirectIPAccount, AnAccount16ThatCannotBeReplacedStays)
     phone.ExpectNothingElseChanged();
 }
 
-TEST(StripValueMarks, OneLeadingMarkGoesFromEveryValue)
+TEST(DirectIPAccountStripValueMarks, OneLeadingMarkGoesFromEveryValue)
 {
     struct Row {
         const char* before;
@@ -375,7 +375,7 @@ TEST(StripValueMarks, OneLeadingMarkGoesFromEveryValue)
     }
 }
 
-TEST(StripValueMarks, TheFileIsSavedWhetherOrNotAnythingChanged)
+TEST(DirectIPAccountStripValueMarks, TheFileIsSavedWhetherOrNotAnythingChanged)
 {
     const ScratchFolder folder;
     const std::string path = folder.Path("account.cfg");
@@ -389,7 +389,7 @@ TEST(StripValueMarks, TheFileIsSavedWhetherOrNotAnythingChanged)
     EXPECT_EQ(ReadBytes(path), "[a]\nk=0\n");
 }
 
-TEST(StripValueMarks, WhatIsMissingOrNoFileIsNotSaved)
+TEST(DirectIPAccountStripValueMarks, WhatIsMissingOrNoFileIsNotSaved)
 {
     const ScratchFolder folder;
     EXPECT_FALSE(StripValueMarks(/*path=*/nullptr));

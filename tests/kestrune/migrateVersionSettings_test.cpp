@@ -68,7 +68,7 @@ TEST(MigrateVersionSettings, AnEmptyHandOverFileLeavesAllButTheBacklightAsItIs)
     EXPECT_THAT(phone.Output(), testing::IsEmpty());
 }
 
-TEST(MigrateBLFLed, TheModeComesFromBothSavedValues)
+TEST(MigrateVersionSettingsBLFLed, TheModeComesFromBothSavedValues)
 {
     struct Row {
         const char* offIdle; // null: no key
@@ -142,7 +142,7 @@ TEST(MigrateBLFLed, TheModeComesFromBothSavedValues)
     }
 }
 
-TEST(MigrateBLFLed, OnlyTheExactNamesCount)
+TEST(MigrateVersionSettingsBLFLed, OnlyTheExactNamesCount)
 {
     for (const char* saved :
          {"[Features]\nBLFLedOffIdle=1\nBLFNotifyType=0\n", "[features]\nBLFLedOffIdle=1\nBLfNotifyType=0\n",
@@ -156,7 +156,7 @@ TEST(MigrateBLFLed, OnlyTheExactNamesCount)
     }
 }
 
-TEST(MigratePowerLed, TheKeysComeFromTheThreeSavedValues)
+TEST(MigrateVersionSettingsPowerLed, TheKeysComeFromTheThreeSavedValues)
 {
     const std::string off =
         "PowerLed_Common=0\nPowerLed_Ring=1\nPowerLed_Mail=0\nPowerLed_Mute=0\nPowerLed_HoldHeld=0\n"
@@ -241,7 +241,7 @@ TEST(MigratePowerLed, TheKeysComeFromTheThreeSavedValues)
     }
 }
 
-TEST(MigratePowerLed, KeysThatAreThereChangeInTheirPlace)
+TEST(MigrateVersionSettingsPowerLed, KeysThatAreThereChangeInTheirPlace)
 {
     PhoneImage phone;
     phone.Put(kHandOver, "[Features]\nClosePowerLight=0\nPowerLedMail=1\nPowerLedIdle&Talk=0\n");
@@ -253,7 +253,7 @@ TEST(MigratePowerLed, KeysThatAreThereChangeInTheirPlace)
     phone.ExpectNothingElseChanged();
 }
 
-TEST(MigratePowerLed, ALightThatWasOffPutsOutTheQueueStatusLightOfAccounts0To15)
+TEST(MigrateVersionSettingsPowerLed, ALightThatWasOffPutsOutTheQueueStatusLightOfAccounts0To15)
 {
     PhoneImage phone;
     phone.Put(kHandOver, "[Features]\nClosePowerLight=1\n");
@@ -276,7 +276,7 @@ TEST(MigratePowerLed, ALightThatWasOffPutsOutTheQueueStatusLightOfAccounts0To15)
     others.Check();
 }
 
-TEST(MigratePowerLed, MissingAccountsAreNotMade)
+TEST(MigrateVersionSettingsPowerLed, MissingAccountsAreNotMade)
 {
     PhoneImage phone;
     phone.Put(kHandOver, "[Features]\nClosePowerLight=1\n");
@@ -289,7 +289,7 @@ TEST(MigratePowerLed, MissingAccountsAreNotMade)
     phone.ExpectNothingElseChanged();
 }
 
-TEST(MigratePowerLed, ALightThatWasOnLeavesTheAccountsAlone)
+TEST(MigrateVersionSettingsPowerLed, ALightThatWasOnLeavesTheAccountsAlone)
 {
     for (const char* saved : {"[Features]\nClosePowerLight=0\nPowerLedMail=1\nPowerLedIdle&Talk=1\n",
                               "[Features]\nClosePowerLight=\nPowerLedMail=1\nPowerLedIdle&Talk=0\n"}) {
@@ -303,7 +303,7 @@ TEST(MigratePowerLed, ALightThatWasOnLeavesTheAccountsAlone)
     }
 }
 
-TEST(BacklightMinutesToSeconds, WhateverIsStoredIsMultipliedBySixty)
+TEST(MigrateVersionSettingsBacklight, WhateverIsStoredIsMultipliedBySixty)
 {
     struct Row {
         const char* before;
@@ -347,7 +347,7 @@ TEST(BacklightMinutesToSeconds, WhateverIsStoredIsMultipliedBySixty)
     }
 }
 
-TEST(BacklightMinutesToSeconds, AnAbsentTimeBecomesSixtySeconds)
+TEST(MigrateVersionSettingsBacklight, AnAbsentTimeBecomesSixtySeconds)
 {
     struct Row {
         const char* before;
@@ -370,7 +370,7 @@ TEST(BacklightMinutesToSeconds, AnAbsentTimeBecomesSixtySeconds)
     }
 }
 
-TEST(BacklightMinutesToSeconds, AMissingUserFileIsMade)
+TEST(MigrateVersionSettingsBacklight, AMissingUserFileIsMade)
 {
     PhoneImage phone;
     phone.Put(kHandOver, "");
@@ -380,7 +380,7 @@ TEST(BacklightMinutesToSeconds, AMissingUserFileIsMade)
     phone.ExpectNothingElseChanged();
 }
 
-TEST(MigrateSyslog, BothTargetKeysComeFromBothSavedValues)
+TEST(MigrateVersionSettingsSyslog, BothTargetKeysComeFromBothSavedValues)
 {
     struct Row {
         const char* type;   // null: no key
@@ -429,7 +429,7 @@ TEST(MigrateSyslog, BothTargetKeysComeFromBothSavedValues)
     }
 }
 
-TEST(MigrateSyslog, TheSavedValuesStandInTheirOwnSection)
+TEST(MigrateVersionSettingsSyslog, TheSavedValuesStandInTheirOwnSection)
 {
     PhoneImage phone;
     phone.Put(kHandOver, "[Features]\neLogType=3\nstrServerName=s\n[Log]\neLogType=3\nstrServerName=s\n");
@@ -439,7 +439,7 @@ TEST(MigrateSyslog, TheSavedValuesStandInTheirOwnSection)
     phone.ExpectNothingElseChanged();
 }
 
-TEST(MigrateSyslog, AMissingSystemFileIsMadeButNotItsFolder)
+TEST(MigrateVersionSettingsSyslog, AMissingSystemFileIsMadeButNotItsFolder)
 {
     PhoneImage phone;
     phone.Put(kHandOver, "[Syslog]\neLogType=3\nstrServerName=s\n");
@@ -452,7 +452,7 @@ TEST(MigrateSyslog, AMissingSystemFileIsMadeButNotItsFolder)
     phone.ExpectNothingElseChanged();
 }
 
-TEST(MigrateSyslog, KeysThatAreThereChangeInTheirPlace)
+TEST(MigrateVersionSettingsSyslog, KeysThatAreThereChangeInTheirPlace)
 {
     PhoneImage phone;
     phone.Put(kHandOver, "[Syslog]\neLogType=3\nstrServerName=new.example.com\n");

@@ -109,7 +109,7 @@ struct Pass {
 
 } // namespace
 
-TEST(ConvertPasswordValue, WhatDeciphersToSevenBitsIsEncipheredAlreadyAndKept)
+TEST(OwnCipherConvertPasswordValue, WhatDeciphersToSevenBitsIsEncipheredAlreadyAndKept)
 {
     for (const char* deciphered : {"", "plain", "\x7f\x01", "%s%n"}) {
         for (const std::string& input : {std::string(kInput), std::string(), kLong}) {
@@ -125,7 +125,7 @@ TEST(ConvertPasswordValue, WhatDeciphersToSevenBitsIsEncipheredAlreadyAndKept)
     }
 }
 
-TEST(ConvertPasswordValue, WhatDoesNotIsEncipheredIntoTheBufferAsTheFirstCallLeftIt)
+TEST(OwnCipherConvertPasswordValue, WhatDoesNotIsEncipheredIntoTheBufferAsTheFirstCallLeftIt)
 {
     struct Row {
         const char* what;
@@ -162,7 +162,7 @@ TEST(ConvertPasswordValue, WhatDoesNotIsEncipheredIntoTheBufferAsTheFirstCallLef
     }
 }
 
-TEST(ConvertPasswordValue, ThePlainFormIsWhatDeciphersToSevenBits)
+TEST(OwnCipherConvertPasswordValue, ThePlainFormIsWhatDeciphersToSevenBits)
 {
     struct Row {
         const char* what;
@@ -199,7 +199,7 @@ TEST(ConvertPasswordValue, ThePlainFormIsWhatDeciphersToSevenBits)
     }
 }
 
-TEST(TransEncryptValue, TheResultOfTheCipherAloneDecidesWhetherTheKeyIsSet)
+TEST(OwnCipherTransEncryptValue, TheResultOfTheCipherAloneDecidesWhetherTheKeyIsSet)
 {
     struct Row {
         const char* what;
@@ -233,7 +233,7 @@ TEST(TransEncryptValue, TheResultOfTheCipherAloneDecidesWhetherTheKeyIsSet)
     }
 }
 
-TEST(TransEncryptValue, TheCipherGetsAtMost159CharactersAndNeverNone)
+TEST(OwnCipherTransEncryptValue, TheCipherGetsAtMost159CharactersAndNeverNone)
 {
     g_encrypt = {0, "made"};
     for (const std::size_t length : {158u, 159u, 160u, 5000u}) {

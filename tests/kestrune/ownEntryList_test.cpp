@@ -36,10 +36,10 @@ namespace
 constexpr CIniConfigInfo* kNone = nullptr;
 
 /// The records of a list, in an array: none of them has memory of its own that could be released.
-class EntryList : public testing::Test
+class OwnEntryList : public testing::Test
 {
 protected:
-    EntryList()
+    OwnEntryList()
     {
         WriteBytes(path_, "[Web]\nA=a\nB=b\nC=c\n");
         const char* keys[] = {"A", "B", "C"};
@@ -97,7 +97,7 @@ protected:
 
 } // namespace
 
-TEST_F(EntryList, NullEntriesAreSkippedSilentlyWhereverTheyStand)
+TEST_F(OwnEntryList, NullEntriesAreSkippedSilentlyWhereverTheyStand)
 {
     EXPECT_EQ(Run({kNone, &records_[2], kNone, kNone, &records_[0], kNone}), 1);
     EXPECT_EQ(traces_, Trace("c") + Trace("a"));
@@ -105,20 +105,20 @@ TEST_F(EntryList, NullEntriesAreSkippedSilentlyWhereverTheyStand)
     ExpectRecordsAsTheyWere();
 }
 
-TEST_F(EntryList, AListOfNullEntriesIsAListAllTheSame)
+TEST_F(OwnEntryList, AListOfNullEntriesIsAListAllTheSame)
 {
     EXPECT_EQ(Run({kNone, kNone}), 1);
     EXPECT_EQ(traces_, "");
     EXPECT_EQ(ReadBytes(path_), "[Web]\nA=a\nB=b\nC=c\n");
 }
 
-TEST_F(EntryList, AnEmptyListIsAListAllTheSame)
+TEST_F(OwnEntryList, AnEmptyListIsAListAllTheSame)
 {
     EXPECT_EQ(Run({}), 1);
     EXPECT_EQ(traces_, "");
 }
 
-TEST_F(EntryList, EntriesOfAListThatFailsAreNotConverted)
+TEST_F(OwnEntryList, EntriesOfAListThatFailsAreNotConverted)
 {
     g_result = 0;
     EXPECT_EQ(Run({&records_[0], kNone}), 0);
@@ -127,7 +127,7 @@ TEST_F(EntryList, EntriesOfAListThatFailsAreNotConverted)
     ExpectRecordsAsTheyWere();
 }
 
-TEST_F(EntryList, AnyResultButZeroIsASuccess)
+TEST_F(OwnEntryList, AnyResultButZeroIsASuccess)
 {
     for (const int result : {-1, 2}) {
         g_result = result;
@@ -139,7 +139,7 @@ TEST_F(EntryList, AnyResultButZeroIsASuccess)
     }
 }
 
-TEST_F(EntryList, AnEntryThatIsListedTwiceIsConvertedTwiceAndStaysUsable)
+TEST_F(OwnEntryList, AnEntryThatIsListedTwiceIsConvertedTwiceAndStaysUsable)
 {
     EXPECT_EQ(Run({&records_[0], &records_[1], &records_[0]}), 1);
     EXPECT_EQ(traces_, Trace("a") + Trace("b") + Trace(Token("a").c_str()));
@@ -147,7 +147,7 @@ TEST_F(EntryList, AnEntryThatIsListedTwiceIsConvertedTwiceAndStaysUsable)
     ExpectRecordsAsTheyWere();
 }
 
-TEST_F(EntryList, AnInactiveEntryIsSkippedSilently)
+TEST_F(OwnEntryList, AnInactiveEntryIsSkippedSilently)
 {
     records_[1].active = false;
     EXPECT_EQ(Run({&records_[1], &records_[2]}), 1);

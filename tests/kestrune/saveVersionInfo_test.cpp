@@ -230,7 +230,7 @@ TEST(SaveVersionInfo, AHandOverFileThatCannotBeWrittenHarmsNothing)
     phone.ExpectNothingElseChanged();
 }
 
-TEST(CopyRegistryText, ANullHandleOrKeyCopiesNothing)
+TEST(SaveVersionInfoCopyRegistryText, ANullHandleOrKeyCopiesNothing)
 {
     const ScratchFolder folder;
     WriteBytes(folder.Path("source"), "[A]\nkey=text\n");

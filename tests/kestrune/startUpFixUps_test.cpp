@@ -15,7 +15,7 @@ constexpr char kAnyWord[] = "fix-ups-only";
 
 } // namespace
 
-TEST(SetDefaultSCALineKeyNumber, WithoutAccountFilesOnlyTheRingbackTimeoutIsWritten)
+TEST(StartUpFixUpsSCALineKeyNumber, WithoutAccountFilesOnlyTheRingbackTimeoutIsWritten)
 {
     PhoneImage phone;
     phone.PutFolder("/config/user/voip");
@@ -25,7 +25,7 @@ TEST(SetDefaultSCALineKeyNumber, WithoutAccountFilesOnlyTheRingbackTimeoutIsWrit
     EXPECT_THAT(phone.Reports(), testing::IsEmpty());
 }
 
-TEST(SetDefaultSCALineKeyNumber, AnAbsentKeyBecomesExplicitAndAnyOtherValueStays)
+TEST(StartUpFixUpsSCALineKeyNumber, AnAbsentKeyBecomesExplicitAndAnyOtherValueStays)
 {
     PhoneImage phone;
     phone.Put("/config/user/user.ini", "[Feature]\nRingbackTimeout=90\n");
@@ -40,7 +40,7 @@ TEST(SetDefaultSCALineKeyNumber, AnAbsentKeyBecomesExplicitAndAnyOtherValueStays
     phone.ExpectNothingElseChanged();
 }
 
-TEST(SetDefaultSCALineKeyNumber, AllSeventeenAccountsAreVisitedAndNoOther)
+TEST(StartUpFixUpsSCALineKeyNumber, AllSeventeenAccountsAreVisitedAndNoOther)
 {
     PhoneImage phone;
     phone.Put("/config/user/user.ini", "[Feature]\nRingbackTimeout=90\n");
@@ -52,7 +52,7 @@ TEST(SetDefaultSCALineKeyNumber, AllSeventeenAccountsAreVisitedAndNoOther)
     phone.ExpectNothingElseChanged();
 }
 
-TEST(InitRingbackTimeout, ATimeoutThatIsSetIsNeverChanged)
+TEST(StartUpFixUpsRingbackTimeout, ATimeoutThatIsSetIsNeverChanged)
 {
     for (const char* value : {"0", "1", "-2", "600", "", "no number"}) {
         PhoneImage phone;
@@ -63,7 +63,7 @@ TEST(InitRingbackTimeout, ATimeoutThatIsSetIsNeverChanged)
     }
 }
 
-TEST(InitRingbackTimeout, AnAbsentOrMinusOneTimeoutIsSeededFromTheFirstAccount)
+TEST(StartUpFixUpsRingbackTimeout, AnAbsentOrMinusOneTimeoutIsSeededFromTheFirstAccount)
 {
     struct Row {
         const char* timer;    // the account's line
@@ -91,7 +91,7 @@ TEST(InitRingbackTimeout, AnAbsentOrMinusOneTimeoutIsSeededFromTheFirstAccount)
     }
 }
 
-TEST(InitRingbackTimeout, TheSectionFeaturesIsNotTheSectionFeature)
+TEST(StartUpFixUpsRingbackTimeout, TheSectionFeaturesIsNotTheSectionFeature)
 {
     PhoneImage phone;
     phone.Put("/config/user/user.ini", "[Features]\nRingbackTimeout=5\n");

@@ -241,7 +241,7 @@ TEST(SyncFactoryCerts, CopiesFollowTheOrderOfTheFolder)
     EXPECT_EQ(phone.Reports(), expected);
 }
 
-TEST(ListDirectoryEntries, EveryEntryOfAnyKindButTheFolderItselfAndItsParent)
+TEST(SyncFactoryCertsListDirectoryEntries, EveryEntryOfAnyKindButTheFolderItselfAndItsParent)
 {
     const ScratchFolder folder;
     WriteBytes(folder.Path("file"), "");
@@ -260,7 +260,7 @@ TEST(ListDirectoryEntries, EveryEntryOfAnyKindButTheFolderItselfAndItsParent)
     }
 }
 
-TEST(ListDirectoryEntries, AFolderThatCannotBeOpenedHasNone)
+TEST(SyncFactoryCertsListDirectoryEntries, AFolderThatCannotBeOpenedHasNone)
 {
     const ScratchFolder folder;
     WriteBytes(folder.Path("file"), "");
@@ -271,7 +271,7 @@ TEST(ListDirectoryEntries, AFolderThatCannotBeOpenedHasNone)
     }
 }
 
-TEST(ListDirectoryEntries, ThereIsNoUpperLimit)
+TEST(SyncFactoryCertsListDirectoryEntries, ThereIsNoUpperLimit)
 {
     const ScratchFolder folder;
     for (int number = 0; number < 2000; ++number)

@@ -374,7 +374,7 @@ TEST(TransPasswordFile, TheResultIsOneWhenNothingWasToBeConvertedOrTheListWasWal
     }
 }
 
-TEST(TransAllEncryptConfig, TheResultIsZeroOnlyWithoutAList)
+TEST(TransPasswordFileAllEncryptConfig, TheResultIsZeroOnlyWithoutAList)
 {
     struct Row {
         const char* what;
@@ -407,7 +407,7 @@ TEST(TransAllEncryptConfig, TheResultIsZeroOnlyWithoutAList)
     }
 }
 
-TEST(TransAllEncryptConfig, TheDirectionDecidesAndNotTheLocks)
+TEST(TransPasswordFileAllEncryptConfig, TheDirectionDecidesAndNotTheLocks)
 {
     PhoneImage phone;
     PutLocks(phone, "EnLock=1\n", "EnLock=1\n");
@@ -419,7 +419,7 @@ TEST(TransAllEncryptConfig, TheDirectionDecidesAndNotTheLocks)
     phone.Expect(kWebIni, "[Web]\nA=first\n");
 }
 
-TEST(TransEncryptValue, WithoutAFileSectionOrKeyNothingHappens)
+TEST(TransPasswordFileEncryptValue, WithoutAFileSectionOrKeyNothingHappens)
 {
     const ScratchFolder folder;
     WriteBytes(folder.Path("web.ini"), "[Web]\nA=first\n");
@@ -436,7 +436,7 @@ TEST(TransEncryptValue, WithoutAFileSectionOrKeyNothingHappens)
     EXPECT_TRUE(IsOld(file));
 }
 
-TEST(TransEncryptValue, ConsecutiveEntriesOfAFileShareOneLoadAndEachIsSaved)
+TEST(TransPasswordFileEncryptValue, ConsecutiveEntriesOfAFileShareOneLoadAndEachIsSaved)
 {
     const ScratchFolder folder;
     const std::string file = folder.Path("web.ini");
@@ -449,7 +449,7 @@ TEST(TransEncryptValue, ConsecutiveEntriesOfAFileShareOneLoadAndEachIsSaved)
     EXPECT_EQ(ReadBytes(file), std::string("[Web]\nA=") + kFirst + "\nB=" + kSecond + "\n");
 }
 
-TEST(TransEncryptValue, AfterAnotherFileAFileIsLoadedAgain)
+TEST(TransPasswordFileEncryptValue, AfterAnotherFileAFileIsLoadedAgain)
 {
     const ScratchFolder folder;
     const std::string a = folder.Path("a.ini");
@@ -464,7 +464,7 @@ TEST(TransEncryptValue, AfterAnotherFileAFileIsLoadedAgain)
     EXPECT_EQ(ReadBytes(b), std::string("[Web]\nA=") + kFirst + "\n");
 }
 
-TEST(TransEncryptValue, TheSameFileByAnotherPathIsAnotherFile)
+TEST(TransPasswordFileEncryptValue, TheSameFileByAnotherPathIsAnotherFile)
 {
     const ScratchFolder folder;
     WriteBytes(folder.Path("a.ini"), "[Web]\nA=first\n");
@@ -474,7 +474,7 @@ TEST(TransEncryptValue, TheSameFileByAnotherPathIsAnotherFile)
     EXPECT_EQ(ReadBytes(folder.Path("a.ini")), std::string("[Web]\nB=") + kSecond + "\n");
 }
 
-TEST(TransEncryptValue, AFileThatDoesNotLoadEmptiesTheCache)
+TEST(TransPasswordFileEncryptValue, AFileThatDoesNotLoadEmptiesTheCache)
 {
     const ScratchFolder folder;
     const std::string a = folder.Path("a.ini");
@@ -492,7 +492,7 @@ TEST(TransEncryptValue, AFileThatDoesNotLoadEmptiesTheCache)
     EXPECT_FALSE(fs::exists(folder.Path("missing.ini")));
 }
 
-TEST(TransEncryptValue, TheFileIsSavedEvenWhenNothingIsSet)
+TEST(TransPasswordFileEncryptValue, TheFileIsSavedEvenWhenNothingIsSet)
 {
     struct Row {
         const char* what;
@@ -522,7 +522,7 @@ TEST(TransEncryptValue, TheFileIsSavedEvenWhenNothingIsSet)
     }
 }
 
-TEST(TransEncryptValue, ASaveThatFailsGivesZeroAndLeavesTheFile)
+TEST(TransPasswordFileEncryptValue, ASaveThatFailsGivesZeroAndLeavesTheFile)
 {
     const ScratchFolder folder;
     const std::string file = folder.Path("web.ini");

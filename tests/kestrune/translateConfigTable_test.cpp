@@ -466,7 +466,7 @@ TEST(TranslateConfigTable, WithoutATableTheResultIsZeroAndNoDocumentIsMade)
     EXPECT_EQ(ResultOf(RunForResult(folder, "TranslateConfigTable")), "result 0\nnew ../../../app/kestrune/kestrune\n");
 }
 
-TEST(GetDstInfo, WhatIsAbsentComesFromTheSource)
+TEST(TranslateConfigTableGetDstInfo, WhatIsAbsentComesFromTheSource)
 {
     struct Row {
         const char* record;
@@ -503,7 +503,7 @@ TEST(GetDstInfo, WhatIsAbsentComesFromTheSource)
     }
 }
 
-TEST(GetDstInfo, TheFlagIsTheDestinationsElseTheSources)
+TEST(TranslateConfigTableGetDstInfo, TheFlagIsTheDestinationsElseTheSources)
 {
     struct Row {
         const char* flags;
@@ -559,7 +559,7 @@ TEST(TranslateConfigTable, AnEmptyFlagIsNoBooleanAndFallsBack)
     phone.ExpectNothingElseChanged();
 }
 
-TEST(ReadIniText, AKeyItsDefaultOrNothing)
+TEST(TranslateConfigTableReadIniText, AKeyItsDefaultOrNothing)
 {
     const ScratchFolder folder;
     const std::string file = folder.Path("a.ini");

@@ -27,13 +27,13 @@ namespace
 
 constexpr char kTemporaryEnd[] = ".kestrune-new";
 
-class Replacement : public ReplacementFixture
+class FileReplacement : public ReplacementFixture
 {
 };
 
 } // namespace
 
-TEST_F(Replacement, AMissingFileIsMadeWith0644LessTheUmaskOrTheGivenBits)
+TEST_F(FileReplacement, AMissingFileIsMadeWith0644LessTheUmaskOrTheGivenBits)
 {
     struct Row {
         mode_t mask;
@@ -57,7 +57,7 @@ TEST_F(Replacement, AMissingFileIsMadeWith0644LessTheUmaskOrTheGivenBits)
     }
 }
 
-TEST_F(Replacement, ARegularFileIsReplacedAndKeepsItsPermissionBits)
+TEST_F(FileReplacement, ARegularFileIsReplacedAndKeepsItsPermissionBits)
 {
     for (const mode_t mode : {0644u, 0600u, 0666u, 0444u, 0755u, 0u}) {
         Put("file", "old");
@@ -70,7 +70,7 @@ TEST_F(Replacement, ARegularFileIsReplacedAndKeepsItsPermissionBits)
     }
 }
 
-TEST_F(Replacement, ARegularFileKeepsItsOwnerAndGroup)
+TEST_F(FileReplacement, ARegularFileKeepsItsOwnerAndGroup)
 {
     for (const uid_t owner : {geteuid(), uid_t{1234}}) {
         Put("file", "old");
@@ -84,7 +84,7 @@ TEST_F(Replacement, ARegularFileKeepsItsOwnerAndGroup)
     }
 }
 
-TEST_F(Replacement, BytesOfEveryKindAndLengthAreWritten)
+TEST_F(FileReplacement, BytesOfEveryKindAndLengthAreWritten)
 {
     const std::string all = std::string("\0\xFF\r\n", 4) + std::string(5 << 20, 'x');
     for (const std::string& bytes : {all, std::string(), all.substr(0, 4)}) {
@@ -93,7 +93,7 @@ TEST_F(Replacement, BytesOfEveryKindAndLengthAreWritten)
     }
 }
 
-TEST_F(Replacement, EqualBytesMoveTheModificationTimeAlone)
+TEST_F(FileReplacement, EqualBytesMoveTheModificationTimeAlone)
 {
     for (const std::string& bytes : {std::string(), std::string("bytes\n")}) {
         Put("file", bytes);
@@ -113,7 +113,7 @@ TEST_F(Replacement, EqualBytesMoveTheModificationTimeAlone)
     }
 }
 
-TEST_F(Replacement, BytesThatDifferInOnePlaceAreWritten)
+TEST_F(FileReplacement, BytesThatDifferInOnePlaceAreWritten)
 {
     Put("file", "bytes");
     for (const char* bytes : {"bytez", "Bytez", "Byte", "Bytes", ""}) {
@@ -124,7 +124,7 @@ TEST_F(Replacement, BytesThatDifferInOnePlaceAreWritten)
     }
 }
 
-TEST_F(Replacement, AnotherNameOfTheFileKeepsTheOldBytes)
+TEST_F(FileReplacement, AnotherNameOfTheFileKeepsTheOldBytes)
 {
     Put("file", "old");
     fs::create_hard_link(folder_.Path("file"), folder_.Path("other name"));
@@ -133,7 +133,7 @@ TEST_F(Replacement, AnotherNameOfTheFileKeepsTheOldBytes)
     EXPECT_EQ(Get("other name"), "old");
 }
 
-TEST_F(Replacement, ALinkStaysALinkAndTheFileThatItNamesIsReplaced)
+TEST_F(FileReplacement, ALinkStaysALinkAndTheFileThatItNamesIsReplaced)
 {
     Put("deep/target", "old");
     ASSERT_EQ(chmod(folder_.Path("deep/target").c_str(), 0640), 0);
@@ -155,7 +155,7 @@ TEST_F(Replacement, ALinkStaysALinkAndTheFileThatItNamesIsReplaced)
     EXPECT_THAT(Names("deep"), ElementsAre("target", "up"));
 }
 
-TEST_F(Replacement, ALinkToAMissingFileMakesThatFile)
+TEST_F(FileReplacement, ALinkToAMissingFileMakesThatFile)
 {
     Put("deep/other", "");
     Link("link", "deep/new");
@@ -168,7 +168,7 @@ TEST_F(Replacement, ALinkToAMissingFileMakesThatFile)
     EXPECT_THAT(Names(), ElementsAre("deep", "far", "link"));
 }
 
-TEST_F(Replacement, AnotherUsersLinkIsReplacedItselfWhereEveryoneMayWrite)
+TEST_F(FileReplacement, AnotherUsersLinkIsReplacedItselfWhereEveryoneMayWrite)
 {
     for (const mode_t mode : {01777u, 0777u}) {
         SCOPED_TRACE(testing::Message() << "folder mode " << std::oct << mode);
@@ -195,7 +195,7 @@ TEST_F(Replacement, AnotherUsersLinkIsReplacedItselfWhereEveryoneMayWrite)
     }
 }
 
-TEST_F(Replacement, AnotherUsersFileIsReplacedByANewOneWhereEveryoneMayWrite)
+TEST_F(FileReplacement, AnotherUsersFileIsReplacedByANewOneWhereEveryoneMayWrite)
 {
     for (const mode_t mode : {01777u, 0777u}) {
         for (const char* planted : {"planted", "new"}) {
@@ -213,7 +213,7 @@ TEST_F(Replacement, AnotherUsersFileIsReplacedByANewOneWhereEveryoneMayWrite)
     }
 }
 
-TEST_F(Replacement, ATranslationIsNotReadableBeyondWhatItIsMadeOf)
+TEST_F(FileReplacement, ATranslationIsNotReadableBeyondWhatItIsMadeOf)
 {
     const mode_t rows[][2] = {{0600, 0600}, {0640, 0640}, {0644, 0644}, {0400, 0600}, {0666, 0644}};
     for (const auto& [source, expected] : rows) {
@@ -232,7 +232,7 @@ TEST_F(Replacement, ATranslationIsNotReadableBeyondWhatItIsMadeOf)
     EXPECT_FALSE(ReplaceDerivedFile(folder_.Path("missing/new").c_str(), "new form", folder_.Path("old").c_str()));
 }
 
-TEST_F(Replacement, AnotherUsersLinkInAnOrdinaryFolderIsFollowed)
+TEST_F(FileReplacement, AnotherUsersLinkInAnOrdinaryFolderIsFollowed)
 {
     Put("target", "old");
     Link("foreign", "target");
@@ -244,7 +244,7 @@ TEST_F(Replacement, AnotherUsersLinkInAnOrdinaryFolderIsFollowed)
     EXPECT_EQ(Get("target"), "new");
 }
 
-TEST_F(Replacement, WhatIsNoRegularFileIsNotReplaced)
+TEST_F(FileReplacement, WhatIsNoRegularFileIsNotReplaced)
 {
     Put("folder/inner", "x");
     ASSERT_EQ(mkfifo(folder_.Path("pipe").c_str(), 0600), 0);
@@ -269,7 +269,7 @@ TEST_F(Replacement, WhatIsNoRegularFileIsNotReplaced)
     (void)close(socketFile);
 }
 
-TEST_F(Replacement, APathWithoutAFolderFails)
+TEST_F(FileReplacement, APathWithoutAFolderFails)
 {
     Put("file", "x");
     for (const char* name : {"missing/file", "file/below", "file/", "missing/"})
@@ -279,7 +279,7 @@ TEST_F(Replacement, APathWithoutAFolderFails)
     EXPECT_EQ(Get("file"), "x");
 }
 
-TEST_F(Replacement, ANameTooLongForItsTemporaryFileFailsAndStaysAsItWas)
+TEST_F(FileReplacement, ANameTooLongForItsTemporaryFileFailsAndStaysAsItWas)
 {
     const std::string longest(255 - std::string(kTemporaryEnd).size(), 'n');
     EXPECT_TRUE(Replace(longest, "new"));
@@ -296,7 +296,7 @@ TEST_F(Replacement, ANameTooLongForItsTemporaryFileFailsAndStaysAsItWas)
     EXPECT_THAT(Names(), ElementsAre(longest));
 }
 
-TEST_F(Replacement, AStaleTemporaryFileIsRemovedAndNoLinkIsFollowedThroughIt)
+TEST_F(FileReplacement, AStaleTemporaryFileIsRemovedAndNoLinkIsFollowedThroughIt)
 {
     Put("file", "old");
     Put("victim", "untouched");
@@ -321,7 +321,7 @@ TEST_F(Replacement, AStaleTemporaryFileIsRemovedAndNoLinkIsFollowedThroughIt)
     EXPECT_THAT(Names(), ElementsAre("file", "victim"));
 }
 
-TEST_F(Replacement, AFolderWithTheTemporaryNameMakesTheSaveFail)
+TEST_F(FileReplacement, AFolderWithTheTemporaryNameMakesTheSaveFail)
 {
     Put("file", "old");
     Put("file.kestrune-new/inner", "x");
@@ -330,7 +330,7 @@ TEST_F(Replacement, AFolderWithTheTemporaryNameMakesTheSaveFail)
     EXPECT_EQ(Get("file.kestrune-new/inner"), "x");
 }
 
-TEST_F(Replacement, ASizeLimitIsAFailedSave)
+TEST_F(FileReplacement, ASizeLimitIsAFailedSave)
 {
     Put("file", "old");
     rlimit before = {};
@@ -349,7 +349,7 @@ TEST_F(Replacement, ASizeLimitIsAFailedSave)
     EXPECT_THAT(Names(), ElementsAre("file"));
 }
 
-TEST_F(Replacement, AReadOnlyFolderIsAFailedSave)
+TEST_F(FileReplacement, AReadOnlyFolderIsAFailedSave)
 {
     if (geteuid() == 0)
         GTEST_SKIP() << "root writes to every folder";
@@ -364,7 +364,7 @@ TEST_F(Replacement, AReadOnlyFolderIsAFailedSave)
     ASSERT_EQ(chmod(folder_.Path().c_str(), 0755), 0);
 }
 
-TEST_F(Replacement, AReaderFindsOneWholeFileOrTheOther)
+TEST_F(FileReplacement, AReaderFindsOneWholeFileOrTheOther)
 {
     const std::string files[] = {std::string(300000, 'a'), std::string(500000, 'b')};
     Put("file", files[0]);
@@ -383,7 +383,7 @@ TEST_F(Replacement, AReaderFindsOneWholeFileOrTheOther)
     ASSERT_EQ(waitpid(writer, /*status=*/nullptr, 0), writer);
 }
 
-TEST_F(Replacement, ARunThatIsKilledLeavesOneWholeFileOrTheOther)
+TEST_F(FileReplacement, ARunThatIsKilledLeavesOneWholeFileOrTheOther)
 {
     const std::string files[] = {std::string(300000, 'a'), std::string(500000, 'b')};
     Put("file", files[0]);
@@ -404,7 +404,7 @@ TEST_F(Replacement, ARunThatIsKilledLeavesOneWholeFileOrTheOther)
     EXPECT_THAT(Names(), ElementsAre("file"));
 }
 
-TEST_F(Replacement, RemovingALinkLeavesWhatItNamesAndAMissingFileFails)
+TEST_F(FileReplacement, RemovingALinkLeavesWhatItNamesAndAMissingFileFails)
 {
     Put("target", "x");
     Link("link", "target");

@@ -16,7 +16,7 @@ constexpr std::int32_t kMost = 2147483647;
 
 } // namespace
 
-TEST(ParseInt32, ReadsASignAndDigitsAndStopsAtTheFirstOtherCharacter)
+TEST(IntegerTextParseInt32, ReadsASignAndDigitsAndStopsAtTheFirstOtherCharacter)
 {
     struct Row {
         const char* text;
@@ -63,7 +63,7 @@ TEST(ParseInt32, ReadsASignAndDigitsAndStopsAtTheFirstOtherCharacter)
         EXPECT_EQ(ParseInt32(row.text), row.expected) << "text \"" << row.text << '"';
 }
 
-TEST(ParseInt32, ClampsToTheSigned32BitRange)
+TEST(IntegerTextParseInt32, ClampsToTheSigned32BitRange)
 {
     struct Row {
         const char* text;
@@ -94,7 +94,7 @@ TEST(ParseInt32, ClampsToTheSigned32BitRange)
         EXPECT_EQ(ParseInt32(row.text), row.expected) << "text \"" << row.text << '"';
 }
 
-TEST(ClampToInt32, GivesTheNearestValueOfTheRange)
+TEST(IntegerTextClampToInt32, GivesTheNearestValueOfTheRange)
 {
     struct Row {
         std::int64_t value;

@@ -47,7 +47,7 @@ bool IsNullDevice(int descriptor)
 
 } // namespace
 
-TEST(PrepareProcess, ClosedStandardDescriptorsAreOpenedOnTheNullDevice)
+TEST(ProcessStart, ClosedStandardDescriptorsAreOpenedOnTheNullDevice)
 {
     for (unsigned closed = 0; closed < 8; ++closed) {
         const ScratchFolder folder;
@@ -73,7 +73,7 @@ TEST(PrepareProcess, ClosedStandardDescriptorsAreOpenedOnTheNullDevice)
     }
 }
 
-TEST(PrepareProcess, APipeWithoutAReaderIsAFailedWrite)
+TEST(ProcessStart, APipeWithoutAReaderIsAFailedWrite)
 {
     const auto writeToNobody = [](bool isPrepared) {
         if (isPrepared)
@@ -87,7 +87,7 @@ TEST(PrepareProcess, APipeWithoutAReaderIsAFailedWrite)
     EXPECT_EQ(InChild([&] { return writeToNobody(false); }), 128 + SIGPIPE) << "what the call is for";
 }
 
-TEST(PrepareProcess, ASizeLimitIsAFailedWrite)
+TEST(ProcessStart, ASizeLimitIsAFailedWrite)
 {
     const ScratchFolder folder;
     const auto writeTooMuch = [&folder](bool isPrepared) {

@@ -393,7 +393,7 @@ TEST(SaveXmlFile, ALinkStaysALink)
     EXPECT_EQ(ReadBytes(folder.Path("a.xml")), "<a />\n");
 }
 
-TEST(TinyXmlGetStringAttr, AnAbsentAttributeGivesTheDefaultAndAnEmptyOneDoesNot)
+TEST(XmlFileGetStringAttr, AnAbsentAttributeGivesTheDefaultAndAnEmptyOneDoesNot)
 {
     TiXmlElement element("a");
     element.SetAttribute("full", " %s ");
@@ -404,7 +404,7 @@ TEST(TinyXmlGetStringAttr, AnAbsentAttributeGivesTheDefaultAndAnEmptyOneDoesNot)
     EXPECT_EQ(TinyXml_GetStringAttr(&element, "Full", ""), "");
 }
 
-TEST(TinyXmlGetIntAttr, FollowsTheIntegerReadingRule)
+TEST(XmlFileGetIntAttr, FollowsTheIntegerReadingRule)
 {
     struct Row {
         const char* text;

@@ -408,7 +408,7 @@ TEST(ContactV4XToV50, WhenTheGroupListIsNotSavedTheContactListIsAlreadyWritten)
     }
 }
 
-TEST(GetV4XContactData, BothListsAreEmptiedOnceTheFileIsFound)
+TEST(ContactV4XToV50GetData, BothListsAreEmptiedOnceTheFileIsFound)
 {
     struct Row {
         const char* text; // of the old file; null for none

@@ -169,7 +169,7 @@ TEST(DialNowV4XToV50, AFailedSaveIsAFailureWithoutAWord)
     EXPECT_EQ(rules.FileCount(), 1u);
 }
 
-TEST(GetV4XDialNowData, RulesAreAppendedAndTheListIsNeverEmptied)
+TEST(DialNowV4XToV50GetData, RulesAreAppendedAndTheListIsNeverEmptied)
 {
     struct Row {
         const char* text;          // of the old file; null for none
@@ -198,7 +198,7 @@ TEST(GetV4XDialNowData, RulesAreAppendedAndTheListIsNeverEmptied)
     }
 }
 
-TEST(GetV4XDialNowData, ARuleHasNoReplacement)
+TEST(DialNowV4XToV50GetData, ARuleHasNoReplacement)
 {
     const Rules files;
     WriteBytes(files.oldPath, "<DialNow><Data DialNowRule='p' Replace='r' Account='a'/></DialNow>");
@@ -210,7 +210,7 @@ TEST(GetV4XDialNowData, ARuleHasNoReplacement)
     EXPECT_EQ(rules.front().account, "a");
 }
 
-TEST(GetV4XDialNowData, ANullPathIsAFailureWithoutAWord)
+TEST(DialNowV4XToV50GetData, ANullPathIsAFailureWithoutAWord)
 {
     std::list<DialRuleRecord> rules = {{"kept", "", ""}};
     testing::internal::CaptureStderr();
@@ -219,7 +219,7 @@ TEST(GetV4XDialNowData, ANullPathIsAFailureWithoutAWord)
     EXPECT_EQ(rules.size(), 1u);
 }
 
-TEST(SetV50DialNowData, TheResultIsThatOfTheSaveAndAReplacementIsNotWritten)
+TEST(DialNowV4XToV50SetData, TheResultIsThatOfTheSaveAndAReplacementIsNotWritten)
 {
     const Rules files;
     const std::list<DialRuleRecord> rules = {{"p", "r", "a"}};

@@ -215,7 +215,7 @@ TEST(DialPlanV4XToV50, AnOldPlanThatIsALinkToTheNewOneIsReplacedAsWell)
     EXPECT_EQ(plans.FileCount(), 2u);
 }
 
-TEST(DialPlanOfARun, ANewPlanThatIsALinkToTheOldOneStaysALink)
+TEST(DialPlanV4XToV50OfARun, ANewPlanThatIsALinkToTheOldOneStaysALink)
 {
     PhoneImage phone;
     phone.Put("/config/user/user.ini", "[Feature]\nRingbackTimeout=90\n");
@@ -232,7 +232,7 @@ TEST(DialPlanOfARun, ANewPlanThatIsALinkToTheOldOneStaysALink)
     }
 }
 
-TEST(GetV4XDialPlanData, TheListIsEmptiedOnceTheFileIsFound)
+TEST(DialPlanV4XToV50GetData, TheListIsEmptiedOnceTheFileIsFound)
 {
     struct Row {
         const char* text;          // of the old file; null for none
@@ -259,7 +259,7 @@ TEST(GetV4XDialPlanData, TheListIsEmptiedOnceTheFileIsFound)
     }
 }
 
-TEST(GetV4XDialPlanData, ARuleIsReadWhole)
+TEST(DialPlanV4XToV50GetData, ARuleIsReadWhole)
 {
     const Plans plans;
     WriteBytes(plans.oldPath, "<DialRule><Data Prefix='p' Replace='r' Account='a'/></DialRule>");
@@ -271,7 +271,7 @@ TEST(GetV4XDialPlanData, ARuleIsReadWhole)
     EXPECT_EQ(rules.front().account, "a");
 }
 
-TEST(GetV4XDialPlanData, ANullPathLeavesTheListAlone)
+TEST(DialPlanV4XToV50GetData, ANullPathLeavesTheListAlone)
 {
     std::list<DialRuleRecord> rules = {{"kept", "", ""}};
     testing::internal::CaptureStderr();
@@ -280,7 +280,7 @@ TEST(GetV4XDialPlanData, ANullPathLeavesTheListAlone)
     EXPECT_EQ(rules.size(), 1u);
 }
 
-TEST(SetV50DialPlanData, TheResultIsThatOfTheSave)
+TEST(DialPlanV4XToV50SetData, TheResultIsThatOfTheSave)
 {
     const Plans plans;
     const std::list<DialRuleRecord> rules = {{"p", "r", "a"}};

@@ -254,7 +254,7 @@ TEST(DoorPhoneV4XToV50, AFailedSaveIsAFailureWithoutAWord)
     EXPECT_EQ(files.FileCount(), 1u);
 }
 
-TEST(GetV4XDoorPhoneData, TheListIsEmptiedOnceTheFileIsFound)
+TEST(DoorPhoneV4XToV50GetData, TheListIsEmptiedOnceTheFileIsFound)
 {
     struct Row {
         const char* text;          // of the old file; null for none
@@ -281,7 +281,7 @@ TEST(GetV4XDoorPhoneData, TheListIsEmptiedOnceTheFileIsFound)
     }
 }
 
-TEST(GetV4XDoorPhoneData, ANullPathLeavesTheListAlone)
+TEST(DoorPhoneV4XToV50GetData, ANullPathLeavesTheListAlone)
 {
     std::list<DoorPhoneRecord> doorPhones(1);
     testing::internal::CaptureStderr();
@@ -290,7 +290,7 @@ TEST(GetV4XDoorPhoneData, ANullPathLeavesTheListAlone)
     EXPECT_EQ(doorPhones.size(), 1u);
 }
 
-TEST(SetV50DoorPhoneData, SwitchesAreWrittenAsTheyAre)
+TEST(DoorPhoneV4XToV50SetData, SwitchesAreWrittenAsTheyAre)
 {
     const DoorPhones files;
     DoorPhoneRecord doorPhone;
@@ -317,7 +317,7 @@ TEST(SetV50DoorPhoneData, SwitchesAreWrittenAsTheyAre)
                       " send_audio=\"1\" send_video=\"0\" full_screen=\"1\" />\n"));
 }
 
-TEST(GetDoorPhoneModelIndex, AnUnknownNameCountsAsTheFirstModel)
+TEST(DoorPhoneV4XToV50ModelIndex, AnUnknownNameCountsAsTheFirstModel)
 {
     struct Row {
         const char* name;

@@ -38,7 +38,7 @@ std::string NewKeys(const std::string& items)
 
 } // namespace
 
-TEST(DSSKeyV4XToV50, AKeyMovesWithItsData)
+TEST(DssKeyV4XToV50, AKeyMovesWithItsData)
 {
     EXPECT_EQ(Translated("<DssKey>\n"
                          "  <Item Type=\"BLF\">\n"
@@ -56,7 +56,7 @@ TEST(DSSKeyV4XToV50, AKeyMovesWithItsData)
               "</dsskey>\n");
 }
 
-TEST(DSSKeyV4XToV50, AZeroCharacterEndsAText)
+TEST(DssKeyV4XToV50, AZeroCharacterEndsAText)
 {
     EXPECT_EQ(Translated("<DssKey><Item Type='BLF&#0;x'>"
                          "<ItemData Line='1&#0;2' Value='a&#x0;b' Label='&#0;c' Extension='d&#00;'/></Item>"
@@ -67,7 +67,7 @@ TEST(DSSKeyV4XToV50, AZeroCharacterEndsAText)
                       NewKey("SpeedDial", "0") + "    <item type=\"N/A\" />\n"));
 }
 
-TEST(DSSKeyV4XToV50, TwoTypesAreRespelled)
+TEST(DssKeyV4XToV50, TwoTypesAreRespelled)
 {
     struct Row {
         const char* oldType;
@@ -96,21 +96,21 @@ TEST(DSSKeyV4XToV50, TwoTypesAreRespelled)
             << '"' << row.oldType << '"';
 }
 
-TEST(DSSKeyV4XToV50, AKeyOfTypeNoneKeepsOnlyItsType)
+TEST(DssKeyV4XToV50, AKeyOfTypeNoneKeepsOnlyItsType)
 {
     EXPECT_EQ(Translated("<DssKey><Item Type='N/A'><ItemData Line='1' Value='v' Label='l' Extension='e'/></Item>"
                          "<Item Type='N/A'/></DssKey>"),
               NewKeys("    <item type=\"N/A\" />\n    <item type=\"N/A\" />\n"));
 }
 
-TEST(DSSKeyV4XToV50, AKeyWithoutDataHasLineMinusOne)
+TEST(DssKeyV4XToV50, AKeyWithoutDataHasLineMinusOne)
 {
     EXPECT_EQ(
         Translated("<DssKey><Item Type='Line'/><Item/><Item Type='BLF List'><Itemdata Line='1'/></Item></DssKey>"),
         NewKeys(NewKey("Line", "-1") + NewKey("", "-1") + NewKey("BLFList", "-1")));
 }
 
-TEST(DSSKeyV4XToV50, TheLineIsAnInteger)
+TEST(DssKeyV4XToV50, TheLineIsAnInteger)
 {
     struct Row {
         const char* attribute;
@@ -142,7 +142,7 @@ TEST(DSSKeyV4XToV50, TheLineIsAnInteger)
             << row.attribute;
 }
 
-TEST(DSSKeyV4XToV50, TheFirstEighteenKeysAreKept)
+TEST(DssKeyV4XToV50, TheFirstEighteenKeysAreKept)
 {
     for (const int count : {17, 18, 19, 20}) {
         std::string oldText = "<DssKey>";
@@ -155,7 +155,7 @@ TEST(DSSKeyV4XToV50, TheFirstEighteenKeysAreKept)
     }
 }
 
-TEST(DSSKeyV4XToV50, KeysOfTypeNoneCountTowardsTheEighteen)
+TEST(DssKeyV4XToV50, KeysOfTypeNoneCountTowardsTheEighteen)
 {
     std::string oldText = "<DssKey>";
     std::string newItems;
@@ -167,14 +167,14 @@ TEST(DSSKeyV4XToV50, KeysOfTypeNoneCountTowardsTheEighteen)
     EXPECT_EQ(Translated(oldText), NewKeys(newItems + NewKey("a", "-1")));
 }
 
-TEST(DSSKeyV4XToV50, AListWithoutKeysBecomesAnEmptyRoot)
+TEST(DssKeyV4XToV50, AListWithoutKeysBecomesAnEmptyRoot)
 {
     for (const char* text : {"<DssKey/>", "<DssKey></DssKey>", "<DssKey><item Type='x'/>text</DssKey>",
                              "<Head/><DssKey/><DssKey><Item Type='x'/></DssKey>"})
         EXPECT_EQ(Translated(text), "<dsskey />\n") << text;
 }
 
-TEST(DSSKeyV4XToV50, OtherElementsAndLaterDataAreIgnored)
+TEST(DssKeyV4XToV50, OtherElementsAndLaterDataAreIgnored)
 {
     EXPECT_EQ(
         Translated(
@@ -183,7 +183,7 @@ TEST(DSSKeyV4XToV50, OtherElementsAndLaterDataAreIgnored)
         NewKeys(NewKey("a", "2") + NewKey("c", "-1")));
 }
 
-TEST(DSSKeyV4XToV50, TextsAreCarriedOverAsTheyStand)
+TEST(DssKeyV4XToV50, TextsAreCarriedOverAsTheyStand)
 {
     EXPECT_EQ(Translated("<?xml version='1.0' encoding='UTF-8'?><DssKey><Item Type='A&amp;B'><ItemData Line='1' "
                          "Value=' sip:a@example.net;x=&quot;1&quot; ' Label='&lt;T\xC3\xBCr&gt; %s' "
@@ -196,7 +196,7 @@ TEST(DSSKeyV4XToV50, TextsAreCarriedOverAsTheyStand)
               "</dsskey>\n");
 }
 
-TEST(DSSKeyV4XToV50, ASecondRunWritesTheSameOverWhateverIsThere)
+TEST(DssKeyV4XToV50, ASecondRunWritesTheSameOverWhateverIsThere)
 {
     Keys keys;
     WriteBytes(keys.oldPath, "<DssKey><Item Type='Speed Dial'/></DssKey>");
@@ -209,7 +209,7 @@ TEST(DSSKeyV4XToV50, ASecondRunWritesTheSameOverWhateverIsThere)
     }
 }
 
-TEST(DSSKeyV4XToV50, ANullPathIsAFailureWithoutAWord)
+TEST(DssKeyV4XToV50, ANullPathIsAFailureWithoutAWord)
 {
     const Keys keys;
     WriteBytes(keys.oldPath, "<DssKey/>");
@@ -220,7 +220,7 @@ TEST(DSSKeyV4XToV50, ANullPathIsAFailureWithoutAWord)
     EXPECT_EQ(keys.FileCount(), 1u);
 }
 
-TEST(DSSKeyV4XToV50, MissingKeysAreTracedWithoutAPath)
+TEST(DssKeyV4XToV50, MissingKeysAreTracedWithoutAPath)
 {
     Keys keys;
     WriteBytes(keys.newPath, "before");
@@ -230,7 +230,7 @@ TEST(DSSKeyV4XToV50, MissingKeysAreTracedWithoutAPath)
     EXPECT_EQ(keys.FileCount(), 1u);
 }
 
-TEST(DSSKeyV4XToV50, KeysThatDoNotLoadAreTracedAndTheNewFileStays)
+TEST(DssKeyV4XToV50, KeysThatDoNotLoadAreTracedAndTheNewFileStays)
 {
     for (const char* text : {"", "\n", "<DssKey>", "<DssKey><Item></DssKey>", "no XML"}) {
         Keys keys;
@@ -247,7 +247,7 @@ TEST(DSSKeyV4XToV50, KeysThatDoNotLoadAreTracedAndTheNewFileStays)
     }
 }
 
-TEST(DSSKeyV4XToV50, AnotherRootIsAFailureWithoutAWord)
+TEST(DssKeyV4XToV50, AnotherRootIsAFailureWithoutAWord)
 {
     for (const char* text : {"<dsskey><Item Type='a'/></dsskey>", "<Other><DssKey/></Other>"}) {
         Keys keys;
@@ -259,7 +259,7 @@ TEST(DSSKeyV4XToV50, AnotherRootIsAFailureWithoutAWord)
     }
 }
 
-TEST(DSSKeyV4XToV50, AFailedSaveIsAFailureWithoutAWord)
+TEST(DssKeyV4XToV50, AFailedSaveIsAFailureWithoutAWord)
 {
     Keys keys;
     WriteBytes(keys.oldPath, "<DssKey/>");
@@ -270,7 +270,7 @@ TEST(DSSKeyV4XToV50, AFailedSaveIsAFailureWithoutAWord)
     EXPECT_EQ(keys.FileCount(), 1u);
 }
 
-TEST(GetV4XDSSKeyData, TheListIsEmptiedOnceTheFileIsFound)
+TEST(DssKeyV4XToV50GetData, TheListIsEmptiedOnceTheFileIsFound)
 {
     struct Row {
         const char* text;          // of the old file; null for none
@@ -297,7 +297,7 @@ TEST(GetV4XDSSKeyData, TheListIsEmptiedOnceTheFileIsFound)
     }
 }
 
-TEST(GetV4XDSSKeyData, ANullPathLeavesTheListAlone)
+TEST(DssKeyV4XToV50GetData, ANullPathLeavesTheListAlone)
 {
     std::list<DSSKeyRecord> keys(1);
     testing::internal::CaptureStderr();
@@ -306,7 +306,7 @@ TEST(GetV4XDSSKeyData, ANullPathLeavesTheListAlone)
     EXPECT_EQ(keys.size(), 1u);
 }
 
-TEST(GetV4XDSSKeyData, EveryKeyIsReadAndTypesAreNotYetRespelled)
+TEST(DssKeyV4XToV50GetData, EveryKeyIsReadAndTypesAreNotYetRespelled)
 {
     const Keys files;
     std::string text = "<DssKey>";
@@ -326,7 +326,7 @@ TEST(GetV4XDSSKeyData, EveryKeyIsReadAndTypesAreNotYetRespelled)
     EXPECT_EQ(keys.back().line, -1);
 }
 
-TEST(SetV50DSSKeyData, TheResultIsThatOfTheSave)
+TEST(DssKeyV4XToV50SetData, TheResultIsThatOfTheSave)
 {
     const Keys files;
     const std::list<DSSKeyRecord> keys = {{"BLF List", "v", -5, "l", "e"}};

@@ -429,7 +429,7 @@ TEST_F(FileBytes, ADescriptorIsClosedWithItsOwner)
     EXPECT_FALSE(Descriptor(-1).IsOpen());
 }
 
-TEST(FolderOf, IsWhatStandsBeforeTheLastName)
+TEST(FileBytesFolderOf, IsWhatStandsBeforeTheLastName)
 {
     const char* rows[][2] = {
         {"/config/user/user.ini", "/config/user"},

@@ -122,10 +122,10 @@ extern "C" int remove(const char* path) noexcept
 namespace
 {
 
-class BundledReplacement : public ReplacementFixture
+class BundledFileReplacement : public ReplacementFixture
 {
 protected:
-    ~BundledReplacement() override { callLog = nullptr; }
+    ~BundledFileReplacement() override { callLog = nullptr; }
 
     std::string FolderName() const { return fs::path(folder_.Path()).filename().string(); }
 
@@ -134,7 +134,7 @@ protected:
 
 } // namespace
 
-TEST_F(BundledReplacement, TheNewBytesAreOnTheDeviceBeforeTheRename)
+TEST_F(BundledFileReplacement, TheNewBytesAreOnTheDeviceBeforeTheRename)
 {
     Put("file", "old");
     callLog = &log_;
@@ -146,7 +146,7 @@ TEST_F(BundledReplacement, TheNewBytesAreOnTheDeviceBeforeTheRename)
     EXPECT_FALSE(log_.isAnyReadableByOthers) << "until its content is complete";
 }
 
-TEST_F(BundledReplacement, EachFailingCallLeavesTheOldFileAndNoTemporaryFile)
+TEST_F(BundledFileReplacement, EachFailingCallLeavesTheOldFileAndNoTemporaryFile)
 {
     for (int failing = 0; failing < 4; ++failing) {
         for (const bool exists : {true, false}) {
@@ -167,7 +167,7 @@ TEST_F(BundledReplacement, EachFailingCallLeavesTheOldFileAndNoTemporaryFile)
     }
 }
 
-TEST_F(BundledReplacement, AnOwnerThatCannotBeKeptIsAFailedSave)
+TEST_F(BundledFileReplacement, AnOwnerThatCannotBeKeptIsAFailedSave)
 {
     Put("file", "old");
     if (chown(folder_.Path("file").c_str(), 1234, 4321) != 0)
@@ -181,7 +181,7 @@ TEST_F(BundledReplacement, AnOwnerThatCannotBeKeptIsAFailedSave)
     EXPECT_THAT(Names(), ElementsAre("file"));
 }
 
-TEST_F(BundledReplacement, AFileOfUnknownOwnerTakesNoPlace)
+TEST_F(BundledFileReplacement, AFileOfUnknownOwnerTakesNoPlace)
 {
     Put("file", "old");
     log_.isStatusUnknown = true;
@@ -194,7 +194,7 @@ TEST_F(BundledReplacement, AFileOfUnknownOwnerTakesNoPlace)
     EXPECT_THAT(Names(), ElementsAre("file"));
 }
 
-TEST_F(BundledReplacement, ARunCutAfterAnyCallLeavesTheOldFileWholeOrTheNewOneWhole)
+TEST_F(BundledFileReplacement, ARunCutAfterAnyCallLeavesTheOldFileWholeOrTheNewOneWhole)
 {
     const std::string oldBytes(100000, 'o');
     const std::string newBytes(200000, 'n');
@@ -218,7 +218,7 @@ TEST_F(BundledReplacement, ARunCutAfterAnyCallLeavesTheOldFileWholeOrTheNewOneWh
     }
 }
 
-TEST_F(BundledReplacement, TheFolderThatHoldsTheFileIsFlushed)
+TEST_F(BundledFileReplacement, TheFolderThatHoldsTheFileIsFlushed)
 {
     Put("deep/other", "");
     Link("link", "deep/by link");
@@ -228,7 +228,7 @@ TEST_F(BundledReplacement, TheFolderThatHoldsTheFileIsFlushed)
     EXPECT_FALSE(log_.isAnyInheritable);
 }
 
-TEST_F(BundledReplacement, ARemovalIsFlushed)
+TEST_F(BundledFileReplacement, ARemovalIsFlushed)
 {
     Put("file", "x");
     callLog = &log_;
@@ -239,7 +239,7 @@ TEST_F(BundledReplacement, ARemovalIsFlushed)
     EXPECT_THAT(log_.calls, ElementsAre("remove file"));
 }
 
-TEST_F(BundledReplacement, EqualBytesMakeNoCallThatChangesTheFile)
+TEST_F(BundledFileReplacement, EqualBytesMakeNoCallThatChangesTheFile)
 {
     for (const std::string& bytes : {std::string(), std::string("bytes\n")}) {
         Put("file", bytes);

@@ -31,7 +31,7 @@ int StatusOfChild(const std::function<int()>& steps)
 
 } // namespace
 
-TEST(BundledPrepareProcess, AProcessOfRootLeavesNoCoreFile)
+TEST(BundledProcessStart, AProcessOfRootLeavesNoCoreFile)
 {
     if (geteuid() != 0)
         GTEST_SKIP() << "root's processes only";
@@ -57,7 +57,7 @@ TEST(BundledPrepareProcess, AProcessOfRootLeavesNoCoreFile)
     EXPECT_FALSE(WCOREDUMP(status));
 }
 
-TEST(BundledPrepareProcess, AnotherUsersProcessStaysAsItIs)
+TEST(BundledProcessStart, AnotherUsersProcessStaysAsItIs)
 {
     if (geteuid() != 0)
         GTEST_SKIP() << "only root can become another user";
@@ -70,7 +70,7 @@ TEST(BundledPrepareProcess, AnotherUsersProcessStaysAsItIs)
     EXPECT_EQ(status, 0);
 }
 
-TEST(BundledPrepareProcess, TheZoneIsUnsetAndTheSearchPathStays)
+TEST(BundledProcessStart, TheZoneIsUnsetAndTheSearchPathStays)
 {
     const int status = StatusOfChild([] {
         (void)setenv("TZ", ":/a/pipe", 1);

@@ -201,7 +201,7 @@ struct Score {
 
 } // namespace
 
-TEST(RandomTables, WithoutErrorsNoneStopsThePassOrEmptiesAValue)
+TEST(TableRulesAndProgram, WithoutErrorsNoneStopsThePassOrEmptiesAValue)
 {
     Dice dice(/*seed=*/7);
     Score score;
@@ -222,7 +222,7 @@ TEST(RandomTables, WithoutErrorsNoneStopsThePassOrEmptiesAValue)
     EXPECT_GE(score.emptied, 60);
 }
 
-TEST(RandomTables, WhatIsFoundInOneRecordComesTrue)
+TEST(TableRulesAndProgram, WhatIsFoundInOneRecordComesTrue)
 {
     Dice dice(/*seed=*/8);
     Score score;
