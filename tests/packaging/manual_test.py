@@ -37,11 +37,6 @@ class Manual(unittest.TestCase):
         for page in PAGES:
             self.assertRegex((MANUAL / page).read_text(), r"that of version \d+\.\d+\.\d+\.\n")
 
-    def test_an_unknown_word_is_no_option(self):
-        text = (MANUAL / PAGES[0]).read_text()
-        self.assertIn('.Dq --version', text)
-        self.assertIn('.Em it runs the start-up fix-ups', text)
-
     def test_every_file_of_the_upgrade_is_listed(self):
         files = (MANUAL / PAGES[0]).read_text().split("\n.Sh FILES\n")[1].split("\n.Sh ")[0]
         listed = re.findall(r"(?m)^\.It Pa /config/(kestrune-\w+)$", files)

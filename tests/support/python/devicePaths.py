@@ -86,10 +86,14 @@ REMOVES = {"1": (*ACCOUNTS, HAND_OVER_COPY), "2": (DIRECT_IP_FILE, HAND_OVER_COP
 WRITTEN_IN_PLACE = {mode: (RECORD, NOTE) if mode in CERTIFICATE_MODES else (RECORD,) for mode in READS}
 
 
+def written_by(mode):
+    """What the mode may replace or remove, the record, and the certificates' folder."""
+    return (*REPLACES[mode], *REMOVES.get(mode, ()), RECORD, USER_CERTIFICATES)
+
+
 def folders_flushed(mode):
-    """Those in which something is replaced or removed, that of the record, and that of the certificates."""
-    paths = (*REPLACES[mode], *REMOVES.get(mode, ()), RECORD)
-    return {path.rpartition("/")[0] for path in paths} | {USER_CERTIFICATES.rstrip("/")}
+    """Those in which something is replaced, removed or copied."""
+    return {path.rpartition("/")[0] for path in written_by(mode)}
 
 
 def is_temporary(path):
