@@ -59,6 +59,14 @@ unsigned Mode(const PhoneImage& phone, const std::string& path)
     return status.st_mode & 07777u;
 }
 
+/// A phone with an older direct-IP account, and account 8 with these lines after its own.
+void PutAccount8(PhoneImage& phone, const std::string& lines)
+{
+    PutUser(phone);
+    phone.Put(kDirectIP, "[account]\nLabel=older\n");
+    phone.Put(Account(8), AccountText("eight", lines));
+}
+
 } // namespace
 
 TEST(ExtractDirectIPAccount, TheHighestMarkedAccountIsKeptAndEveryMarkedOneRemoved)
@@ -105,51 +113,31 @@ TEST(ExtractDirectIPAccount, TheFirstAndTheLastNumberAloneAreFound)
     }
 }
 
-TEST(ExtractDirectIPAccount, OnlyTheNumberOneMarksAnAccount)
+TEST(ExtractDirectIPAccount, TheNumberOneMarksAnAccount)
 {
-    struct Row {
-        const char* lines; // behind the account's own
-        bool isMarked;
-    };
-    const Row rows[] = {
-        {"directip=1\n", true},
-        {"directip = 1\r\n", true},
-        {"directip=+1\n", true},
-        {"directip=01\n", true},
-        {"directip=1 yes\n", true},
-        {"directip=1", true},
-        {"directip=1\ndirectip=0\n", true},
-        {"directip=0\ndirectip=1\n", false},
-        {"directip=0\n", false},
-        {"directip=2\n", false},
-        {"directip=-1\n", false},
-        {"directip=11\n", false},
-        {"directip=\n", false},
-        {"directip=yes\n", false},
-        {"directip=?1\n", false},
-        {"directip=\"1\"\n", false},
-        {"directip=0x1\n", false},
-        {"directip=2147483647\n", false},
-        {"directip=-2147483648\n", false},
-        {"directip=99999999999\n", false},
-        {"directip=4294967297\n", false},
-        {"directip=18446744073709551617\n", false},
-        {"DirectIP=1\n", false},
-        {";directip=1\n", false},
-        {"[Account]\ndirectip=1\n", false},
-        {"", false},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.lines);
+    for (const char* lines : {"directip=1\n", "directip = 1\r\n", "directip=+1\n", "directip=01\n", "directip=1 yes\n",
+                              "directip=1", "directip=1\ndirectip=0\n"}) {
+        SCOPED_TRACE(lines);
         PhoneImage phone;
-        PutUser(phone);
-        phone.Put(kDirectIP, "[account]\nLabel=older\n");
-        phone.Put(Account(8), AccountText("eight", row.lines));
+        PutAccount8(phone, lines);
         phone.Run("1");
-        if (row.isMarked) {
-            phone.Expect(kDirectIP, AccountText("eight", row.lines));
-            phone.ExpectMissing(Account(8));
-        }
+        phone.Expect(kDirectIP, AccountText("eight", lines));
+        phone.ExpectMissing(Account(8));
+        phone.ExpectNothingElseChanged();
+    }
+}
+
+TEST(ExtractDirectIPAccount, NoOtherValueMarksAnAccount)
+{
+    for (const char* lines :
+         {"directip=0\ndirectip=1\n", "directip=0\n", "directip=2\n", "directip=-1\n", "directip=11\n", "directip=\n",
+          "directip=yes\n", "directip=?1\n", "directip=\"1\"\n", "directip=0x1\n", "directip=2147483647\n",
+          "directip=-2147483648\n", "directip=99999999999\n", "directip=4294967297\n",
+          "directip=18446744073709551617\n", "DirectIP=1\n", ";directip=1\n", "[Account]\ndirectip=1\n", ""}) {
+        SCOPED_TRACE(lines);
+        PhoneImage phone;
+        PutAccount8(phone, lines);
+        phone.Run("1");
         phone.ExpectNothingElseChanged();
     }
 }

@@ -224,6 +224,27 @@ std::string WithSections(Damage damage, const std::string& sections)
     return damage == Damage::Empty ? sections : Garbage() + "\n\n" + sections;
 }
 
+const std::string kNewExampleProgramKeys =
+    "<?xml version=\"1.0\"?>\n<programkey>\n"
+    "\t<item id=\"1\" name=\"softkey1\" type=\"28\">\n"
+    "\t\t<itemdata line=\"0\" label=\"History\" value=\"\" history_type=\"0\" />\n\t</item>\n"
+    "\t<item id=\"2\" name=\"softkey2\" type=\"22\">\n"
+    "\t\t<itemdata line=\"1\" label=\"Directory\" value=\"\" xml_phonebook=\"1\" />\n\t</item>\n"
+    "\t<item id=\"3\" name=\"softkey3\" type=\"31\">\n\t\t<itemdata label=\"DND\" />\n\t</item>\n"
+    "\t<item id=\"4\" name=\"softkey4\" type=\"38\" />\n"
+    "\t<item id=\"5\" name=\"up\" type=\"28\">\n"
+    "\t\t<itemdata label=\"Calls\" history_type=\"0\" />\n\t</item>\n"
+    "\t<item id=\"6\" name=\"down\" type=\"45\">\n"
+    "\t\t<itemdata line=\"3\" label=\"Agents\" value=\"\" xml_phonebook=\"3\" />\n\t</item>\n"
+    "\t<item id=\"7\" name=\"left\" type=\"54\">\n"
+    "\t\t<itemdata line=\"0\" label=\"\" xml_phonebook=\"0\" />\n\t</item>\n"
+    "\t<item id=\"8\" name=\"right\" type=\"47\">\n"
+    "\t\t<itemdata label=\"Zoll\" xml_phonebook=\"0\" />\n\t</item>\n"
+    "\t<item id=\"9\" name=\"ok\" type=\"0\" />\n\t<item id=\"10\" name=\"cancel\" />\n"
+    "\t<item id=\"11\" name=\"mute\" type=\"71\">\n"
+    "\t\t<itemdata line=\"4\" value=\"#9\" label=\"Open door\" extension=\"\" />\n\t</item>\n"
+    "</programkey>\n";
+
 } // namespace
 
 TEST(HandOver, ModeOneThenTwoOnAPhoneWithAllFiles)
@@ -434,28 +455,23 @@ TEST(HandOver, TheExamplePhoneHasItsNewSettingsAfterModesOneAndTwo)
     Insert(expected[kSystem], "[Syslog]\n", "bPrependMac=1\n", "LogType=2\nSyslogServer=syslog.ldn.example.com\n");
     expected[kHandOver] = kFeatures + "\n[Syslog]\neLogType=3\nstrServerName=syslog.ldn.example.com\n";
 
-    // The key layouts: one in full here, and the attributes of the others.
+    // Of the other key layouts the next test looks at the attributes.
     const Files after = AllFiles(phone);
-    expected[kProgramKeys] =
-        "<?xml version=\"1.0\"?>\n<programkey>\n"
-        "\t<item id=\"1\" name=\"softkey1\" type=\"28\">\n"
-        "\t\t<itemdata line=\"0\" label=\"History\" value=\"\" history_type=\"0\" />\n\t</item>\n"
-        "\t<item id=\"2\" name=\"softkey2\" type=\"22\">\n"
-        "\t\t<itemdata line=\"1\" label=\"Directory\" value=\"\" xml_phonebook=\"1\" />\n\t</item>\n"
-        "\t<item id=\"3\" name=\"softkey3\" type=\"31\">\n\t\t<itemdata label=\"DND\" />\n\t</item>\n"
-        "\t<item id=\"4\" name=\"softkey4\" type=\"38\" />\n"
-        "\t<item id=\"5\" name=\"up\" type=\"28\">\n"
-        "\t\t<itemdata label=\"Calls\" history_type=\"0\" />\n\t</item>\n"
-        "\t<item id=\"6\" name=\"down\" type=\"45\">\n"
-        "\t\t<itemdata line=\"3\" label=\"Agents\" value=\"\" xml_phonebook=\"3\" />\n\t</item>\n"
-        "\t<item id=\"7\" name=\"left\" type=\"54\">\n"
-        "\t\t<itemdata line=\"0\" label=\"\" xml_phonebook=\"0\" />\n\t</item>\n"
-        "\t<item id=\"8\" name=\"right\" type=\"47\">\n"
-        "\t\t<itemdata label=\"Zoll\" xml_phonebook=\"0\" />\n\t</item>\n"
-        "\t<item id=\"9\" name=\"ok\" type=\"0\" />\n\t<item id=\"10\" name=\"cancel\" />\n"
-        "\t<item id=\"11\" name=\"mute\" type=\"71\">\n"
-        "\t\t<itemdata line=\"4\" value=\"#9\" label=\"Open door\" extension=\"\" />\n\t</item>\n"
-        "</programkey>\n";
+    expected[kProgramKeys] = kNewExampleProgramKeys;
+    for (const char* path : {kLineKeys, kModule0, kModule3})
+        expected[path] = after.at(path);
+
+    EXPECT_FALSE(phone.Has(kDirectIP));
+    EXPECT_EQ(after, expected);
+}
+
+TEST(HandOver, TheExamplePhonesKeysHaveTheirNewAttributesAfterModesOneAndTwo)
+{
+    PhoneImage phone;
+    phone.PutExamplePhone();
+    phone.Run("1");
+    phone.Run("2");
+    const Files after = AllFiles(phone);
     ExpectAttributes(after.at(kLineKeys), "pickup_value", {"*82101", "*8", "", "*82160"});
     ExpectAttributes(after.at(kLineKeys), "xml_phonebook", {"0"});
     ExpectAttributes(after.at(kLineKeys), "history_type", {"2"});
@@ -466,11 +482,6 @@ TEST(HandOver, TheExamplePhoneHasItsNewSettingsAfterModesOneAndTwo)
     ExpectAttributes(after.at(kModule3), "pickup_value", {"**4101", "**4109", "**4160", ""});
     ExpectAttributes(after.at(kModule3), "xml_phonebook", {"2", "0", "4", "0", "0"});
     ExpectAttributes(after.at(kModule3), "history_type", {"1", "3"});
-    for (const char* path : {kLineKeys, kModule0, kModule3})
-        expected[path] = after.at(path);
-
-    EXPECT_FALSE(phone.Has(kDirectIP));
-    EXPECT_EQ(after, expected);
 }
 
 TEST(HandOver, AnotherUsersFileInAFolderThatEveryoneMayWriteToIsNoHandOver)

@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <vector>
 
 #include "phoneImage.h"
 #include "untouchedFiles.h"
@@ -27,6 +28,96 @@ const std::string kPowerLedOff = "\n[PowerLed]\nPowerLed_Common=0\nPowerLed_Ring
 std::string Line(const char* key, const char* value)
 {
     return value == nullptr ? "" : std::string(key) + "=" + value + "\n";
+}
+
+struct BLFLedRow {
+    const char* offIdle; // null: no key
+    const char* notify;  // null: no key
+    const char* mode;    // null: untouched
+};
+
+void ExpectBLFLedModes(const std::vector<BLFLedRow>& rows)
+{
+    for (const BLFLedRow& row : rows) {
+        const std::string saved =
+            "[Features]\n" + Line("BLFLedOffIdle", row.offIdle) + Line("BLfNotifyType", row.notify);
+        SCOPED_TRACE(saved);
+        for (const std::string before : {"", "\n[BLFLed]\nBLFLedMode=8\n"}) {
+            PhoneImage phone;
+            phone.Put(kHandOver, saved);
+            phone.Put(kUserIni, kQuietUser + before);
+            const UntouchedFiles source(phone, {kHandOver});
+            phone.Run("2");
+            if (row.mode != nullptr)
+                phone.Expect(kUserIni, kQuietUser + "\n[BLFLed]\nBLFLedMode=" + row.mode + "\n");
+            phone.ExpectNothingElseChanged();
+            source.Check();
+        }
+    }
+}
+
+const std::string kSixKeysOff =
+    "PowerLed_Common=0\nPowerLed_Ring=1\nPowerLed_Mail=0\nPowerLed_Mute=0\nPowerLed_HoldHeld=0\n"
+    "PowerLed_TalkDial=0\n";
+const std::string kSixKeysOffButThree = "PowerLed_Common=3\nPowerLed_Ring=1\nPowerLed_Mail=0\nPowerLed_Mute=0\n"
+                                        "PowerLed_HoldHeld=0\nPowerLed_TalkDial=3\n";
+
+/// The two keys that come from the saved value for idle and talk.
+std::string Both(const std::string& value)
+{
+    return "PowerLed_Common=" + value + "\nPowerLed_TalkDial=" + value + "\n";
+}
+
+struct PowerLedRow {
+    const char* close; // null: no key, here and below
+    const char* mail;
+    const char* idleAndTalk;
+    std::string written; // empty: nothing
+};
+
+void ExpectPowerLeds(const std::vector<PowerLedRow>& rows)
+{
+    for (const PowerLedRow& row : rows) {
+        const std::string saved = "[Features]\n" + Line("ClosePowerLight", row.close) + Line("PowerLedMail", row.mail) +
+                                  Line("PowerLedIdle&Talk", row.idleAndTalk);
+        SCOPED_TRACE(saved);
+        PhoneImage phone;
+        phone.Put(kHandOver, saved);
+        phone.Put(kUserIni, kQuietUser);
+        const UntouchedFiles source(phone, {kHandOver});
+        phone.Run("2");
+        if (!row.written.empty())
+            phone.Expect(kUserIni, kQuietUser + "\n[PowerLed]\n" + row.written);
+        phone.ExpectNothingElseChanged();
+        source.Check();
+    }
+}
+
+struct SyslogRow {
+    const char* type;   // null: no key
+    const char* server; // null: no key
+    const char* after;  // null: untouched
+};
+
+void ExpectSyslogKeys(const std::vector<SyslogRow>& rows)
+{
+    for (const SyslogRow& row : rows) {
+        const std::string saved = "[Syslog]\n" + Line("eLogType", row.type) + Line("strServerName", row.server);
+        SCOPED_TRACE(saved);
+        PhoneImage phone;
+        phone.Put(kHandOver, saved);
+        phone.Put(kUserIni, kQuietUser);
+        phone.Put(kSystem, "; system\n[Syslog]\neLogType=9\nstrServerName=old\n");
+        const UntouchedFiles source(phone, {kHandOver});
+        const UntouchedFiles target(phone, {kSystem});
+        phone.Run("2");
+        if (row.after == nullptr)
+            target.Check();
+        else
+            phone.Expect(kSystem, std::string("; system\n[Syslog]\neLogType=9\nstrServerName=old\n") + row.after);
+        phone.ExpectNothingElseChanged();
+        source.Check();
+    }
 }
 
 } // namespace
@@ -68,16 +159,9 @@ TEST(MigrateVersionSettings, AnEmptyHandOverFileLeavesAllButTheBacklightAsItIs)
     EXPECT_THAT(phone.Output(), testing::IsEmpty());
 }
 
-TEST(MigrateVersionSettingsBLFLed, TheModeComesFromBothSavedValues)
+TEST(MigrateVersionSettingsBLFLed, ANotificationOfOneGivesModeOne)
 {
-    struct Row {
-        const char* offIdle; // null: no key
-        const char* notify;  // null: no key
-        const char* mode;    // null: untouched
-    };
-    const Row rows[] = {
-        {"1", "0", "2"},
-        {"0", "0", "0"},
+    ExpectBLFLedModes({
         {"5", "1", "1"},
         {"0", "1", "1"},
         {"none", "1", "1"},
@@ -85,6 +169,14 @@ TEST(MigrateVersionSettingsBLFLed, TheModeComesFromBothSavedValues)
         {"99999999999", "01", "1"},
         {"1", "1x", "1"},
         {"1", "\v1", "1"},
+    });
+}
+
+TEST(MigrateVersionSettingsBLFLed, AnyOtherNotificationGivesTwiceTheSavedValue)
+{
+    ExpectBLFLedModes({
+        {"1", "0", "2"},
+        {"0", "0", "0"},
         {"1", "2", "2"},
         {"1", "-1", "2"},
         {"1", "10", "2"},
@@ -115,6 +207,12 @@ TEST(MigrateVersionSettingsBLFLed, TheModeComesFromBothSavedValues)
         {"-2147483648", "0", "-2147483648"},
         {"-99999999999", "0", "-2147483648"},
         {"-99999999999999999999999", "0", "-2147483648"},
+    });
+}
+
+TEST(MigrateVersionSettingsBLFLed, WithoutBothSavedValuesTheModeStays)
+{
+    ExpectBLFLedModes({
         {"1", "", nullptr},
         {"", "1", nullptr},
         {"", "0", nullptr},
@@ -123,23 +221,7 @@ TEST(MigrateVersionSettingsBLFLed, TheModeComesFromBothSavedValues)
         {"1", nullptr, nullptr},
         {nullptr, "1", nullptr},
         {nullptr, nullptr, nullptr},
-    };
-    for (const Row& row : rows) {
-        const std::string saved =
-            "[Features]\n" + Line("BLFLedOffIdle", row.offIdle) + Line("BLfNotifyType", row.notify);
-        SCOPED_TRACE(saved);
-        for (const std::string before : {"", "\n[BLFLed]\nBLFLedMode=8\n"}) {
-            PhoneImage phone;
-            phone.Put(kHandOver, saved);
-            phone.Put(kUserIni, kQuietUser + before);
-            const UntouchedFiles source(phone, {kHandOver});
-            phone.Run("2");
-            if (row.mode != nullptr)
-                phone.Expect(kUserIni, kQuietUser + "\n[BLFLed]\nBLFLedMode=" + row.mode + "\n");
-            phone.ExpectNothingElseChanged();
-            source.Check();
-        }
-    }
+    });
 }
 
 TEST(MigrateVersionSettingsBLFLed, OnlyTheExactNamesCount)
@@ -156,64 +238,59 @@ TEST(MigrateVersionSettingsBLFLed, OnlyTheExactNamesCount)
     }
 }
 
-TEST(MigrateVersionSettingsPowerLed, TheKeysComeFromTheThreeSavedValues)
+TEST(MigrateVersionSettingsPowerLed, ALightThatWasOffSetsAllSixKeys)
 {
-    const std::string off =
-        "PowerLed_Common=0\nPowerLed_Ring=1\nPowerLed_Mail=0\nPowerLed_Mute=0\nPowerLed_HoldHeld=0\n"
-        "PowerLed_TalkDial=0\n";
-    const std::string offButThree = "PowerLed_Common=3\nPowerLed_Ring=1\nPowerLed_Mail=0\nPowerLed_Mute=0\n"
-                                    "PowerLed_HoldHeld=0\nPowerLed_TalkDial=3\n";
-    const auto both = [](const std::string& value) {
-        return "PowerLed_Common=" + value + "\nPowerLed_TalkDial=" + value + "\n";
-    };
-    struct Row {
-        const char* close; // null: no key, here and below
-        const char* mail;
-        const char* idleAndTalk;
-        std::string written; // empty: nothing
-    };
-    const Row rows[] = {
-        // The light was switched off in the old form.
-        {"1", nullptr, "0", off},
-        {"1", "1", "0", off},
-        {"1", "1", nullptr, off},
-        {"1", "1", "", off},
-        {"1", nullptr, "3", offButThree},
-        {"2", nullptr, "0", off},
-        {"-1", nullptr, "0", off},
-        {"+1", nullptr, "none", off},
-        {"1x", nullptr, nullptr, off},
-        {"2147483647", nullptr, "0", off},
-        {"-2147483648", nullptr, "0", off},
-        {"99999999999", nullptr, "0", off},
-        {"4294967296", nullptr, "0", off},
-        {"-99999999999", "5", "3", offButThree},
-        // It was on: a 0 for idle and talk is turned round.
-        {"0", nullptr, "0", both("1")},
-        {"0", nullptr, "none", both("1")},
-        {"none", nullptr, "0", both("1")},
-        {"-0", nullptr, "0", both("1")},
-        {"0x1", nullptr, "-", both("1")},
-        {"0", nullptr, "3", both("3")},
-        {"0", nullptr, "-3", both("-3")},
-        {"0", "1", "0", "PowerLed_Mail=1\n" + both("1")},
+    ExpectPowerLeds({
+        {"1", nullptr, "0", kSixKeysOff},
+        {"1", "1", "0", kSixKeysOff},
+        {"1", "1", nullptr, kSixKeysOff},
+        {"1", "1", "", kSixKeysOff},
+        {"1", nullptr, "3", kSixKeysOffButThree},
+        {"2", nullptr, "0", kSixKeysOff},
+        {"-1", nullptr, "0", kSixKeysOff},
+        {"+1", nullptr, "none", kSixKeysOff},
+        {"1x", nullptr, nullptr, kSixKeysOff},
+        {"2147483647", nullptr, "0", kSixKeysOff},
+        {"-2147483648", nullptr, "0", kSixKeysOff},
+        {"99999999999", nullptr, "0", kSixKeysOff},
+        {"4294967296", nullptr, "0", kSixKeysOff},
+        {"-99999999999", "5", "3", kSixKeysOffButThree},
+    });
+}
+
+TEST(MigrateVersionSettingsPowerLed, OfALightThatWasOnAZeroForIdleAndTalkIsInverted)
+{
+    ExpectPowerLeds({
+        {"0", nullptr, "0", Both("1")},
+        {"0", nullptr, "none", Both("1")},
+        {"none", nullptr, "0", Both("1")},
+        {"-0", nullptr, "0", Both("1")},
+        {"0x1", nullptr, "-", Both("1")},
+        {"0", nullptr, "3", Both("3")},
+        {"0", nullptr, "-3", Both("-3")},
+        {"0", "1", "0", "PowerLed_Mail=1\n" + Both("1")},
         {"0", "1", nullptr, "PowerLed_Mail=1\n"},
         {"0", "1", "", "PowerLed_Mail=1\n"},
         {"0", "", nullptr, ""},
         {"0", nullptr, nullptr, ""},
         {"0", "", "", ""},
-        // Nothing was saved about it: a 0 stays one.
-        {nullptr, nullptr, "0", both("0")},
-        {"", nullptr, "0", both("0")},
-        {" \t", nullptr, "none", both("0")},
-        {nullptr, nullptr, "3", both("3")},
-        {nullptr, nullptr, "1", both("1")},
-        {nullptr, nullptr, "-1", both("-1")},
-        {nullptr, nullptr, " +1 or so", both("1")},
-        {nullptr, nullptr, "2147483647", both("2147483647")},
-        {nullptr, nullptr, "-2147483648", both("-2147483648")},
-        {nullptr, nullptr, "99999999999", both("2147483647")},
-        {nullptr, nullptr, "-99999999999", both("-2147483648")},
+    });
+}
+
+TEST(MigrateVersionSettingsPowerLed, WithoutASavedLightAZeroForIdleAndTalkStays)
+{
+    ExpectPowerLeds({
+        {nullptr, nullptr, "0", Both("0")},
+        {"", nullptr, "0", Both("0")},
+        {" \t", nullptr, "none", Both("0")},
+        {nullptr, nullptr, "3", Both("3")},
+        {nullptr, nullptr, "1", Both("1")},
+        {nullptr, nullptr, "-1", Both("-1")},
+        {nullptr, nullptr, " +1 or so", Both("1")},
+        {nullptr, nullptr, "2147483647", Both("2147483647")},
+        {nullptr, nullptr, "-2147483648", Both("-2147483648")},
+        {nullptr, nullptr, "99999999999", Both("2147483647")},
+        {nullptr, nullptr, "-99999999999", Both("-2147483648")},
         {nullptr, "0", nullptr, "PowerLed_Mail=0\n"},
         {"", "none", "", "PowerLed_Mail=0\n"},
         {nullptr, "-2", nullptr, "PowerLed_Mail=-2\n"},
@@ -221,24 +298,10 @@ TEST(MigrateVersionSettingsPowerLed, TheKeysComeFromTheThreeSavedValues)
         {nullptr, "0x2", nullptr, "PowerLed_Mail=0\n"},
         {nullptr, "99999999999", nullptr, "PowerLed_Mail=2147483647\n"},
         {nullptr, "-99999999999", nullptr, "PowerLed_Mail=-2147483648\n"},
-        {nullptr, "1", "2", "PowerLed_Mail=1\n" + both("2")},
+        {nullptr, "1", "2", "PowerLed_Mail=1\n" + Both("2")},
         {nullptr, nullptr, nullptr, ""},
         {"", "", "", ""},
-    };
-    for (const Row& row : rows) {
-        const std::string saved = "[Features]\n" + Line("ClosePowerLight", row.close) + Line("PowerLedMail", row.mail) +
-                                  Line("PowerLedIdle&Talk", row.idleAndTalk);
-        SCOPED_TRACE(saved);
-        PhoneImage phone;
-        phone.Put(kHandOver, saved);
-        phone.Put(kUserIni, kQuietUser);
-        const UntouchedFiles source(phone, {kHandOver});
-        phone.Run("2");
-        if (!row.written.empty())
-            phone.Expect(kUserIni, kQuietUser + "\n[PowerLed]\n" + row.written);
-        phone.ExpectNothingElseChanged();
-        source.Check();
-    }
+    });
 }
 
 TEST(MigrateVersionSettingsPowerLed, KeysThatAreThereChangeInTheirPlace)
@@ -382,12 +445,7 @@ TEST(MigrateVersionSettingsBacklight, AMissingUserFileIsMade)
 
 TEST(MigrateVersionSettingsSyslog, BothTargetKeysComeFromBothSavedValues)
 {
-    struct Row {
-        const char* type;   // null: no key
-        const char* server; // null: no key
-        const char* after;  // null: untouched
-    };
-    const Row rows[] = {
+    ExpectSyslogKeys({
         {"3", "syslog.example.com", "LogType=2\nSyslogServer=syslog.example.com\n"},
         {"1", "0", "LogType=0\nSyslogServer=0\n"},
         {"0", "s", "LogType=-1\nSyslogServer=s\n"},
@@ -402,6 +460,12 @@ TEST(MigrateVersionSettingsSyslog, BothTargetKeysComeFromBothSavedValues)
         {"-2147483648", "s", "LogType=-2147483648\nSyslogServer=s\n"},
         {"-99999999999", "s", "LogType=-2147483648\nSyslogServer=s\n"},
         {"3", " ?\"a b\";#=%s\xc3\xa4\xff \t", "LogType=2\nSyslogServer=?\"a b\";#=%s\xc3\xa4\xff \t\n"},
+    });
+}
+
+TEST(MigrateVersionSettingsSyslog, WithoutBothSavedValuesNothingIsWritten)
+{
+    ExpectSyslogKeys({
         {"3", "", nullptr},
         {"3", " \t", nullptr},
         {"3", nullptr, nullptr},
@@ -409,24 +473,7 @@ TEST(MigrateVersionSettingsSyslog, BothTargetKeysComeFromBothSavedValues)
         {nullptr, "s", nullptr},
         {"", "", nullptr},
         {nullptr, nullptr, nullptr},
-    };
-    for (const Row& row : rows) {
-        const std::string saved = "[Syslog]\n" + Line("eLogType", row.type) + Line("strServerName", row.server);
-        SCOPED_TRACE(saved);
-        PhoneImage phone;
-        phone.Put(kHandOver, saved);
-        phone.Put(kUserIni, kQuietUser);
-        phone.Put(kSystem, "; system\n[Syslog]\neLogType=9\nstrServerName=old\n");
-        const UntouchedFiles source(phone, {kHandOver});
-        const UntouchedFiles target(phone, {kSystem});
-        phone.Run("2");
-        if (row.after == nullptr)
-            target.Check();
-        else
-            phone.Expect(kSystem, std::string("; system\n[Syslog]\neLogType=9\nstrServerName=old\n") + row.after);
-        phone.ExpectNothingElseChanged();
-        source.Check();
-    }
+    });
 }
 
 TEST(MigrateVersionSettingsSyslog, TheSavedValuesStandInTheirOwnSection)

@@ -78,36 +78,60 @@ int Encipher(const std::string& file, const char* key, const char* defaultText =
     return TransEncryptValue(CipherDirection::Encipher, file.c_str(), "Web", key, defaultText);
 }
 
+enum class Done { Nothing, Enciphers, Deciphers };
+
+/// @param status  what is reported when nothing is done
+void ExpectDone(PhoneImage& phone, Done done, const std::string& status)
+{
+    switch (done) {
+    case Done::Nothing:
+        EXPECT_EQ(phone.Reports(),
+                  Lines{std::string("app_log 60/6: No need trans password file !! Current status [") + status + "]"});
+        break;
+    case Done::Enciphers:
+        EXPECT_THAT(phone.Reports(),
+                    testing::ElementsAre(std::string("etlTrace 2: Encrypt:(first)->(") + kFirst + ")",
+                                         testing::StartsWith("etlTrace 2: Encrypt:(" + kSecond + ")")));
+        EXPECT_NE(phone.Get(kWebIni).find(std::string("[Web]\nA=") + kFirst + "\nB="), std::string::npos);
+        phone.Expect(kWebIni, phone.Get(kWebIni));
+        break;
+    case Done::Deciphers:
+        EXPECT_EQ(phone.Reports(), (Lines{"etlTrace 2: Decrypt:(first)->()",
+                                          std::string("etlTrace 2: Decrypt:(") + kSecond + ")->(second)"}));
+        phone.Expect(kWebIni, "[Web]\nA=first\nB=second\n");
+        break;
+    }
+}
+
 } // namespace
 
 TEST(TransPasswordFile, TheTwoLocksDecideWhatIsDone)
 {
-    enum Expected { Nothing, Enciphers, Deciphers };
     struct Row {
         const char* user;
         const char* factory;
-        Expected expected;
+        Done expected;
         const char* status;
     };
     const Row rows[] = {
-        {"EnLock=0\n", "EnLock=0\n", Nothing, "decrypt"},
-        {"EnLock=0\n", "", Nothing, "decrypt"},
-        {"", "EnLock=0\n", Nothing, "decrypt"},
-        {"", "", Nothing, "decrypt"},
-        {"EnLock=\n", "EnLock=off\n", Nothing, "decrypt"},
-        {"EnLock=1\n", "EnLock=1\n", Nothing, "encrypt"},
-        {"EnLock=2\n", "EnLock=1\n", Nothing, "encrypt"},
-        {"EnLock=-1\n", "EnLock=1\n", Nothing, "encrypt"},
-        {"EnLock=1\n", "EnLock=-1\n", Nothing, "encrypt"},
-        {"EnLock=0\n", "EnLock=1\n", Enciphers, ""},
-        {"EnLock=0\n", "EnLock=2\n", Enciphers, ""},
-        {"EnLock=0\n", "EnLock=-1\n", Enciphers, ""},
-        {"", "EnLock=1\n", Enciphers, ""},
-        {"EnLock=on\n", "EnLock=99999999999\n", Enciphers, ""},
-        {"EnLock=1\n", "EnLock=0\n", Deciphers, ""},
-        {"EnLock=2\n", "EnLock=0\n", Deciphers, ""},
-        {"EnLock=-1\n", "", Deciphers, ""},
-        {"EnLock=1x\n", "EnLock=x1\n", Deciphers, ""},
+        {"EnLock=0\n", "EnLock=0\n", Done::Nothing, "decrypt"},
+        {"EnLock=0\n", "", Done::Nothing, "decrypt"},
+        {"", "EnLock=0\n", Done::Nothing, "decrypt"},
+        {"", "", Done::Nothing, "decrypt"},
+        {"EnLock=\n", "EnLock=off\n", Done::Nothing, "decrypt"},
+        {"EnLock=1\n", "EnLock=1\n", Done::Nothing, "encrypt"},
+        {"EnLock=2\n", "EnLock=1\n", Done::Nothing, "encrypt"},
+        {"EnLock=-1\n", "EnLock=1\n", Done::Nothing, "encrypt"},
+        {"EnLock=1\n", "EnLock=-1\n", Done::Nothing, "encrypt"},
+        {"EnLock=0\n", "EnLock=1\n", Done::Enciphers, ""},
+        {"EnLock=0\n", "EnLock=2\n", Done::Enciphers, ""},
+        {"EnLock=0\n", "EnLock=-1\n", Done::Enciphers, ""},
+        {"", "EnLock=1\n", Done::Enciphers, ""},
+        {"EnLock=on\n", "EnLock=99999999999\n", Done::Enciphers, ""},
+        {"EnLock=1\n", "EnLock=0\n", Done::Deciphers, ""},
+        {"EnLock=2\n", "EnLock=0\n", Done::Deciphers, ""},
+        {"EnLock=-1\n", "", Done::Deciphers, ""},
+        {"EnLock=1x\n", "EnLock=x1\n", Done::Deciphers, ""},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(std::string(row.user) + row.factory);
@@ -116,25 +140,7 @@ TEST(TransPasswordFile, TheTwoLocksDecideWhatIsDone)
         phone.Put(kList, "<list>" + WebEntry("A") + WebEntry("B") + "</list>");
         phone.Put(kWebIni, std::string("[Web]\nA=first\nB=") + kSecond + "\n");
         phone.Run("pwd");
-        switch (row.expected) {
-        case Nothing:
-            EXPECT_EQ(
-                phone.Reports(),
-                Lines{std::string("app_log 60/6: No need trans password file !! Current status [") + row.status + "]"});
-            break;
-        case Enciphers:
-            EXPECT_THAT(phone.Reports(),
-                        testing::ElementsAre(std::string("etlTrace 2: Encrypt:(first)->(") + kFirst + ")",
-                                             testing::StartsWith("etlTrace 2: Encrypt:(" + kSecond + ")")));
-            EXPECT_NE(phone.Get(kWebIni).find(std::string("[Web]\nA=") + kFirst + "\nB="), std::string::npos);
-            phone.Expect(kWebIni, phone.Get(kWebIni));
-            break;
-        case Deciphers:
-            EXPECT_EQ(phone.Reports(), (Lines{"etlTrace 2: Decrypt:(first)->()",
-                                              std::string("etlTrace 2: Decrypt:(") + kSecond + ")->(second)"}));
-            phone.Expect(kWebIni, "[Web]\nA=first\nB=second\n");
-            break;
-        }
+        ExpectDone(phone, row.expected, row.status);
         phone.ExpectNothingElseChanged();
     }
 }

@@ -96,6 +96,12 @@ TEST(IniFormat, AChangeTouchesTheBytesOfTheValueAlone)
         {"[S]\n\"k\"=1\nk=\"old\"\n", "[S]\n\"k\"=1\nk=new\n"},
         {"[S]\n;k=1\n#k=2\n \t; k=3\n\t#k=4\nk=old\n", "[S]\n;k=1\n#k=2\n \t; k=3\n\t#k=4\nk=new\n"},
         {"[S]\nk=old ; note # note\n", "[S]\nk=new\n"},
+    });
+}
+
+TEST(IniFormat, AChangeTouchesTheFirstKeyOfThatNameAlone)
+{
+    ExpectChanges({
         // Names match byte for byte.
         {"[s]\nk=1\n[S ]\nk=2\n[ S]\nk=3\n[S]\nK=4\nkk=5\nk=old\n",
          "[s]\nk=1\n[S ]\nk=2\n[ S]\nk=3\n[S]\nK=4\nkk=5\nk=new\n"},
