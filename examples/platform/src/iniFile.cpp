@@ -6,8 +6,8 @@
 #include <algorithm>
 #include <iterator>
 
+#include "fileBytes.h"
 #include "fileReplacement.h"
-#include "files.h"
 #include "integerText.h"
 
 namespace
@@ -111,7 +111,7 @@ int iniFile::LoadFromFile(const char* path)
     mark_.clear();
     lines_.clear();
     std::string bytes;
-    if (!ReadFile(path_.c_str(), bytes))
+    if (ReadFile(path_.c_str(), bytes) != ReadResult::Done)
         return 0;
 
     std::string_view text = bytes;

@@ -6,16 +6,12 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
-#include <ctime>
 #include <string>
-#include <sys/socket.h>
-#include <sys/un.h>
-#include <syslog.h>
-#include <unistd.h>
 
 #include "appLog.h"
 #include "integerText.h"
 #include "standardOutput.h"
+#include "systemLog.h"
 #include "trace.h"
 
 namespace
@@ -38,24 +34,7 @@ void WriteToStandardError(std::string line)
 {
     if (line.back() != '\n')
         line += '\n';
-    (void)std::fwrite(line.data(), 1, line.size(), stderr); // failures are ignored
-}
-
-/// Without the C library, whose `syslog` would wait for a stalled log daemon.
-void SendToSystemLog(int level, const std::string& text)
-{
-    const int log = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-    if (log == -1)
-        return;
-    char time[32] = "";
-    const std::time_t now = std::time(nullptr);
-    std::tm local = {};
-    if (localtime_r(&now, &local) != nullptr)
-        (void)std::strftime(time, sizeof time, "%b %e %T", &local);
-    const std::string message = "<" + std::to_string(LOG_USER | level) + ">" + time + " kestrune: " + text;
-    const sockaddr_un address = {AF_UNIX, _PATH_LOG};
-    (void)sendto(log, message.data(), message.size(), 0, reinterpret_cast<const sockaddr*>(&address), sizeof address);
-    (void)close(log);
+    (void)std::fwrite(line.data(), 1, line.size(), stderr); // a closed or full one changes nothing
 }
 
 int HighestTraceLevel()
@@ -69,7 +48,7 @@ int HighestTraceLevel()
 
 std::FILE* StandardOutput()
 {
-    return stdout; // waits for a stalled reader
+    return stdout; // a stalled reader is waited for here
 }
 
 void app_log(int module, int level, const char* format, ...)
@@ -78,7 +57,7 @@ void app_log(int module, int level, const char* format, ...)
     va_start(values, format);
     const std::string text = Format(format, values);
     va_end(values);
-    SendToSystemLog(level, text);
+    WriteToSystemLog(level, text);
     WriteToStandardError("app_log " + std::to_string(module) + "/" + std::to_string(level) + ": " + text);
 }
 
