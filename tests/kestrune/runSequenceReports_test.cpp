@@ -199,9 +199,13 @@ TEST(RunSequenceReports, WithoutStandardErrorTracesDoNotEndInTheSystemLog)
     phone.AddSandboxOptions({"--bind", folder.Path("log"), "/dev/log"});
     EXPECT_EQ(phone.RunThrough("exec \"$@\" 2>&-", "all").exitStatus, 0);
     phone.ExpectAllDone();
-    EXPECT_THAT(log.Messages(),
-                testing::ElementsAre(testing::HasSubstr("Usage"), testing::HasSubstr("No config translate"),
-                                     testing::HasSubstr("Sync cert"), testing::HasSubstr("no cipher key")));
+    std::vector<std::string> messages = log.Messages();
+    if (kHasBundledPlatform && !messages.empty()) {
+        EXPECT_THAT(messages.back(), testing::HasSubstr("no cipher key"));
+        messages.pop_back();
+    }
+    EXPECT_THAT(messages, testing::ElementsAre(testing::HasSubstr("Usage"), testing::HasSubstr("No config translate"),
+                                               testing::HasSubstr("Sync cert")));
 }
 
 TEST(RunSequenceReports, ARunWithoutStandardDescriptorsChangesTheFilesThatItShouldAndNoOther)
