@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// A list of enciphered entries of any bytes.
+// A list of enciphered entries with arbitrary bytes.
 
 #include <list>
 #include <string>

@@ -15,6 +15,6 @@ std::string TakeLine(std::string& text)
 
 std::string FuzzFile(const std::string& name)
 {
-    static const ScratchFolder folder; // for all inputs: making one for each would take longer than the input
+    static const ScratchFolder folder; // for all inputs: creating one for each would take longer than the input
     return folder.Path(name);
 }

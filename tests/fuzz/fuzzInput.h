@@ -8,12 +8,12 @@
 #include <cstdlib>
 #include <string>
 
-/// What the fuzzing harnesses share. Each harness is a libFuzzer entry point; the preset "fuzz" links it to the fuzzer, every
-/// other build to a driver that replays the inputs that are kept in the tree.
+/// Shared code of the fuzzing harnesses. Each harness is a libFuzzer entry point; the preset "fuzz" links it to the
+/// fuzzer, every other build to a driver that replays the inputs that are kept in the tree.
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
-/// Ends the process when a property does not hold, so that the fuzzer keeps the input.
+/// Aborts the process if a property does not hold, so that the fuzzer keeps the input.
 inline void Require(bool holds)
 {
     if (!holds)
@@ -25,8 +25,8 @@ inline std::string InputText(const std::uint8_t* data, std::size_t size)
     return std::string(reinterpret_cast<const char*>(data), size);
 }
 
-/// Takes the first line, without its line feed, off the text.
+/// Removes the first line from the text, and returns it without its line feed.
 std::string TakeLine(std::string& text);
 
-/// A file of this process on a memory file system; its folder goes at exit.
+/// A file of this process on a memory file system; its folder is removed at exit.
 std::string FuzzFile(const std::string& name);

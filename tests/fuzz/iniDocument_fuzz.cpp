@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// A configuration file of any bytes, and a key set in it. Input: a line each for section, key and value, then the file.
+// A configuration file with arbitrary bytes, and a key set in it. Input: one line each for section, key and value, then
+// the file.
 
 #include <string>
 #include <vector>
@@ -14,7 +15,7 @@ namespace
 {
 
 struct Key {
-    std::size_t section; // its place in the file
+    std::size_t section; // its index in the file
     std::string value;
 };
 
@@ -31,7 +32,7 @@ std::vector<Key> Walk(iniDocument& document)
     return keys;
 }
 
-/// How many keys differ: one at most may, the one that was set.
+/// The number of keys that differ: at most one, the key that was set.
 int CountDifferences(const std::vector<Key>& before, const std::vector<Key>& after)
 {
     std::size_t i = 0;

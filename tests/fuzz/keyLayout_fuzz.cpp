@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// A key layout file of any bytes.
+// A key layout file with arbitrary bytes.
 
 #include <pugixml.hpp>
 #include <string>

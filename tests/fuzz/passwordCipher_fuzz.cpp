@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// Any text to decipher and to encipher.
+// An arbitrary text to decipher and to encipher.
 
 #include <cstring>
 #include <string>

@@ -13,8 +13,8 @@
 namespace
 {
 
-/// Leaves an address space of 64 MiB above what the program has before it does anything: an input that would take the
-/// memory of a phone ends the process. Sanitizers take terabytes, so with them there is no limit.
+/// Limits the address space to 64 MiB more than at the start of the program: an input that would use up the memory of a
+/// phone ends the process. Sanitizers need terabytes, so with them there is no limit.
 bool LimitAddressSpace()
 {
 #ifndef __SANITIZE_ADDRESS__
@@ -31,7 +31,7 @@ bool LimitAddressSpace()
 
 } // namespace
 
-/// Runs the harness on every file of the folders that are named; a property that does not hold ends the process.
+/// Runs the harness on every file of the named folders; a property that does not hold aborts the process.
 int main(int argumentCount, char** arguments)
 {
     if (!LimitAddressSpace())

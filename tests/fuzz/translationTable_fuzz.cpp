@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// A translation table of any bytes: each record's destination and value, in both forms.
+// A translation table with arbitrary bytes: each record's destination and value, in both forms.
 
 #include <cstdio>
 #include <string>

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// An old data file of any bytes. Input: a first byte that chooses the translator, then the file.
+// An old data file with arbitrary bytes. Input: a first byte that chooses the translator, then the file.
 
 #include <string>
 #include <tinyxml.h>
@@ -66,7 +66,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Require(Translate(data[0], oldPath.c_str(), newPath.c_str()) == 1);
     Require(ReadBytes(newPath) == once);
 
-    const bool isBuiltAfresh = data[0] % 6 != 5; // the remote phone books carry over whatever the old file has
+    const bool isBuiltAfresh = data[0] % 6 != 5; // the remote phone books keep the content of the old file
     TiXmlDocument document;
     if (isBuiltAfresh && !once.empty()) {
         Require(LoadXmlFile(document, newPath.c_str()) != 0);

@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// The operation that the app library offers to other programs of the device beside the translators. No mode calls it.
+// The operation that the app library offers to other programs of the device in addition to the translators. No mode
+// calls it.
 
 #include <gtest/gtest.h>
 
@@ -77,7 +78,7 @@ TEST(BacklightMinutesToSecondsIfSmall, WhatCannotBeReadOrMadeIsLeft)
 
 TEST(BacklightMinutesToSecondsIfSmall, NoModeCallsIt)
 {
-    // Mode "2" multiplies whatever is there; no other mode multiplies at all.
+    // Mode "2" multiplies any value; no other mode multiplies at all.
     for (const char* mode : {"all", "dev", "pwd", "1", "2", "other"}) {
         SCOPED_TRACE(mode);
         PhoneImage phone;

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// Every value of the translation table goes through this step. No key file stands on the machine that runs these tests,
-// so the development key is in use.
+// Every value of the translation table goes through this step. The machine that runs these tests has no key file, so
+// the development key is used.
 
 #include "convertPasswordValue.h"
 
@@ -91,7 +91,7 @@ TEST(ConvertPasswordValue, ThePlainFormOfAValue)
 {
     if (!kHasBundledPlatform)
         GTEST_SKIP() << "rests on the texts of the bundled cipher";
-    // The cipher leaves the buffer empty when it refuses a text, so the line shows none of a value that is kept.
+    // The cipher leaves the buffer empty if it refuses a text, so the line does not show a value that is kept.
     const std::string kept = Line("", -1);
     const std::string twice = "eB/ZoLFj99qSyKAwH8JR7eNnWv3kbcCmx2/I3cTGSAnRkfusBHgw97AUlepoVCJgcNKXnzHB";
     const Row rows[] = {

@@ -23,7 +23,7 @@ constexpr char kDirectIP[] = "/config/user/voip/directip.cfg";
 constexpr char kAccount16[] = "/config/user/voip/sipAccount16.cfg";
 constexpr char kFactoryAccount[] = "/phone/factory/user/voip/sipAccount16.cfg";
 
-/// An account file that the start-up fix-ups leave alone.
+/// An account file that the start-up fix-ups do not change.
 std::string AccountText(const std::string& name, const std::string& keys = "")
 {
     return "; " + name + "\n[account]\nSCALineKeyNumber=4\nLabel=" + name + "\n" + keys;
@@ -36,7 +36,7 @@ void PutUser(PhoneImage& phone)
     phone.PutFolder("/config/user/voip");
 }
 
-/// @return whether we may give the file to this user
+/// @return whether the file's owner could be changed to this user
 bool Give(const PhoneImage& phone, const std::string& path, uid_t owner, mode_t mode)
 {
     const std::string hostPath = phone.HostPath(path);
@@ -218,7 +218,7 @@ TEST(RestoreDirectIPAccount, TheDirectIPFileBecomesAccount16AndTheFactoryFileIsN
     phone.Put(Account(15), AccountText("fifteen"));
     const UntouchedFiles others(phone, {kFactoryAccount, Account(15)});
     phone.Run("2");
-    phone.Expect(kAccount16, text); // the "?" stays: it is a mark in the factory's file alone
+    phone.Expect(kAccount16, text); // the "?" stays: it is a mark only in the factory's file
     phone.ExpectMissing(kDirectIP);
     phone.ExpectNothingElseChanged();
     others.Check();

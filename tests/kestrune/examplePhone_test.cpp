@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// The example phone, a whole phone right after its upgrade: what the modes make of it, and what a second run does.
+// The example phone, a whole phone right after its upgrade: the results of the modes, and of a second run.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -122,7 +122,7 @@ const Setting kSettings[] = {
     {kAccount0, "VoiceMail", "Number", "*97"},
     {kAccount2, "Pickup", "strDirectCode", "*8"},
     {kAccount16, "Ring", "strTone", "Default"},
-    // What the fix-ups make explicit.
+    // The settings that the fix-ups make explicit.
     {kUserIni, "Feature", "RingbackTimeout", "150"},
     {kAccount0, "account", "SCALineKeyNumber", "-1"},
     {kAccount1, "account", "SCALineKeyNumber", "3"},
@@ -130,7 +130,7 @@ const Setting kSettings[] = {
     {kAccount3, "account", "SCALineKeyNumber", "-1"},
     {kAccount4, "account", "SCALineKeyNumber", "-1"},
     {kAccount16, "account", "SCALineKeyNumber", "-1"},
-    // The password pass knows the first four accounts alone.
+    // The password pass handles only the first four accounts.
     {kAccount4, "account", "Password", "gate&lift=open"},
     {kAccount16, "account", "Password", "Norrsken_hall;B17"},
     {kAccount16, "VoiceMail", "Pin", "2019"},
@@ -169,7 +169,7 @@ public:
         }
     }
 
-    /// How often a text stands in a file.
+    /// How often a file contains a text.
     int Count(const std::string& path, const std::string& text) const
     {
         int count = 0;
@@ -213,7 +213,7 @@ public:
             "</DoorPhone>\n");
     }
 
-    /// After a run: of the files named, each may have changed.
+    /// After a run: each of the named files may have changed.
     template <typename Paths>
     void Allow(const Paths& paths)
     {
@@ -285,14 +285,14 @@ TEST(ExamplePhone, EveryByteThatNoRecordConcernsStays)
     ExamplePhone phone;
     phone.Run("all");
     EXPECT_EQ(phone.Get(kVersionIni), before.Get(kVersionIni));
-    // Account 4 has no records: its one change is the key that the first fix-up adds behind the last one of its
+    // Account 4 has no records: its only change is the key that the first fix-up adds after the last one of its
     // section.
     const std::string account4 = before.Get(kAccount4);
     const std::string added = "SCALineKeyNumber=-1\n";
     const std::string changed = phone.Get(kAccount4);
     ASSERT_NE(changed.find(added), std::string::npos);
     EXPECT_EQ(Replace(changed, added, ""), account4);
-    // New sections of the user's settings stand at the end, in the order of the table.
+    // New sections of the user's settings are at the end, in the order of the table.
     EXPECT_THAT(phone.Get(kUserIni),
                 testing::EndsWith("   bHearingCoil=0\n"
                                   "\n[HotLine]\nbEnable=0\nstrNumber=2100\nnDelay=8\n"
@@ -300,7 +300,7 @@ TEST(ExamplePhone, EveryByteThatNoRecordConcernsStays)
                                   "strText=Please ring the bell, we are at the loading bay\neType=1\n"
                                   "\n[KeyLock]\neMode=2\nnSeconds=90\nstrPin=" +
                                   std::string(kUnlockPinToken) + "\n"));
-    // Lines that end in CR LF go on to do so.
+    // Lines that end in CR LF stay so.
     EXPECT_EQ(phone.Count(kAccount2, "\n"), phone.Count(kAccount2, "\r\n"));
 }
 
@@ -316,7 +316,7 @@ TEST(ExamplePhone, ASecondRunEnciphersTheDealerPasswordAgainAndEmptiesTheDoorPho
     // Every other secret has a record that deciphers it before the password pass, so it ends as it was.
     phone.Expect(kUserIni, Replace(userIni, std::string("strDealerPassword=") + kDealerOnce + "\n",
                                    std::string("strDealerPassword=") + kDealerTwice + "\n"));
-    // Rewritten in place, the new file is taken for an old one.
+    // Since the file was rewritten in place, the new file is read as an old one.
     std::string emptied = "<DoorPhone>\n";
     for (int number = 0; number < 5; ++number)
         emptied += "    <item id_name=\"\" device_model=\"0\" display_name=\"\" phone_number=\"\" unlock_pin=\"\" "
@@ -333,7 +333,7 @@ TEST(ExamplePhone, OnceTheLocksAgreeTheTablePassEnciphersTheRestAndARunChangesNo
     phone.Run("all");
     phone.Put(kUserIni, Replace(phone.Get(kUserIni), "EnLock=0\n", "EnLock=1\n"));
     phone.Put(kVersionIni, Replace(phone.Get(kVersionIni), "bEnableFromOld=1\n", "bEnableFromOld=0\n"));
-    // The password pass knows the first four accounts alone; the table knows account 16 as well.
+    // The password pass handles only the first four accounts; the table also handles account 16.
     std::string account16 = phone.Get(kAccount16);
     account16 = Replace(account16, "\nPassword = Norrsken_hall;B17\n",
                         "\nPassword = Ka9mlrtygIVOL/hTpgKM39Wt13C/56cdMuecFo76eggB\n");

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// The hand-over as a whole: mode "1" and then mode "2" on one phone, and files in their way that are damaged.
+// The whole hand-over: mode "1" and then mode "2" on one phone, also with damaged files.
 
 #include <algorithm>
 #include <filesystem>
@@ -90,7 +90,7 @@ Files NewPhone()
     return files;
 }
 
-/// Puts lines behind the first line of that text that follows the section line.
+/// Inserts lines after the first line of that text that follows the section line.
 void Insert(std::string& text, const std::string& section, const std::string& line, const std::string& inserted)
 {
     const std::size_t position = text.find(line, text.find(section));
@@ -109,7 +109,7 @@ void Replace(std::string& text, const std::string& from, const std::string& to)
         text.replace(position, from.size(), to);
 }
 
-/// The values of all attributes of that name, as they stand in the text and in its order.
+/// The values of all attributes of that name, as in the text and in its order.
 void ExpectAttributes(const std::string& text, const std::string& name, const std::vector<std::string>& values)
 {
     std::vector<std::string> found;
@@ -140,7 +140,7 @@ Files AllFiles(const PhoneImage& phone)
     return files;
 }
 
-/// Bytes that are no text: no line end among the first or at the end, so that what is added behind them is known.
+/// Bytes that are not text: no line end among the first or at the end, so that text added after them is known.
 std::string Garbage()
 {
     std::mt19937 random(20240311);
@@ -163,7 +163,7 @@ std::ostream& operator<<(std::ostream& stream, Damage damage)
     return stream << kNames[static_cast<int>(damage)];
 }
 
-/// Runs a mode with one file damaged. What the phone holds afterwards is to be that, the damaged file included.
+/// Runs a mode with one damaged file. Afterwards the phone must contain these files, including the damaged one.
 void ExpectWithDamage(const std::string& mode, Files before, const std::string& path, Damage damage, const Files& after)
 {
     std::ostringstream trace;
@@ -201,7 +201,7 @@ void ExpectWithDamage(const std::string& mode, Files before, const std::string& 
     EXPECT_EQ(AllFiles(phone), after);
 }
 
-/// What stands in the damaged file after a run that adds nothing to it.
+/// The content of the damaged file after a run that adds nothing to it.
 void PutDamaged(Files& files, const std::string& path, Damage damage, const std::string& unreadableBytes)
 {
     files.erase(path);
@@ -218,7 +218,7 @@ bool CanBeWritten(Damage damage)
     return damage == Damage::Empty || damage == Damage::Garbage;
 }
 
-/// What the damaged INI file holds when sections are added to it.
+/// The content of the damaged INI file after sections are added to it.
 std::string WithSections(Damage damage, const std::string& sections)
 {
     return damage == Damage::Empty ? sections : Garbage() + "\n\n" + sections;
@@ -279,7 +279,7 @@ TEST(HandOver, ModeTwoTwiceConvertsAgain)
     Files expected = NewPhone();
     std::string& user = expected[kUserIni];
     user.replace(user.find("nBacklightTime=300"), 18, "nBacklightTime=18000");
-    expected[kAccount16] = "[account]\nSCALineKeyNumber=2\nLabel=factory\n"; // the direct-IP file has gone
+    expected[kAccount16] = "[account]\nSCALineKeyNumber=2\nLabel=factory\n"; // the direct-IP file was removed
     EXPECT_EQ(AllFiles(phone), expected);
 }
 
@@ -295,7 +295,7 @@ TEST(HandOver, ModeTwoAloneOnlyTakesTheFactoryAccount)
 
 TEST(HandOver, APhoneWithSomeOfTheFiles)
 {
-    // No system.ini, one expansion module alone, no marked account, no factory account.
+    // No system.ini, only one expansion module, no marked account, no factory account.
     PhoneImage phone;
     phone.Put(kUserIni, "[Features]\nBLfNotifyType=1\nBLFLedOffIdle=0\n\n[Feature]\nRingbackTimeout=90\n");
     phone.Put(kFactory, "[Sync]\nSyncCfgByVersion=1\n");
@@ -354,7 +354,7 @@ TEST(HandOver, DamagedUserFileInModeOne)
     for (const Damage damage : kAllDamage) {
         Files after = PhoneBetween();
         PutDamaged(after, kUserIni, damage, OldPhone()[kUserIni]);
-        after[kHandOver] = kOldLog; // its section can be read for nothing, so no key of it is saved
+        after[kHandOver] = kOldLog; // nothing can be read from its section, so no key of it is saved
         if (CanBeWritten(damage)) {
             after[kUserIni] = WithSections(damage, "[Feature]\nRingbackTimeout=180\n");
             after[kHandOver] = "[Features]\nBLFLedOffIdle=\nBLfNotifyType=\nClosePowerLight=\nPowerLedIdle&Talk=\n"
@@ -377,7 +377,7 @@ TEST(HandOver, DamagedSystemFileInModeOne)
 
 TEST(HandOver, DamagedHandOverFileInModeTwo)
 {
-    // It is there, so the steps that need nothing from it run; it has no value, so the others leave their targets alone.
+    // The file exists, so the steps that need no value from it run; it has no value, so the others change nothing.
     for (const Damage damage : kAllDamage) {
         Files after = NewPhone();
         for (const char* path : {kSystem, kAccount0})
@@ -444,7 +444,7 @@ TEST(HandOver, TheExamplePhoneHasItsNewSettingsAfterModesOneAndTwo)
     expected.erase(kAccount4);
     Insert(expected[kUserIni], "[Feature]\n", "bKeepRingback183=0\n", "RingbackTimeout=150\n");
 
-    // The power light was switched off, and with it the queue-status light of the accounts that stay below 16.
+    // The power light was switched off, and with it the queue-status light of the accounts below 16.
     for (int number : {0, 1, 3})
         Replace(expected[Account(number)], "bEnableQueueStatusLight=1\n", "bEnableQueueStatusLight=0\n");
     expected[Account(2)] += "\r\n[CallCenter]\r\nbEnableQueueStatusLight=0\r\n";

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// Files of more than 4 MiB: whatever a run does with one that does not load, it does with these, and says the same.
+// Files of more than 4 MiB: a run handles and reports them in the same way as files that do not load.
 
 #include <filesystem>
 #include <gtest/gtest.h>
@@ -28,7 +28,7 @@ const Row kRows[] = {
     {"/config/version.ini", {"all", "1"}},
     {"/config/user/voip/sipAccount0.cfg", {"all", "1", "2"}},
     {"/config/user/voip/sipAccount16.cfg", {"1"}}, // mode "2" replaces it unread
-    {"/config/user/voip/directip.cfg", {"2"}},     // and mode "1" this one
+    {"/config/user/voip/directip.cfg", {"2"}},     // mode "1" replaces it unread
     {"/phone/factory/user/user.ini", {"1", "pwd"}},
     {"/phone/factory/user/voip/sipAccount16.cfg", {"2"}},
     {"/phone/factory/certs/pwcipher.key", {"all", "pwd"}},
@@ -46,7 +46,7 @@ const Row kRows[] = {
     {"/config/data/expkey0.xml", {"2"}},
 };
 
-/// What the XML library says of a folder in the file's place.
+/// The XML library's message for a folder in place of the file.
 Lines WithoutDescription(Lines reports)
 {
     for (std::string& report : reports) {
@@ -59,7 +59,7 @@ Lines WithoutDescription(Lines reports)
     return reports;
 }
 
-/// The files of a phone and what they hold, but for that one.
+/// The files of a phone and their content, except for that one.
 std::map<std::string, std::string> FilesBeside(const PhoneImage& phone, const std::string& path)
 {
     std::map<std::string, std::string> files;
@@ -73,7 +73,7 @@ std::map<std::string, std::string> FilesBeside(const PhoneImage& phone, const st
     return files;
 }
 
-/// Names the files that differ, whose bytes are many.
+/// Prints only the names of the files that differ, because they are large.
 void ExpectSameFiles(const PhoneImage& phone, const PhoneImage& likeWise, const std::string& besides)
 {
     const auto found = FilesBeside(phone, besides);
@@ -83,7 +83,7 @@ void ExpectSameFiles(const PhoneImage& phone, const PhoneImage& likeWise, const 
     EXPECT_EQ(found.size(), expected.size());
 }
 
-/// The file is as it was, or has been taken away like whatever else has its name.
+/// The file is unchanged, or was removed as any other file of its name would be.
 void ExpectSize(const PhoneImage& phone, const std::string& path, std::uintmax_t size, const PhoneImage& likeWise)
 {
     EXPECT_EQ(phone.Has(path), likeWise.Has(path));

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// The key layout migration, a step of mode "2": items gain the attributes that the firmware expects, and the files are those
-// that the XML library itself would have written.
+// The key layout migration, a step of mode "2": items gain the attributes that the firmware expects, and the files are
+// those that the XML library itself would have written.
 
 #include <filesystem>
 #include <gmock/gmock.h>
@@ -27,14 +27,14 @@ std::string ExpansionKeys(int number)
     return "/config/data/expkey" + std::to_string(number) + ".xml";
 }
 
-/// A phone on which mode "2" changes key layout files alone.
+/// A phone on which mode "2" changes only key layout files.
 void PutQuietPhone(PhoneImage& phone)
 {
     phone.Put("/tmp/VersionInfo.cfg", "");
     phone.Put("/config/user/user.ini", "[Feature]\nRingbackTimeout=90\n[Backlight]\nnBacklightTime=0\n");
 }
 
-/// Mode "2" makes this of the line keys, and changes nothing else.
+/// Mode "2" converts the line keys to this, and changes nothing else.
 void ExpectLayout(const std::string& before, const std::string& after)
 {
     PhoneImage phone;
@@ -65,8 +65,8 @@ void SetAttribute(pugi::xml_node element, const char* name, const std::string& v
     attribute.set_value(value.c_str());
 }
 
-/// What the library's own functions on paths make of a layout with the same edit; the bytes themselves when the layout is
-/// one to leave alone.
+/// The result of the library's own functions on paths for a layout with the same edit; the bytes themselves if the
+/// layout must not be changed.
 std::string Reference(const std::string& bytes, const char* rootName)
 {
     const ScratchFolder folder;
@@ -127,7 +127,7 @@ TEST(MigrateKeyLayouts, EachKeyTypeGainsItsAttribute)
     struct Row {
         const char* type;
         const char* data;  // attributes of "itemdata" before
-        const char* added; // what comes behind them
+        const char* added; // attributes after them
     };
     const Row rows[] = {
         {"14", " extension=\"201\"", " pickup_value=\"201\""},
@@ -207,7 +207,7 @@ TEST(MigrateKeyLayouts, NoOtherTypeAndNoItemWithoutTypeOrDataChanges)
 TEST(MigrateKeyLayouts, NumbersAreReadByTheLibrarysOwnRules)
 {
     struct Row {
-        const char* line;  // as it stands
+        const char* line;  // as in the file
         const char* value; // as it is written
     };
     const Row lines[] = {
@@ -296,7 +296,7 @@ TEST(MigrateKeyLayouts, ReferencesInNumbersAreReadByTheLibrarysOwnRules)
          "5",
          "\xC2\xA0"
          "5",
-         "0"}, // a blank of another kind is none here
+         "0"}, // another kind of blank does not count
         {"00000000000000000005", "00000000000000000005", "5"},
         {"0x000000000000000005", "0x000000000000000005", "5"},
         {"-0x80000000", "-0x80000000", "-2147483648"},
@@ -587,7 +587,7 @@ TEST(MigrateKeyLayouts, AFileThatCannotBeSavedStaysAsItWas)
     phone.Put(kLineKeys, Old("dsskey", " type=\"28\"", ""));
     phone.AddSandboxOptions({"--ro-bind", phone.HostPath("/config/data"), "/config/data"});
     phone.Run("2");
-    phone.Expect("/config/system/system.ini", "[Syslog]\nLogType=2\nSyslogServer=s\n"); // the step behind it has run
+    phone.Expect("/config/system/system.ini", "[Syslog]\nLogType=2\nSyslogServer=s\n"); // the step after it has run
     phone.ExpectNothingElseChanged();
 }
 

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// Modes that follow one another on one phone: what it holds after each of them, whole files.
+// Modes that run one after another on one phone: its whole files after each of them.
 
 #include <gtest/gtest.h>
 #include <map>
@@ -14,7 +14,7 @@ namespace
 
 using Files = std::map<std::string, std::string>;
 
-/// Marks a file that a step takes away.
+/// Marks a file that a step removes.
 const std::string kGone = "gone";
 
 constexpr char kSystem[] = "/config/system/system.ini";
@@ -104,24 +104,24 @@ Files OldPhone()
 
 const Files kFixUps = {{kUserIni, FixedUser()}, {kAccount0, kFixedAccount0}, {kAccount4, kDirectAccount}};
 
-/// What the certificate sync and the translators make.
+/// The files that the certificate sync and the translators write.
 const Files kNewData = {
     {kNewPlan, "<dialRule>\n    <data rule=\"1\" replace=\"\" lines=\"\" />\n</dialRule>\n"},
     {kDoorPhones, DoorPhone("Gate")},
     {kUserCert, "certificate"},
 };
 
-/// What mode "1" makes after the fix-ups.
+/// The files that mode "1" writes after the fix-ups.
 const Files kHandedOver = {{kAccount4, kGone}, {kDirectIP, kDirectAccount}, {kHandOver, kFeatures + "\n" + kOldLog}};
 
-/// What mode "2" makes of a hand-over and of a direct-IP account.
+/// The results of mode "2" for a hand-over and for a direct-IP account.
 const Files kMigrated = {
     {kUserIni, NewUser("300")},   {kSystem, kOldLog + "LogType=2\nSyslogServer=log.example.com\n"},
     {kAccount0, kNewAccount0},    {kDirectIP, kGone},
     {kAccount16, kDirectAccount}, {kLineKeys, kNewLayout},
 };
 
-/// All of them; of a file that several name, the first one's.
+/// All of them; if several contain a file, that of the first.
 Files operator+(Files first, const Files& second)
 {
     first.insert(second.begin(), second.end());

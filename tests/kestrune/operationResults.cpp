@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// Runs one operation on the device's fixed paths and prints its result: tests start it in the sandbox in the program's
-// place. No mode calls the operation, or none looks at its result. The result is followed by the paths that tracked
-// allocations were given.
+// Runs one operation on the device's fixed paths and prints its result: tests start this program in the sandbox in
+// place of the real one. No mode calls the operation, or none examines its result. The result is followed by the paths
+// that tracked allocations were given.
 
 #include <cstdio>
 #include <cstdlib>
@@ -44,7 +44,7 @@ const Operation kOperations[] = {
     {"TransAllEncryptConfig decipher", [] { return TransAllEncryptConfig(CipherDirection::Decipher); }},
 };
 
-/// Becomes the program itself, without even a name of it among its arguments.
+/// Executes the program itself with an empty argument list, not even its name.
 int StartWithoutArguments()
 {
     char* const none[] = {nullptr};
@@ -53,7 +53,7 @@ int StartWithoutArguments()
 
 } // namespace
 
-// They take the place of the platform's.
+// They replace those of the platform.
 void* operator new(std::size_t size, const char* file, int line) noexcept
 {
     g_allocations += std::string("new ") + file + (line > 0 ? "\n" : " without a line\n");
@@ -73,7 +73,7 @@ int main(int argumentCount, char** arguments)
     for (const Operation& operation : kOperations) {
         if (name == operation.name) {
             const int result = operation.run();
-            // After what the operation itself has printed.
+            // After the output of the operation itself.
             std::fprintf(StandardOutput(), "result %d\n%s", result, g_allocations.c_str());
             return 0;
         }

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// What the program makes of whatever a cipher may give: this one is the test's own. The bundled one never gives most of
-// it, and another device's may.
+// How the program handles any result of a cipher, with the test's own cipher. The bundled one never returns most of
+// these results, but another device's may.
 
 #include <algorithm>
 #include <cstring>
@@ -17,13 +17,13 @@
 namespace
 {
 
-/// What a call of the cipher gives.
+/// The result of a call of the cipher.
 struct Reply {
     int result = 0;
-    const char* text = nullptr; // null: the buffer stays as it is
+    const char* text = nullptr; // null: the buffer is not changed
 };
 
-/// What it was given: the text, and the buffer as it came.
+/// The arguments of a call: the text, and the buffer before the call.
 struct Call {
     std::string text;
     std::string buffer; // whole
@@ -54,7 +54,7 @@ int Answer(const Reply& reply, std::vector<Call>& calls, const char* text, char*
 
 } // namespace
 
-// They take the place of the platform's.
+// They replace those of the platform.
 int pw_data_decrypt(const char* text, char* output)
 {
     return Answer(g_decrypt, g_decryptCalls, text, output);
@@ -71,7 +71,7 @@ namespace
 constexpr char kInput[] = "input";
 const std::string kLong(200, 'l');
 
-/// A buffer that holds this text and nothing after it.
+/// A buffer that contains this text and zeros after it.
 std::string Buffer(const std::string& text = "")
 {
     return text + std::string(kPasswordBufferSize - text.size(), '\0');
@@ -88,7 +88,7 @@ std::string Convert(const std::string& input, bool wantEnciphered, std::string& 
     return output;
 }
 
-/// A file with one value, handed to the password pass.
+/// A file with one value, which the password pass converts.
 struct Pass {
     explicit Pass(const std::string& value) { WriteBytes(path, "[Web]\nA=" + value + "\n"); }
 

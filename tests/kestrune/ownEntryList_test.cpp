@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// What the password pass makes of whatever a device's list of enciphered entries may hold: this one is the test's own.
+// How the password pass handles any content of a device's list of enciphered entries, with the test's own list.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -20,8 +20,8 @@ int g_callCount = 0;
 
 } // namespace
 
-// Takes the place of the platform's. The mapper does not own these records, so whoever deletes one frees what was never
-// allocated.
+// Replaces that of the platform. The mapper does not own these records, so deleting one would free memory that was
+// never allocated.
 int CConfigMapper::GetAllEncryptConfig(std::list<CIniConfigInfo*>& entries)
 {
     EXPECT_TRUE(entries.empty());
@@ -35,7 +35,7 @@ namespace
 
 constexpr CIniConfigInfo* kNone = nullptr;
 
-/// The records of a list, in an array: none of them has memory of its own that could be released.
+/// The records of a list, in an array: none of them can be released separately.
 class OwnEntryList : public testing::Test
 {
 protected:

@@ -1,8 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// Which files a run reads, and how often: counted by their openings in whole runs under strace. On these phones a file
-// that is counted is not saved, since a save reads as well; where it is, two runs with as many saves are compared.
+// The files that a run reads, and how often: counted by their openings in whole runs under strace. On these phones a
+// counted file is not saved, since a save reads as well; where it is saved, two runs with the same number of saves are
+// compared.
 
 #include <algorithm>
 #include <gmock/gmock.h>
@@ -64,7 +65,7 @@ protected:
 
     /// Runs the mode.
     ///
-    /// @return the phone's files that were opened for reading, or would have been if they were there, in their order
+    /// @return the phone's files that were opened for reading, or would have been if they existed, in order
     Lines Opened(const std::string& mode)
     {
         std::vector<std::string> command = phone_.Command({mode});
@@ -271,7 +272,7 @@ TEST_F(ReadsOfARun, WithoutAHandOverModeTwoAsksForNoSettings)
 
 TEST_F(ReadsOfARun, TheKeyIsReadOnceAndOnlyWhenItIsNeeded)
 {
-    // Texts that the development key has made, so that both passes have to ask the cipher for each.
+    // Texts that were enciphered with the development key, so that both passes need the cipher for each.
     const std::string first = "q252TBV7RXOe8CJI0YcqWbFTAWxn";
     const std::string second = "auhsCPzGnqyO2J1qJ6judCkZH8MJ6A";
     phone_.Put(kFactory, "[PhoneSetting]\nEnLock=1\n");
@@ -333,7 +334,7 @@ TEST_F(ReadsOfARun, ConsecutiveEntriesOfAFileShareOneRead)
     EXPECT_EQ(readsWith(b + a + a + a + b), once);
     EXPECT_EQ(readsWith(a + a + b + a + b), once + 1);
     EXPECT_EQ(readsWith(a + b + a + b + a), once + 2);
-    EXPECT_EQ(readsWith(a + a + missing + a + b + b), once + 1);               // what does not load is kept as little
+    EXPECT_EQ(readsWith(a + a + missing + a + b + b), once + 1); // a file that does not load is not kept either
     EXPECT_EQ(readsWith(a + Entry("/config/./a.ini", "A") + a + a), once + 1); // the same file under another name
     const std::string inactive = "<e file='/config/b.ini' section='S' key='A' active='false'/>";
     EXPECT_EQ(readsWith(a + inactive + a + inactive + a), once);

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// Runs as one step, as far as an undisturbed run shows it: the upgrade's marker, the hand-over copy, runs at the same time,
-// and what cannot be committed. What a cut leaves is proven in tests/fault.
+// Runs as one step, as far as an undisturbed run shows it: the upgrade's marker, the hand-over copy, runs at the same
+// time, and changes that cannot be committed. The effects of power cuts are proven in tests/fault.
 
 #include "runCommit.h"
 

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// The system log: what it gets of a run, and what it must never get.
+// The system log: the reports of a run that it gets, and those that it must never get.
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -18,7 +18,7 @@ namespace
 constexpr char kKeyFile[] = "/phone/factory/certs/pwcipher.key";
 const std::string kKey(128, '5');
 
-/// A system log that takes streams, as some daemons do.
+/// A system log that accepts streams, as some daemons do.
 class LogStream
 {
 public:
@@ -49,7 +49,7 @@ public:
         }
     }
 
-    /// What the connections that wait have sent, each as "<priority>ident: text" without the time of day, and its end.
+    /// The messages of the waiting connections, each as "<priority>ident: text" without the time of day, and its end.
     std::vector<std::string> Messages() const
     {
         std::vector<std::string> messages;

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// A run without a mode reports its usage; otherwise nothing that becomes of the reports, and no pass that fails, ends a run
-// before its last pass.
+// A run without a mode reports its usage; otherwise neither lost reports nor a failing pass end a run before its last
+// pass.
 
 #include <algorithm>
 #include <filesystem>
@@ -27,7 +27,7 @@ constexpr char kUserCert[] = "/config/certs/phoneca/ca.pem";
 constexpr char kSecret[] = "hello, phone";
 const std::string kToken = Enciphered("hello, phone", "NxCtIZlb8N+vWevKAOqtDvzgV0IboWX12AuHSQ");
 
-/// What tells in the reports that the translators, the certificate sync and the password pass have begun.
+/// The reports that show that the translators, the certificate sync and the password pass have begun.
 const Lines kPasses = {"chTraceStack: enter ContactV4XToV50",
                        "chTraceStack: enter DialPlanV4XToV50",
                        "chTraceStack: enter DialNowV4XToV50",
@@ -72,7 +72,7 @@ public:
         return RunProcess(command, Environment());
     }
 
-    /// After a run of mode "all", whatever became of its reports.
+    /// After a run of mode "all", whether or not its reports were written.
     void ExpectAllDone()
     {
         Expect(kUserIni, UserIni(kToken, "RingbackTimeout=60\n"));
@@ -143,7 +143,7 @@ TEST(RunSequenceReports, ReportsThatGoNowhereChangeNothing)
         "exec \"$@\" >/dev/full",
         "exec \"$@\" 2>/dev/full",
         "exec \"$@\" >/dev/full 2>&1",
-        // A pipe whose reader has gone before the first line is written.
+        // A pipe whose reader is closed before the first line is written.
         "exec 3> >(exec true); wait $!; exec \"$@\" >&3",
         "exec 3> >(exec true); wait $!; exec \"$@\" >&3 2>&3",
     };

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// The XML translations of a run: what becomes of all six old files, and what switches the translations off.
+// The XML translations of a run: the results for all six old files, and the switch that disables the translations.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -11,7 +11,7 @@
 namespace
 {
 
-/// A phone with all six old files, on which a run changes nothing but XML data.
+/// A phone with all six old files, on which a run changes only XML data.
 void PutOldFiles(PhoneImage& phone)
 {
     phone.Put("/config/user/user.ini", "[Feature]\nRingbackTimeout=180\n");
@@ -64,7 +64,7 @@ TEST(RunSequenceXml, EveryOldFileBecomesItsNewOne)
     ExpectNewFilesBesideContacts(phone, "t");
     phone.ExpectNothingElseChanged();
 
-    // Again: only the door phones, which have no old form any more, come out otherwise.
+    // A second run: only the result for the door phones, whose old form is gone, differs.
     phone.Run("dev");
     ExpectNewContacts(phone);
     ExpectNewFilesBesideContacts(phone, "");

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// Which passes run in which mode and in which order, and that none ends a run before its last. The order is read from the
-// reports and, for the passes that say nothing, from files that are links to one another: each order would leave other
+// The passes of each mode and their order, and that none ends a run before its last. The order is derived from the
+// reports and, for the passes without reports, from files that are links to one another: each order would leave other
 // bytes.
 
 #include "runSequence.h"
@@ -83,7 +83,7 @@ Lines Joined(const std::vector<Lines>& parts)
     return lines;
 }
 
-/// What the start-up fix-ups leave of the files that they change.
+/// The files that the start-up fix-ups change, afterwards.
 const std::string kFixedUser = "[Features]\nBLFLedOffIdle=1\n\n[Feature]\nRingbackTimeout=180\n";
 const std::string kFixedAccount5 = "[account]\ndirectip=1\nSCALineKeyNumber=-1\n";
 
@@ -265,7 +265,7 @@ TEST(RunSequence, TwoMigratesBeforeItRestoresTheAccount)
 
 TEST(RunSequence, TheStepsOfTheMigrationFollowOneAnother)
 {
-    // Each new section goes to the end of the file, so the sections stand in the order of the steps.
+    // Each new section is added at the end of the file, so the sections are in the order of the steps.
     PhoneImage phone;
     phone.Put(kHandOver, "[Features]\nBLFLedOffIdle=1\nBLfNotifyType=0\nClosePowerLight=1\n");
     phone.Put(kUserIni, "");
@@ -277,8 +277,8 @@ TEST(RunSequence, TheStepsOfTheMigrationFollowOneAnother)
 
 TEST(RunSequence, TheKeyLayoutsComeBehindTheBacklightAndBeforeTheSystemLog)
 {
-    // The INI files are links to key layouts. Saving a layout drops what stands behind its root element: sections that were
-    // added before it, and not those that are added after it.
+    // The INI files are links to key layouts. Saving a layout drops the text after its root element: sections that were
+    // added before it, but not those that are added after it.
     PhoneImage phone;
     phone.Put(kHandOver, "[Features]\nBLFLedOffIdle=1\nBLfNotifyType=0\nClosePowerLight=1\n\n"
                          "[Syslog]\neLogType=3\nstrServerName=s\n");
@@ -325,14 +325,10 @@ TEST(RunSequence, AnArgumentCountBelowTwoIsTheUsageAndNothingElse)
         const char* arguments[3];
         const char* printed;
     };
-    const Row rows[] =
-        {
-            {0, {nullptr}, "(null)"},
-            {0, {"name", "all", nullptr}, "name"}, // what is beyond the count is not looked at
-            {1, {"name", nullptr}, "name"},
-            {1, {"name", "all", nullptr}, "name"},
-            {-1, {"name", "all", nullptr}, "name"},
-        };
+    const Row rows[] = {
+        {0, {nullptr}, "(null)"},       {0, {"name", "all", nullptr}, "name"}, // arguments beyond the count are ignored
+        {1, {"name", nullptr}, "name"}, {1, {"name", "all", nullptr}, "name"}, {-1, {"name", "all", nullptr}, "name"},
+    };
     for (const Row& row : rows) {
         testing::internal::CaptureStderr();
         testing::internal::CaptureStdout();

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// Mode "1" saves the old LED and system-log settings into the hand-over file when the two "SyncCfgByVersion" settings
-// call for it, and only reads the files that they come from.
+// Mode "1" saves the old LED and system-log settings to the hand-over file if the two "SyncCfgByVersion" settings
+// require it, and only reads the files that they come from.
 
 #include "saveVersionInfo.h"
 
@@ -21,7 +21,7 @@ constexpr char kSystem[] = "/config/system/system.ini";
 constexpr char kFactory[] = "/phone/factory/user/user.ini";
 constexpr char kHandOver[] = "/tmp/VersionInfo.cfg";
 
-// The ring-back time-out is set, so that the start-up fix-ups leave the file alone.
+// The ring-back time-out is set, so that the start-up fix-ups do not change the file.
 const std::string kUserText = "; by hand\n"
                               "[Feature]\nRingbackTimeout=90\n\n"
                               "[Features]\nBLFLedOffIdle=1\nBLfNotifyType = 0\nClosePowerLight=1\n"
@@ -178,7 +178,7 @@ TEST(SaveVersionInfo, AnOlderHandOverFileKeepsItsOtherKeysAndTakesTheNewValues)
     phone.Put(kHandOver, "# older\n[Other]\na=1\n\n[Features]\nkeep=yes\nPowerLedMail=9\nBLFLedOffIdle=\n\n"
                          "[Syslog]\nstrServerName=old.example.com\n");
     phone.Run("1");
-    // What is there is changed in its place; what is not comes behind the section's last key.
+    // Existing keys are changed in place; missing keys are added after the section's last key.
     phone.Expect(kHandOver, "# older\n[Other]\na=1\n\n[Features]\nkeep=yes\nPowerLedMail=1\nBLFLedOffIdle=1\n"
                             "BLfNotifyType=0\nClosePowerLight=1\nPowerLedIdle&Talk=0\n\n"
                             "[Syslog]\nstrServerName=syslog.example.com\neLogType=3\n");
@@ -244,7 +244,7 @@ TEST(SaveVersionInfoCopyRegistryText, ANullHandleOrKeyCopiesNothing)
     CopyRegistryText(source, target, /*key=*/nullptr);
     EXPECT_EQ(ETL_SubClass::registryGetString(target, "key", "none"), "none");
 
-    // The same handles copy with a key, so the calls above were stopped by what they lacked.
+    // The same handles copy with a key, so the calls above failed because of the missing argument.
     CopyRegistryText(source, target, "key");
     CopyRegistryText(source, target, "absent");
     registryFlush(target);

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// Stalled readers of the outputs: a run ends, and has done to the phone what every other run does.
+// Stalled readers of the outputs: a run ends, and changes the phone as every other run does.
 
 #include <fcntl.h>
 #include <filesystem>
@@ -44,7 +44,7 @@ constexpr int kLimitSeconds = 60;
 
 /// Runs the command with these outputs.
 ///
-/// @return its exit status; 137 when it had to be killed
+/// @return its exit status; 137 if it had to be killed
 int ExitStatusOf(std::vector<std::string> command, const std::vector<std::string>& environment, int output, int errors)
 {
     command.insert(command.begin(), {"timeout", "-s", "KILL", std::to_string(kLimitSeconds)});
@@ -87,7 +87,7 @@ TEST(StandingReaders, ARunWhoseOutputsNobodyReadsEndsAndChangesThePhoneAsEveryOt
 {
     if (!kHasBundledPlatform)
         GTEST_SKIP() << "how long an output is waited for is the bundled platform's choice";
-    // The example phone's table pass prints 20 KB; both pipes are full from the start, so that all of it finds no room.
+    // The example phone's table pass prints 20 KB; both pipes are full from the start, so none of it fits.
     PhoneImage ordinary;
     ordinary.PutExamplePhone();
     EXPECT_GT(ordinary.Run("all").output.size(), 4096u);

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// The certificate sync: whole runs of mode "dev" on a phone on which nothing else is left to do.
+// The certificate sync: whole runs of mode "dev" on a phone that needs no other change.
 
 #include "syncFactoryCerts.h"
 
@@ -31,7 +31,7 @@ public:
         Put("/config/version.ini", "[SyncConfig]\nbEnableFromOld=0\n");
     }
 
-    /// The reports of the last run, without what the shell and its copy command say.
+    /// The reports of the last run, without the messages of the shell and its copy command.
     Lines Logged() const
     {
         Lines logged;
@@ -48,7 +48,7 @@ std::string SyncLine(const std::string& name)
     return "app_log 60/6: Sync cert cp /phone/factory/certs/phoneca/" + name + " /config/certs/phoneca/" + name;
 }
 
-/// The names of a folder in the order in which the directory reading returns them.
+/// The names of a folder in directory order.
 Lines NamesIn(const std::string& path)
 {
     Lines names;
@@ -194,12 +194,12 @@ TEST(SyncFactoryCerts, WhatWasPrintedBeforeStandsBeforeWhatTheCommandPrints)
     phone.PutFolder(kUser);
     phone.Run("dev");
     EXPECT_EQ(phone.Output(), (Lines{"The file [/phone/resource/kestrune.xml] not exist !", "said by the shell",
-                                     "said by the shell"})); // the name stands in the command twice
+                                     "said by the shell"})); // the command contains the name twice
 }
 
 TEST(SyncFactoryCerts, EachCopyIsWaitedForBeforeTheNextReportAndTheSave)
 {
-    // The copy command of this phone takes its time, and says in the end what the phone then holds.
+    // The copy command of this phone is slow, and finally reports the content of the phone.
     const ScratchFolder folder;
     WriteBytes(folder.Path("cp"), "#!/bin/sh\nsleep 0.3\ncat \"$1\" > \"$2\"\n"
                                   "echo \"copied $2, $(grep -c EnLock /config/user/user.ini) EnLock\" >&2\n");

@@ -156,7 +156,7 @@ TEST(TransPasswordFile, OtherSectionsOfTheSameKeyDoNotCount)
 
 TEST(TransPasswordFile, WithoutTheUsersFileNothingIsConverted)
 {
-    PhoneImage missing; // the fix-ups cannot make it either: its folder is missing
+    PhoneImage missing; // the fix-ups cannot create it either: its folder is missing
     missing.Put(kFactoryIni, "[PhoneSetting]\nEnLock=1\n");
     missing.Put(kList, "<list>" + WebEntry("A") + "</list>");
     missing.Run("pwd");
@@ -406,7 +406,7 @@ TEST(TransPasswordFileAllEncryptConfig, TheResultIsZeroOnlyWithoutAList)
                 phone.Put(kList, row.list);
             phone.Put(kWebIni, "[Web]\nA=first\nEightBit=\x80\n");
             phone.Put("/config/c.ini", "[Web]\nA=first\n");
-            phone.Put("/config/c.ini.kestrune-new/in the way", ""); // a folder where the new file would be made
+            phone.Put("/config/c.ini.kestrune-new/in the way", ""); // a folder in place of the new file
             EXPECT_EQ(ResultOf(RunForResult(phone, std::string("TransAllEncryptConfig ") + direction)),
                       "result " + std::to_string(row.result) + "\n");
         }
@@ -533,7 +533,7 @@ TEST(TransPasswordFileEncryptValue, ASaveThatFailsGivesZeroAndLeavesTheFile)
     const ScratchFolder folder;
     const std::string file = folder.Path("web.ini");
     WriteBytes(file, "[Web]\nA=first\n");
-    WriteBytes(file + ".kestrune-new/in the way", ""); // a folder where the new file would be made
+    WriteBytes(file + ".kestrune-new/in the way", ""); // a folder in place of the new file
     EXPECT_EQ(Encipher(file, "A"), 0);
     EXPECT_EQ(ReadBytes(file), "[Web]\nA=first\n");
 }

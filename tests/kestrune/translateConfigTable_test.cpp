@@ -30,7 +30,7 @@ constexpr char kLongToken[] =
 
 using Lines = std::vector<std::string>;
 
-/// A phone on which mode "dev" has nothing to do but the table pass.
+/// A phone on which mode "dev" has nothing to do except the table pass.
 class TablePhone : public PhoneImage
 {
 public:
@@ -48,7 +48,7 @@ std::string Record(const std::string& key, const std::string& more = "")
     return "<record srcFile='/config/a.ini' srcSec='S' srcKey='" + key + "' " + more + "/>";
 }
 
-/// The lines of a record whose value goes to a.ini and is kept as it is.
+/// The lines of a record whose value is copied unchanged to a.ini.
 void AddKept(Lines& lines, const std::string& key, const std::string& value)
 {
     lines.insert(lines.end(), {"src value:" + value, "lpOutPassword=, -1",
@@ -317,7 +317,7 @@ TEST(TranslateConfigTable, ADestinationThatCannotBeSavedIsPassedOver)
     TablePhone phone(Record("A", "dstFile='/config/b.ini'") + Record("A", "dstKey='B'"));
     phone.Put(kA, "[S]\nA=1\n");
     phone.Put(kB, "");
-    phone.Put("/config/b.ini.kestrune-new/in the way", ""); // a folder where the new file would be made
+    phone.Put("/config/b.ini.kestrune-new/in the way", ""); // a folder in place of the new file
     phone.RunWith({"dev"});
     phone.Expect(kA, "[S]\nA=1\nB=1\n");
     phone.ExpectNothingElseChanged();
@@ -447,8 +447,8 @@ TEST(TranslateConfigTable, TheResultIsOneWhenEveryRecordWasProcessed)
         phone.Put(kA, "[S]\nA=1\n");
         phone.Put(kB, "[S]\nA=2\n");
         phone.Put("/config/c.ini", "");
-        phone.Put("/config/c.ini.kestrune-new/in the way", ""); // a folder where the new file would be made
-        // The document is the only object that the pass asks the tracking allocation for.
+        phone.Put("/config/c.ini.kestrune-new/in the way", ""); // a folder in place of the new file
+        // The document is the only object for which the pass uses the tracking allocation.
         EXPECT_EQ(ResultOf(RunForResult(phone, "TranslateConfigTable")),
                   "result " + std::to_string(row.result) + "\nnew ../../../app/kestrune/kestrune\n");
     }

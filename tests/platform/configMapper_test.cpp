@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// The list of enciphered entries, whatever it is on the machine that runs this.
+// The list of enciphered entries, if any, of the machine that runs this test.
 
 #include "configMapper.h"
 

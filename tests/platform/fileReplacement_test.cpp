@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// File replacement: the old file whole or the new one whole, whatever stands at the destination.
+// File replacement: the whole old file or the whole new one, whatever the destination is.
 
 #include "fileReplacement.h"
 
@@ -373,7 +373,7 @@ TEST_F(FileReplacement, AReaderFindsOneWholeFileOrTheOther)
         for (int turn = 1;; ++turn)
             (void)Replace("file", files[turn % 2]);
     }
-    int found[] = {0, 0}; // how often each was read: both, or the writer did nothing meanwhile
+    int found[] = {0, 0}; // how often each was read: must be both, or the writer did nothing meanwhile
     while (!HasFailure() && (found[0] < 20 || found[1] < 20)) {
         const std::string bytes = Get("file");
         EXPECT_TRUE(bytes == files[0] || bytes == files[1]) << bytes.size();

@@ -9,7 +9,7 @@
 #include "iniFile.h"
 #include "scratchFolder.h"
 
-/// The chain as a text: each section as "[name]", which its keys' values follow, all in the order of the walk.
+/// The chain as a text: each section as "[name]", followed by the values of its keys, all in chain order.
 inline std::string Walk(iniFile& file)
 {
     std::string seen;
@@ -26,7 +26,7 @@ inline std::string Walk(iniFile& file)
     return seen;
 }
 
-/// A document, and a file for it in a folder of its own.
+/// A document, and a file for it in a separate folder.
 class IniFileFixture : public testing::Test
 {
 protected:

@@ -91,7 +91,7 @@ TEST_F(IniFile, KeysSetDuringAWalkChangeTheirOwnBytesAlone)
                               "k = =[;]#\n[c]\n\0=\xFF"s;
     EXPECT_EQ(Saved(), saved);
 
-    // The keys live on after a save, each at its new place.
+    // The keys stay valid after a save, each at its new position.
     KeyAt(file_, 0, 0).SetValue("1");
     KeyAt(file_, 0, 1).SetValue("2");
     KeyAt(file_, 2, 0).SetValue("0");

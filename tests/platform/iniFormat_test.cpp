@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// The format of configuration files: what counts as section and key, and that a change touches its own bytes alone.
+// The format of configuration files: which lines are sections and keys, and that a change affects only its own bytes.
 
 #include <gtest/gtest.h>
 #include <memory>
@@ -115,7 +115,7 @@ TEST(IniFormat, AChangeTouchesTheFirstKeyOfThatNameAlone)
         {"[S]\n[T\n]T[\nT]\n[U=1\nk=old\n", "[S]\n[T\n]T[\nT]\n[U=1\nk=new\n"},
         {";[S]\nk=1\n[]\nk=2\n[S]\nk=old\n", ";[S]\nk=1\n[]\nk=2\n[S]\nk=new\n"},
         {"[S]\nx=1\n[k=old]\nk=1\n[S]\nk=old\n", "[S]\nx=1\n[k=old]\nk=1\n[S]\nk=new\n"},
-        // Doubles, and keys before a section.
+        // Duplicates, and keys before a section.
         {"[S]\nk=old\nk=2\n[S]\nk=3\n", "[S]\nk=new\nk=2\n[S]\nk=3\n"},
         {"[S]\nx=1\n[T]\nk=1\n[S]\nk=old\nk=2\n", "[S]\nx=1\n[T]\nk=1\n[S]\nk=new\nk=2\n"},
         {"k=1\n[S]\nk=old\n", "k=1\n[S]\nk=new\n"},
@@ -158,7 +158,7 @@ TEST(IniFormat, AnAddedKeyGoesBehindTheLastKeyOfTheFirstSectionOfThatName)
         {"[S]\nx=1\n; y = 1\n", "[S]\nx=1\nk=new\n; y = 1\n"},
         {"[S]\n\t x=1\n", "[S]\n\t x=1\nk=new\n"},
         {"x = 1\n[T]\nx = 1\n[S]\n", "x = 1\n[T]\nx = 1\n[S]\nk=new\n"},
-        // The line ends as the file's first line does.
+        // The line has the line end of the file's first line.
         {"[S]\r\n", "[S]\r\nk=new\r\n"},
         {"[S]\r\nx=1", "[S]\r\nx=1\r\nk=new\r\n"},
         {"[S]\nx=1\r\n", "[S]\nx=1\r\nk=new\n"},
@@ -180,7 +180,7 @@ TEST(IniFormat, AnAddedSectionGoesToTheEndBehindABlankLine)
         {"k=1\n", "k=1\n\n[S]\nk=new\n"},
         {"[T]\nx = 1\n", "[T]\nx = 1\n\n[S]\nk=new\n"},
         {"[S\n", "[S\n\n[S]\nk=new\n"},
-        // A blank line is there already.
+        // A blank line already exists.
         {"\n", "\n[S]\nk=new\n"},
         {" \t", " \t\n[S]\nk=new\n"},
         {kMark + "\n", kMark + "\n[S]\nk=new\n"},

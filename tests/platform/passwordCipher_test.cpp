@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// What every password cipher owes its callers: deciphering undoes enciphering, everything fits the buffer, and a plain
-// text can be told from an enciphered one.
+// The contract of every password cipher: deciphering undoes enciphering, everything fits into the buffer, and a plain
+// text can be distinguished from an enciphered one.
 
 #include "passwordCipher.h"
 
@@ -22,7 +22,7 @@ struct Conversion {
 
 using Cipher = int (*)(const char* text, char* output);
 
-/// Calls the cipher with a zero-filled buffer of its exact size on the heap, where a sanitizer sees a byte too many.
+/// Calls the cipher with a zero-filled buffer of its exact size on the heap, where a sanitizer detects an overrun.
 Conversion Convert(Cipher cipher, const std::string& text)
 {
     const std::unique_ptr<char[]> buffer(new char[kPasswordBufferSize]());

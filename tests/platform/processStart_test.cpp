@@ -20,9 +20,9 @@
 namespace
 {
 
-/// Runs the steps in a process of their own.
+/// Runs the steps in a separate process.
 ///
-/// @return their result, which is 0 when all was well; 128 and more when a signal ended them
+/// @return their result, which is 0 on success; 128 and more if a signal ended them
 int InChild(const std::function<int()>& steps)
 {
     const pid_t child = fork();

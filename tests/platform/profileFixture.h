@@ -24,7 +24,7 @@ inline void PrintTo(const Pair& pair, std::ostream* stream)
     *stream << pair.name;
 }
 
-/// A file in a folder of its own, and the operations of the pair under test on it.
+/// A file in a separate folder, and the operations of the pair under test on it.
 class ProfileFixture : public testing::TestWithParam<Pair>
 {
 protected:

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// Whole-file integer access: the profile and the registry pair are one.
+// Whole-file integer access: the profile and the registry pair are equivalent.
 
 #include "profile.h"
 

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// XML files through pugixml: what its own `load_file` and `save_file` do, but safely.
+// XML files through pugixml: the same results as its own `load_file` and `save_file`, but safely.
 
 #include "pugiXmlFile.h"
 
@@ -18,7 +18,7 @@ namespace
 
 constexpr unsigned int kOptions = 0xF4;
 
-/// The text in 16 or 32-bit units, behind a byte order mark if one is given in the text.
+/// The text in 16 or 32-bit units, after a byte order mark if the text has one.
 std::string Wide(const std::u32string& text, int unitBytes, bool isBigEndian)
 {
     std::string bytes;
@@ -31,7 +31,7 @@ std::string Wide(const std::u32string& text, int unitBytes, bool isBigEndian)
     return bytes;
 }
 
-/// Documents of every kind that a file can hold, and some that are none.
+/// Documents of every kind, and some texts that are not documents.
 std::vector<std::string> Documents()
 {
     const std::u32string wide = U"<a b=\"\u00e4\u20ac\">\u0416</a>";
@@ -75,7 +75,7 @@ std::vector<std::string> Documents()
     };
 }
 
-/// What the library's own functions on paths make of the bytes: whether they load, and the bytes that are saved.
+/// The result of the library's own functions on paths: whether the bytes load, and the bytes that are saved.
 struct Reference {
     bool isLoaded;
     std::string saved;
@@ -93,7 +93,7 @@ Reference OwnLoadAndSave(const ScratchFolder& folder, const std::string& bytes, 
     return {true, ReadBytes(path)};
 }
 
-/// Holds both functions to the library's own.
+/// Compares both functions with the library's own.
 void ExpectAsItsOwn(const ScratchFolder& folder, const std::string& bytes, const char* indent = "\t",
                     unsigned int flags = pugi::format_indent)
 {
@@ -216,7 +216,7 @@ TEST(PugiXmlFile, TheTwoHundredthLevelLoadsAndTheNextDoesNot)
     EXPECT_FALSE(Loads(folder, "<b/>" + Nested(201)));
     EXPECT_FALSE(Loads(folder, Nested(200000)));
     EXPECT_TRUE(Loads(folder, "<a>" + Repeat(Nested(199), 100) + "</a>"));
-    // A comment, a processing instruction and a text are no elements.
+    // A comment, a processing instruction and a text are not elements.
     EXPECT_TRUE(Loads(folder, Repeat("<a>", 200) + "<!-- <a> --><?b?>text" + Repeat("</a>", 200)));
 }
 

@@ -11,7 +11,7 @@
 #include "registry.h"
 #include "scratchFolder.h"
 
-/// A file in a folder of its own, and handles on its sections.
+/// A file in a separate folder, and handles on its sections.
 class RegistryFixture : public testing::Test
 {
 protected:
@@ -22,7 +22,7 @@ protected:
     std::string path_ = folder_.Path("VersionInfo.cfg");
 };
 
-/// All by which a file shows that it was written.
+/// All attributes that show whether a file was written.
 struct FileTrace {
     ino_t number;
     timespec modified;

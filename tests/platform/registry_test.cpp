@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// Section handles: changes wait for the flush, which brings them into the file as it is then.
+// Section handles: changes wait for the flush, which applies them to the file's content at that time.
 
 #include "registry.h"
 
@@ -83,7 +83,7 @@ TEST_F(Registry, AHandleThatIsNeverFlushedLeavesItsFileAsItWas)
     registrySetInt(handle, "k", 2);
     registrySetString(handle, "new", "text");
     EXPECT_EQ(TraceOf(path_), before);
-    // The handle is released at exit; the leak check of the sanitizer build watches over it.
+    // The handle is released at exit; the leak check of the sanitizer build verifies this.
 }
 
 TEST_F(Registry, AMissingFolderIsNotMade)

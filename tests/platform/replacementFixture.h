@@ -14,7 +14,7 @@
 #include "fileReplacement.h"
 #include "scratchFolder.h"
 
-/// Files in a folder of its own, and what became of them; no umask but 022.
+/// Files in a separate folder, and their later state; the umask is 022.
 class ReplacementFixture : public testing::Test
 {
 protected:

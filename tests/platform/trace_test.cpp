@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// Traces: which levels are written, in which form, and whole.
+// Traces: the levels that are written, their form, and that they are complete.
 
 #include "trace.h"
 

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// The tracking allocation: memory that ordinary `delete` releases, and null when there is none.
+// The tracking allocation: memory that ordinary `delete` releases, and null if there is none.
 
 #include "trackedNew.h"
 
@@ -9,7 +9,7 @@
 #include <gtest/gtest.h>
 #include <string>
 
-/// Read by AddressSanitizer, which otherwise ends a process that asks for too much.
+/// Read by AddressSanitizer, which otherwise aborts a process that requests too much memory.
 extern "C" const char* __asan_default_options()
 {
     return "allocator_may_return_null=1";

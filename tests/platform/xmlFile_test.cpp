@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// Loading and saving have to do what the library's own `LoadFile` and `SaveFile` do on a path, without their dangers.
+// Loading and saving must have the same results as the library's own `LoadFile` and `SaveFile`, without their dangers.
 
 #include "xmlFile.h"
 
@@ -22,7 +22,7 @@ namespace fs = std::filesystem;
 namespace
 {
 
-/// What a load gives.
+/// The result of a load.
 struct Loaded {
     int result = 0;
     std::string errorDesc;
@@ -36,7 +36,7 @@ std::unique_ptr<Loaded> Load(const std::string& path)
     return loaded;
 }
 
-/// The description of the failed load of a file with that content, or "" when it loads.
+/// The description of the failed load of a file with that content, or "" if it loads.
 std::string Failure(const std::string& text)
 {
     const ScratchFolder folder;
@@ -46,14 +46,14 @@ std::string Failure(const std::string& text)
     return loaded->errorDesc;
 }
 
-/// What the library itself writes on that path.
+/// The text that the library itself writes on that path.
 std::string SavedByLibrary(const TiXmlDocument& document, const std::string& path)
 {
     EXPECT_TRUE(document.SaveFile(path.c_str()));
     return ReadBytes(path);
 }
 
-/// What is written for a document with that text as its file.
+/// The text that is written for a document with that text as its file.
 std::string LoadedAndSaved(const std::string& text)
 {
     const ScratchFolder folder;
@@ -150,7 +150,7 @@ TEST(LoadXmlFile, DeepNestingInsideACommentIsHarmless)
 
 TEST(LoadXmlFile, ATextThatStopsInsideACharacterDoesNotLoad)
 {
-    const std::string declaration = "<?xml version=\"1.0\"?>"; // alone, or cut, it loads
+    const std::string declaration = "<?xml version=\"1.0\"?>"; // by itself, or truncated, it loads
     const std::string element = "<a b=\"\xE2\x82\xAC\xF0\x9F\x93\x9E\">\xC3\xBC \xF0\x9F\x93\x9E</a>";
     for (std::size_t length = 2; length < element.size(); ++length)
         EXPECT_NE(Failure(declaration + element.substr(0, length)), "") << element.substr(0, length);
@@ -194,7 +194,7 @@ TEST(LoadXmlFile, AnEncodingWrittenWithAReferenceLoadsAsTheLibraryLoadsIt)
 namespace
 {
 
-/// Documents that load, with what is hard to get right in each.
+/// Documents that load, each with a difficult detail.
 const std::vector<std::string> kDocuments = {
     "<a/>",
     "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n<a b=\"\xC3\xA9\" c='&#xE9;'>\r\n\t<b> x  y </b>\r\n</a>",
@@ -286,7 +286,7 @@ std::string RandomText(Random& random)
         }
         }
     }
-    // The library itself reads past the end of a text that stops inside a character.
+    // The library itself reads past the end of a text that ends inside a character.
     return text + "\n\n\n\n";
 }
 
@@ -320,7 +320,7 @@ TEST(LoadXmlFile, LoadsWhatTheLibraryLoads)
         ASSERT_EQ(SaveXmlFile(loaded->document, folder.Path("d.xml").c_str()), 1);
         EXPECT_EQ(ReadBytes(folder.Path("d.xml")), bytes);
     }
-    // Neither is the rule, or the agreement would say little.
+    // Both results must occur, or the agreement would prove little.
     EXPECT_GT(loads, 500);
     EXPECT_GT(failures, 500);
 }

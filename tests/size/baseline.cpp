@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// What the program's size is measured against: loads and saves one file with each library that the program links, in the
-// plainest way, and does nothing else.
+// The baseline of the program's size: loads and saves one file with each library that the program links, in the
+// simplest way, and does nothing else.
 
 #include <cstdint>
 #include <cstdio>

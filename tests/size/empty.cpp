@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// What any C++ program costs.
+// The cost of any C++ program.
 
 int main()
 {

@@ -2,10 +2,10 @@
 // SPDX-License-Identifier: MIT
 
 // peakMemory PROGRAM [ARGUMENT...]: runs the program and prints its peak resident memory in KiB on standard output; the
-// program's own outputs go to nowhere.
+// program's own outputs are discarded.
 //
-// The figure is the kernel's high-water mark at the program's exit, stopped by ptrace: what getrusage says of a child counts
-// the memory that its parent had when it forked as well.
+// The figure is the kernel's high-water mark at the program's exit, where ptrace stops it: the value of getrusage for a
+// child also counts the memory that its parent had at the fork.
 
 #include <cstdio>
 #include <fcntl.h>
@@ -30,7 +30,7 @@ constexpr int kNotRun = 127;
     _exit(kNotRun);
 }
 
-/// @return the line's figure in KiB; -1 when there is none
+/// @return the line's figure in KiB; -1 if there is none
 long HighWaterMark(pid_t process)
 {
     std::ifstream status("/proc/" + std::to_string(process) + "/status");

@@ -12,10 +12,11 @@
 #include <sys/xattr.h>
 #include <vector>
 
-/// Access lists (acl(5)) and other extended attributes of files, as the system calls take them.
+/// Access lists (acl(5)) and other extended attributes of files, in the form of the system calls.
 
 constexpr char kAccessList[] = "system.posix_acl_access";
-constexpr char kDefaultAccessList[] = "system.posix_acl_default"; ///< of a folder: what files made in it begin with
+constexpr char kDefaultAccessList[] =
+    "system.posix_acl_default"; ///< of a folder: the initial list of files that are created in it
 
 struct AccessEntry {
     std::uint16_t tag; ///< such as ACL_USER
@@ -55,7 +56,7 @@ inline bool SetAttribute(const std::string& path, const char* name, const std::s
     return false;
 }
 
-/// @return the attribute's value; nothing when the file has none
+/// @return the attribute's value; nothing if the file has none
 inline std::optional<std::string> AttributeOf(const std::string& path, const char* name)
 {
     std::string value(65536, '\0');

@@ -8,13 +8,13 @@
 
 #include "passwordCipher.h"
 
-/// Whether the program is built with the bundled platform library. A test that rests on one of that library's choices is
-/// skipped with any other one and says why.
+/// Whether the program is built with the bundled platform library. A test that depends on a choice of that library is
+/// skipped with any other one, and reports why.
 constexpr bool kHasBundledPlatform = KESTRUNE_HAS_BUNDLED_PLATFORM != 0;
 
-/// What the platform's cipher makes of a text.
+/// The output of the platform's cipher for a text.
 ///
-/// @param bundledText  what the bundled one has to make of it; of any other one it is taken as it comes
+/// @param bundledText  the expected output of the bundled cipher; the output of any other cipher is accepted
 inline std::string Enciphered(const char* text, const char* bundledText)
 {
     if (kHasBundledPlatform)

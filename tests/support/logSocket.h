@@ -26,7 +26,7 @@ public:
     LogSocket(const LogSocket&) = delete;
     LogSocket& operator=(const LogSocket&) = delete;
 
-    /// The messages that have come, each as "<priority>ident: text", without the time of day.
+    /// The received messages, each as "<priority>ident: text", without the time of day.
     std::vector<std::string> Messages() const
     {
         std::vector<std::string> messages;

@@ -37,7 +37,7 @@ std::vector<std::string> Lines(const std::string& text)
     return lines;
 }
 
-/// What a failing comparison of long texts shows, line by line, takes memory without bound.
+/// The line-by-line report of a failing comparison of long texts needs unbounded memory.
 void ExpectEqual(const std::string& actual, const std::string& expected, const std::string& message)
 {
     constexpr std::size_t kMostShown = 1 << 15;
@@ -177,7 +177,7 @@ std::vector<std::string> PhoneImage::Sandboxed(const std::vector<std::string>& s
     for (const char* tree : kTrees)
         add({"--bind", folder_.Path(tree), std::string("/") + tree});
     if (const char* folder = std::getenv("KESTRUNE_SANDBOX_BIND"))
-        add({"--bind", folder, folder}); // where a program built to count its lines writes its counters
+        add({"--bind", folder, folder}); // a program built with coverage writes its counters there
     add(sandboxOptions_);
     add({"--remount-ro", "/", "--chdir", "/", "--"});
     add(start);

@@ -37,7 +37,7 @@ int WaitFor(pid_t process)
 
 ProcessResult RunProcess(const std::vector<std::string>& arguments, const std::vector<std::string>& environment)
 {
-    // Files and not pipes: a process that prints much never waits for its reader.
+    // Files instead of pipes, so that a process that prints much never waits for its reader.
     const ScratchFolder folder;
     const std::string outputPath = folder.Path("output");
     const std::string errorsPath = folder.Path("errors");

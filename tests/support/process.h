@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-/// What a finished process left behind.
+/// The result of a finished process.
 struct ProcessResult {
-    int exitStatus = -1; ///< as the shell counts: 128 plus the number of a signal that killed it
+    int exitStatus = -1; ///< as in the shell: 128 plus the number of a signal that killed it
     std::string output;  ///< of standard output
     std::string errors;  ///< of standard error
 };

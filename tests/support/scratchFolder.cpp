@@ -22,7 +22,7 @@ ScratchFolder::ScratchFolder()
 ScratchFolder::~ScratchFolder()
 {
     std::error_code ignored;
-    // Folders that a test closed are opened again, or their entries could not be removed.
+    // Folders to which a test denied access are made accessible, or their entries could not be removed.
     for (fs::recursive_directory_iterator entry(path_, fs::directory_options::skip_permission_denied, ignored), end;
          !ignored && entry != end; entry.increment(ignored)) {
         std::error_code unchanged;

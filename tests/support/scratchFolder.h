@@ -5,7 +5,7 @@
 
 #include <string>
 
-/// A new, empty folder, removed with all that is in it at the end of its scope.
+/// A new, empty folder, which is removed with its content on destruction.
 class ScratchFolder
 {
 public:
@@ -22,8 +22,8 @@ private:
     std::string path_;
 };
 
-/// The file's bytes; the test fails when it cannot be read.
+/// The file's bytes; the test fails if it cannot be read.
 std::string ReadBytes(const std::string& path);
 
-/// Writes the file, making the folders that it needs; the test fails when it cannot be written.
+/// Writes the file and creates missing folders; the test fails if it cannot be written.
 void WriteBytes(const std::string& path, const std::string& bytes);

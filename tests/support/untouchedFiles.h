@@ -13,11 +13,11 @@
 
 #include "phoneImage.h"
 
-/// Files that a run must not even save unchanged: a save gives a new inode, or at least a new modification time.
+/// Files that a run must not save, not even unchanged: a save sets a new inode, or at least a new modification time.
 class UntouchedFiles
 {
 public:
-    /// Gives the files an old modification time and takes down how they are.
+    /// Sets an old modification time on the files and records their state.
     UntouchedFiles(const PhoneImage& phone, const std::vector<std::string>& paths)
     {
         for (const std::string& path : paths) {

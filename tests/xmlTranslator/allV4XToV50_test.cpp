@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// The six translators together: their order and their paths on the device, and what each does without memory.
+// The six translators together: their order and their paths on the device, and their behaviour without memory.
 
 #include "allV4XToV50.h"
 
@@ -34,7 +34,7 @@ std::set<std::string> g_allocatingFolders;
 
 } // namespace
 
-// They take the place of the platform's: after a number of elements there is no memory for another one.
+// They replace those of the platform: after a number of elements there is no memory for another one.
 void* operator new(std::size_t size, const char* file, int line) noexcept
 {
     ++g_allocationCount;
@@ -54,7 +54,7 @@ void operator delete(void* memory, const char* /*file*/, int /*line*/) noexcept
 namespace
 {
 
-/// What the six report when no old file is there.
+/// The reports of the six if there is no old file.
 const std::vector<std::string> kReportsWithoutFiles = {
     "chTraceStack: enter ContactV4XToV50",
     "chTraceStack: enter GetV4XContactData",
@@ -83,7 +83,7 @@ constexpr char kOldKeys[] = "<DssKey><Item Type='BLF'/></DssKey>";
 constexpr char kOldDoorPhones[] = "<DoorPhone><item title='t'/></DoorPhone>";
 constexpr char kOldBooks[] = "<RemotePhoneBook><item/><item/><item/><item/></RemotePhoneBook>";
 
-/// A root element in the way in which the XML library saves it, with one line for each child element.
+/// A root element as the XML library saves it, with one line for each child element.
 std::string Root(const std::string& name, const std::vector<std::string>& children)
 {
     std::string text = "<" + name + ">\n";
@@ -191,7 +191,7 @@ TEST(AllV4XToV50, TheResultIsThatOfTheRemotePhoneBooksAlone)
 
 TEST(AllV4XToV50, NoModeCallsIt)
 {
-    // With the version file's switch off, it alone would translate.
+    // If the switch of the version file is off, only this operation would translate.
     for (const char* mode : {"all", "dev", "pwd", "1", "2", "other"}) {
         SCOPED_TRACE(mode);
         PhoneImage phone;
@@ -210,7 +210,7 @@ TEST(AllV4XToV50WithoutMemory, AFileWhoseElementCannotBeMadeIsNotSaved)
         const char* name;
         int (*translate)(const char* oldPath, const char* newPath);
         const char* oldText;
-        int elementCount; // that are made for the new file
+        int elementCount; // number of elements in the new file
     };
     const Row rows[] = {
         {"dial plan", &DialPlanV4XToV50, kOldPlan, 2},       {"dial-now", &DialNowV4XToV50, kOldRules, 2},
@@ -262,7 +262,7 @@ TEST(AllV4XToV50TrackedAllocation, EveryNewElementIsMadeForTheTranslatorsFolder)
         const char* name;
         int (*translate)(const char* oldPath, const char* newPath);
         const char* oldText;
-        int elementCount; // that are made for the new file
+        int elementCount; // number of elements in the new file
     };
     const auto contacts = [](const char* oldPath, const char* newPath) {
         return ContactV4XToV50(oldPath, newPath, (std::string(newPath) + ".groups").c_str());

@@ -21,7 +21,7 @@ const std::string kLeave = "chTraceStack: leave ContactV4XToV50\n";
 const std::string kAllGroup = "    <group id_name=\"0\" display_name=\"All\" ring=\"\" read_only=\"1\" />\n";
 const std::string kBlackList = "    <group id_name=\"1\" display_name=\"Black List\" ring=\"\" read_only=\"1\" />\n";
 
-/// Old contacts and the two new lists in a folder of their own.
+/// Old contacts and the two new lists in a separate folder.
 struct Lists {
     ScratchFolder folder;
     std::string oldPath = folder.Path("contactData.xml");
@@ -37,7 +37,7 @@ struct Lists {
         return result;
     }
 
-    /// Translates old contacts with that content, which has to succeed.
+    /// Translates old contacts with that content, which must succeed.
     void Translate(const std::string& oldText)
     {
         WriteBytes(oldPath, oldText);
@@ -243,7 +243,7 @@ TEST(ContactV4XToV50, AfterFiftyCustomGroupsNoGroupIsRead)
     lists.ExpectContacts(newContacts);
     lists.ExpectGroups(newGroups);
 
-    // Groups without a record of their own do not count.
+    // Groups without a record do not count.
     lists.Translate(Element("contactData", "", Repeat("<group/><group sGroupName='Black List'/>", 60) + groups));
     lists.ExpectContacts(newContacts);
     lists.ExpectGroups(newGroups);
@@ -315,7 +315,7 @@ TEST(ContactV4XToV50, WithoutContactsNothingIsWritten)
 {
     struct Row {
         const char* oldText; // null for no old file
-        const char* report;  // beside the scopes
+        const char* report;  // in addition to the scopes
     };
     const Row rows[] = {
         {nullptr, ""},

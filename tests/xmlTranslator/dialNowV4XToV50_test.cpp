@@ -13,12 +13,12 @@ namespace
 const std::string kEnter = "chTraceStack: enter DialNowV4XToV50\n";
 const std::string kLeave = "chTraceStack: leave DialNowV4XToV50\n";
 
-/// The names differ in letter case alone, as on the device.
+/// The names differ only in letter case, as on the device.
 struct Rules : Translation {
     Rules() : Translation(&DialNowV4XToV50, "dialnow.xml", "DialNow.xml") {}
 };
 
-/// The new file that the old one with this content becomes.
+/// The new file for an old one with this content.
 std::string Translated(const std::string& oldText)
 {
     return Rules().Translated(oldText, kEnter + kLeave);
@@ -174,7 +174,7 @@ TEST(DialNowV4XToV50GetData, RulesAreAppendedAndTheListIsNeverEmptied)
     struct Row {
         const char* text;          // of the old file; null for none
         int result;                // of the reader
-        std::size_t expectedCount; // of rules, of which one stood in the list before
+        std::size_t expectedCount; // of rules, one of which was already in the list
     };
     const Row rows[] = {
         {nullptr, 0, 1},

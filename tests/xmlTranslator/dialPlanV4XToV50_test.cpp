@@ -15,12 +15,12 @@ namespace
 const std::string kEnter = "chTraceStack: enter DialPlanV4XToV50\n";
 const std::string kLeave = "chTraceStack: leave DialPlanV4XToV50\n";
 
-/// The names differ in letter case alone, as on the device.
+/// The names differ only in letter case, as on the device.
 struct Plans : Translation {
     Plans() : Translation(&DialPlanV4XToV50, "dialplan.xml", "DialPlan.xml") {}
 };
 
-/// The new plan that the old plan with this content becomes.
+/// The new plan for an old plan with this content.
 std::string Translated(const std::string& oldText)
 {
     return Plans().Translated(oldText, kEnter + kLeave);
@@ -196,7 +196,7 @@ TEST(DialPlanV4XToV50, ANewPlanThatIsALinkToTheOldOneReplacesIt)
     EXPECT_EQ(plans.Translate(), 1);
     EXPECT_EQ(ReadBytes(plans.oldPath), newPlan);
 
-    EXPECT_EQ(plans.Translate(), 0); // there is no old plan any more, and the new one stays
+    EXPECT_EQ(plans.Translate(), 0); // the old plan is gone, and the new one stays
     EXPECT_EQ(plans.reports, kEnter + kLeave);
     EXPECT_EQ(ReadBytes(plans.oldPath), newPlan);
     EXPECT_EQ(std::filesystem::read_symlink(plans.newPath), "dialplan.xml");
@@ -237,7 +237,7 @@ TEST(DialPlanV4XToV50GetData, TheListIsEmptiedOnceTheFileIsFound)
     struct Row {
         const char* text;          // of the old file; null for none
         int result;                // of the reader
-        std::size_t expectedCount; // of rules, of which one stood in the list before
+        std::size_t expectedCount; // of rules, one of which was already in the list
     };
     const Row rows[] = {
         {nullptr, 0, 1},

@@ -16,12 +16,12 @@ const std::string kLeave = "chTraceStack: leave DoorPhoneV4XToV50\n";
 constexpr char kEmptyItem[] = "    <item id_name=\"\" device_model=\"0\" display_name=\"\" phone_number=\"\""
                               " unlock_pin=\"\" send_audio=\"1\" send_video=\"1\" full_screen=\"1\" />\n";
 
-/// On the device the old and the new file are this one.
+/// On the device, this is both the old and the new file.
 struct DoorPhones : Translation {
     DoorPhones() : Translation(&DoorPhoneV4XToV50, "doorphonedata.xml", "doorphonedata.xml") {}
 };
 
-/// What a file with this content becomes in its place.
+/// The result for a file with this content, in place.
 std::string Translated(const std::string& oldText)
 {
     return DoorPhones().Translated(oldText, kEnter + kLeave);
@@ -259,7 +259,7 @@ TEST(DoorPhoneV4XToV50GetData, TheListIsEmptiedOnceTheFileIsFound)
     struct Row {
         const char* text;          // of the old file; null for none
         int result;                // of the reader
-        std::size_t expectedCount; // of door phones, of which one stood in the list before
+        std::size_t expectedCount; // of door phones, one of which was already in the list
     };
     const Row rows[] = {
         {nullptr, 0, 1},

@@ -18,7 +18,7 @@ struct Keys : Translation {
     Keys() : Translation(&DSSKeyV4XToV50, "dsskey.xml", "memkey.xml") {}
 };
 
-/// The new file that the old one with this content becomes.
+/// The new file for an old one with this content.
 std::string Translated(const std::string& oldText)
 {
     return Keys().Translated(oldText, kEnter + kLeave);
@@ -275,7 +275,7 @@ TEST(DssKeyV4XToV50GetData, TheListIsEmptiedOnceTheFileIsFound)
     struct Row {
         const char* text;          // of the old file; null for none
         int result;                // of the reader
-        std::size_t expectedCount; // of keys, of which one stood in the list before
+        std::size_t expectedCount; // of keys, one of which was already in the list
     };
     const Row rows[] = {
         {nullptr, 0, 1},

@@ -22,7 +22,7 @@ struct Books : Translation {
     Books() : Translation(&RemoteBookV4XToV50, "remotebook.xml", "remote_phonebook_list.xml") {}
 };
 
-/// The new file that the old one with this content becomes.
+/// The new file for an old one with this content.
 std::string Translated(const std::string& oldText)
 {
     return Books().Translated(oldText, kEnter + kLeave);
@@ -151,7 +151,7 @@ TEST(RemoteBookV4XToV50, OnAFailureNothingIsWritten)
 {
     struct Row {
         const char* oldText; // null for no old file
-        const char* report;  // beside the scopes
+        const char* report;  // in addition to the scopes
     };
     const Row rows[] = {
         {nullptr, ""},
@@ -193,7 +193,7 @@ TEST(RemoteBookV4XToV50, AListThatWouldPrintToMoreThan16MebibytesIsNotSaved)
 {
     if (!kHasBundledPlatform)
         GTEST_SKIP() << "rests on the bundled library's limit";
-    // 201 KB, which print to 40 MB: each empty element on a line of its own, indented by its depth.
+    // 201 KB, whose printed form has 40 MB: each empty element is on a separate line, indented by its depth.
     const std::string text =
         "<RemotePhoneBook>" + Repeat("<a>", 198) + Repeat("<b/>", 50000) + Repeat("</a>", 198) + "</RemotePhoneBook>";
     Books books;

@@ -9,14 +9,14 @@
 
 #include "scratchFolder.h"
 
-/// @return how many names are in the folder
+/// @return the number of names in the folder
 inline std::size_t CountNames(const ScratchFolder& folder)
 {
     const std::filesystem::directory_iterator names(folder.Path());
     return static_cast<std::size_t>(std::distance(begin(names), end(names)));
 }
 
-/// A translator's old and new file, in a folder of their own. The two may be one.
+/// A translator's old and new file, in a separate folder. The two may be the same.
 struct Translation {
     using Translator = int (*)(const char* oldPath, const char* newPath);
 
@@ -25,7 +25,7 @@ struct Translation {
     {
     }
 
-    /// Translates to another path; `reports` is what goes to standard error.
+    /// Translates to another path; `reports` receives the output on standard error.
     int Translate(const std::string& path)
     {
         testing::internal::CaptureStderr();
@@ -37,7 +37,7 @@ struct Translation {
 
     std::size_t FileCount() const { return CountNames(folder); }
 
-    /// Translates an old file with this content, which has to succeed, report this, and touch nothing but the new file.
+    /// Translates an old file with this content, which must succeed, report this, and change only the new file.
     ///
     /// @return the new file
     std::string Translated(const std::string& oldText, const std::string& expectedReports)

@@ -1,12 +1,12 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// A preload library: lets one allocation of the program fail, or all from one on. For tests only. The C++ library's
-// operator new asks malloc, so it fails with it.
+// A preload library: makes one allocation of the program fail, or all from one on. For tests only. The C++ library's
+// operator new calls malloc, so it fails too.
 //
 // FAIL_ALLOCATION        number of the allocation that fails, counted from the beginning of main(); 0 for none
-// FAIL_ALLOCATION_ON     set: all that follow fail as well
-// FAIL_ALLOCATION_COUNT  file that receives the number of allocations when main() has returned
+// FAIL_ALLOCATION_ON     if set, all later ones fail too
+// FAIL_ALLOCATION_COUNT  file that receives the number of allocations after main() has returned
 
 #include <cerrno>
 #include <cstddef>
@@ -35,7 +35,7 @@ bool failsOn = false;
 unsigned long failing = 0;
 unsigned long count = 0;
 
-/// The loader and the C++ library's emergency memory come before main(), so they are never hit.
+/// The loader and the C++ library's emergency memory allocate before main(), so they are never affected.
 bool Fails()
 {
     if (!isCounting)
@@ -63,7 +63,7 @@ int CountingMain(int argumentCount, char** arguments, char** environment)
     const char* report = std::getenv("FAIL_ALLOCATION_COUNT");
     failing = number == nullptr ? 0 : std::strtoul(number, nullptr, 10);
     failsOn = std::getenv("FAIL_ALLOCATION_ON") != nullptr;
-    // The children of the program are not under test, and the program itself must not see any of this.
+    // The children of the program are not under test, and the program itself must not see these variables.
     for (const char* name : {"LD_PRELOAD", "FAIL_ALLOCATION", "FAIL_ALLOCATION_ON", "FAIL_ALLOCATION_COUNT"})
         (void)unsetenv(name);
 

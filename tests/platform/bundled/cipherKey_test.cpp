@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// The cipher key file: 128 hexadecimal digits. A phone with a key file that cannot be used must not fall back on the
-// development key, which protects nothing.
+// The cipher key file: 128 hexadecimal digits. A phone with an unusable key file must not fall back on the development
+// key, which protects nothing.
 
 #include "cipherKey.h"
 
@@ -46,7 +46,7 @@ std::string Replace(std::string text, const std::string& from, const std::string
     return text.replace(text.find(from), from.size(), to);
 }
 
-/// A phone that is to encipher one plain secret and one enciphered with the development key.
+/// A phone that has to encipher one plain secret and one that was enciphered with the development key.
 void PutSecrets(PhoneImage& phone, const std::string& userLock, const std::string& factoryLock)
 {
     phone.Put("/config/user/user.ini",

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// The commit record's text: whole, it comes back as it was; anything else is none.
+// The commit record's text: a whole text is parsed to the original record; any other text is refused.
 
 #include "commitRecord.h"
 
@@ -30,7 +30,7 @@ bool IsRecord(std::string_view text)
     return ParseRecord(text, record);
 }
 
-/// The text with another field in a place, and a checksum that fits.
+/// The text with one field replaced, and a matching checksum.
 std::string WithField(std::size_t place, std::string_view field)
 {
     const std::string text = TextOf(ExampleRecord());

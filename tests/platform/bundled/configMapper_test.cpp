@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// The list of enciphered entries, seen through the password pass that works it off.
+// The list of enciphered entries, as the password pass processes it.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -22,7 +22,7 @@ constexpr char kThird[] = "Decrypt:(znVvF2sjieww3pGHGGXlBYl5jfqB)->(third)";
 
 using Lines = std::vector<std::string>;
 
-/// A phone whose lock goes off.
+/// A phone whose lock is switched off.
 PhoneImage& Prepare(PhoneImage& phone)
 {
     phone.Put("/config/user/user.ini", "[PhoneSetting]\nEnLock=1\n[Feature]\nRingbackTimeout=90\n");
@@ -91,7 +91,7 @@ TEST(BundledConfigMapper, AttributesThatAreAbsentAreEmptyTexts)
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.entry);
-        Lines expected = {kFirst}; // of an entry before it: an empty path would else count as loaded already
+        Lines expected = {kFirst}; // of an earlier entry: otherwise an empty path would count as already loaded
         expected.insert(expected.end(), row.traces.begin(), row.traces.end());
         EXPECT_EQ(TracesOf("<a>" + EntryOf("A") + row.entry + "</a>"), expected);
     }
@@ -120,7 +120,7 @@ TEST(BundledConfigMapper, AnEntryIsKeptPerAccountWhenItSaysSo)
 
 TEST(BundledConfigMapper, AnEmptyFlagIsNoBooleanAndCountsAsAbsent)
 {
-    // The XML library ends the program when it is asked for a boolean and the attribute is empty.
+    // The XML library aborts the program if a boolean attribute is empty.
     EXPECT_EQ(TracesOf("<a>" + EntryOf("A", "active=''") + "</a>"), Lines{kFirst});
     EXPECT_EQ(TracesOf("<a>" + EntryOf("A", "perAccount=''") + "</a>"), Lines{kFirst});
 }

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// What a file holds: the digests of FIPS 180-4, and files compared piece by piece.
+// The content of a file: the digests of FIPS 180-4, and files compared piece by piece.
 
 #include "contentSum.h"
 

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// Who may read a file that took another one's place, or was made of it: no more users than before, also where an access list
-// or an owner cannot be kept.
+// The readers of a file that replaced another one, or was made from it: no more users than before, even if an access
+// list or an owner cannot be kept.
 
 #include "fileAttributes.h"
 
@@ -23,7 +23,7 @@ namespace
 {
 
 std::string failingAttribute; // the extended attribute that cannot be set
-int ownerError = 0;           // what giving a file to somebody fails with
+int ownerError = 0;           // the error of a change of owner
 
 } // namespace
 
@@ -65,14 +65,14 @@ protected:
         ASSERT_EQ(chmod(folder_.Path(name).c_str(), mode), 0);
     }
 
-    /// @return whether we may give it
+    /// @return whether the owner can be changed
     bool PutOf(const std::string& name, uid_t owner, gid_t group, mode_t mode) const
     {
         Put(name, "bytes of " + name);
         return chown(folder_.Path(name).c_str(), owner, group) == 0 && chmod(folder_.Path(name).c_str(), mode) == 0;
     }
 
-    /// @return whether there are access lists here
+    /// @return whether this file system supports access lists
     bool PutWithList(const std::string& name, const std::string& list) const
     {
         Put(name, "bytes of " + name);
@@ -206,7 +206,7 @@ TEST_F(FileAttributes, AnOwnerThatCannotBeGivenForAnotherReasonIsAFailedSave)
 
 TEST_F(FileAttributes, AnAccessListOfAnOwnerWhomWeMayNotNameLetsNobodyElseRead)
 {
-    // The group was shut out though others could read; its members count as others once the group has changed.
+    // The group had no access although others did; its members count as others after the group has changed.
     const std::string list =
         AccessListOf({{ACL_USER_OBJ, 6}, {ACL_USER, 4, 2222}, {ACL_GROUP_OBJ, 0}, {ACL_MASK, 4}, {ACL_OTHER, 4}});
     if (!PutWithList("file", list) || chown(folder_.Path("file").c_str(), kOwner, kGroup) != 0)

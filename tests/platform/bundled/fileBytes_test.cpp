@@ -27,14 +27,14 @@ using namespace std::string_literals;
 namespace
 {
 
-/// How the system answers the reads and writes of the code while a test wants it to be difficult.
+/// The simulated failures of the code's reads and writes.
 struct Answers {
-    int interruptions = 0;         ///< calls that an interruption ends before one succeeds
-    std::size_t most = SIZE_MAX;   ///< bytes that one call takes
-    int error = 0;                 ///< what every call fails with
-    bool isAnyInheritable = false; ///< whether a descriptor was seen that a child would get
-    std::string failingCall;       ///< the call that fails for some time
-    int failures = 0;              ///< how often it does
+    int interruptions = 0;         ///< interrupted calls before one succeeds
+    std::size_t most = SIZE_MAX;   ///< bytes that one call processes
+    int error = 0;                 ///< the error of every call
+    bool isAnyInheritable = false; ///< whether a descriptor was seen that a child would inherit
+    std::string failingCall;       ///< the call that fails temporarily
+    int failures = 0;              ///< how often it fails
     int reads = 0;
 };
 
@@ -49,7 +49,7 @@ bool FailsThisTime(const char* call)
     return true;
 }
 
-/// @return false with `errno` set when the call fails
+/// @return false with `errno` set if the call fails
 bool AllowCall(int descriptor, std::size_t& size)
 {
     if (answers == nullptr)
@@ -272,7 +272,7 @@ TEST_F(FileBytes, AFileOfMoreThan4MebibytesIsNotRead)
     for (const std::uint64_t size : {(std::uint64_t{4} << 20) + 1, std::uint64_t{1} << 32, std::uint64_t{1} << 40}) {
         WriteBytes(path_, "");
         if (truncate64(path_.c_str(), static_cast<off64_t>(size)) != 0)
-            continue; // more than this file system holds
+            continue; // larger than this file system allows
         Link("link", "file");
         answers = &counting;
         ExpectFails(path_, ReadResult::TooLarge);

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// File replacement, call by call: the old file whole or the new one whole, whichever call fails and wherever the run is
-// cut.
+// File replacement, call by call: the whole old file or the whole new one, whichever call fails and wherever the run is
+// interrupted.
 
 #include "fileReplacement.h"
 
@@ -27,14 +27,14 @@ namespace
 
 constexpr int kNoCall = -1;
 
-/// The system calls that change something, as the code makes them, while one of these is set to work.
+/// Counts the code's changing system calls, and simulates these failures.
 struct CallLog {
     std::vector<std::string> calls;
     int failing = kNoCall;              ///< number of the call that fails
-    bool isStatusUnknown = false;       ///< whether nothing can be said of an open file
+    bool isStatusUnknown = false;       ///< whether `fstat` fails
     int last = kNoCall;                 ///< number of the call with which the process ends
-    bool isAnyInheritable = false;      ///< whether a descriptor was seen that a child would get
-    bool isAnyReadableByOthers = false; ///< whether the new bytes were written where others could read them
+    bool isAnyInheritable = false;      ///< whether a descriptor was seen that a child would inherit
+    bool isAnyReadableByOthers = false; ///< whether the new bytes were written to a file that others could read
 };
 
 CallLog* callLog = nullptr;
@@ -44,7 +44,7 @@ std::string NameOf(int descriptor)
     return fs::read_symlink("/proc/self/fd/" + std::to_string(descriptor)).filename().string();
 }
 
-/// @return true with `errno` set when this call is the one to fail
+/// @return true with `errno` set if this call has to fail
 bool Fails(const std::string& call)
 {
     if (callLog == nullptr)

@@ -1,8 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// The image of a configuration file after a load or a save that failed: nothing takes the place of a file that could
-// not be read.
+// The image of a configuration file after a load or a save that failed: nothing replaces a file that could not be read.
 
 #include "iniFile.h"
 
@@ -62,7 +61,7 @@ TEST_F(BundledIniFile, AfterAFileThatCannotBeReadNothingIsSavedBeforeTheNextLoad
     for (const std::string& unreadable : {folder_.Path(), pipe, loop}) {
         SCOPED_TRACE(unreadable);
         Load("[S]\nk=1\n");
-        EXPECT_EQ(file_.LoadFromFile(unreadable.c_str()), 0); // and returns at once: nobody writes to the pipe
+        EXPECT_EQ(file_.LoadFromFile(unreadable.c_str()), 0); // and returns at once, although the pipe has no writer
         ExpectEmpty();
         EXPECT_NE(file_.SetTextValue("S", "k", "2"), 0);
         EXPECT_EQ(file_.SaveToFile(/*path=*/nullptr), 0);

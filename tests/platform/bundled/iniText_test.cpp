@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// The text of a configuration file, held to a second writing of the format's rules.
+// The text of a configuration file, compared with a second implementation of the format's rules.
 
 #include "iniText.h"
 
@@ -24,7 +24,7 @@ std::string AfterSetting(std::string text, const std::string& section, const std
     return text;
 }
 
-/// The format's rules written a second time, line by line and without a thought for speed.
+/// A second implementation of the format's rules, line by line and without optimisation.
 struct PlainLine {
     std::string lead;  // a key line's bytes before the value; of any other line all of them
     std::string value; // of a key line
@@ -118,7 +118,7 @@ std::string SetPlainly(const std::string& text, const std::string& section, cons
     std::vector<PlainLine> lines = ReadLinesPlainly(WithoutMark(text));
     const std::string end = lines.empty() || lines.front().end.empty() ? "\n" : lines.front().end;
     const bool isPresent = FindPlainly(text, section, key).has_value();
-    int place = -1; // the line behind which a new key goes
+    int place = -1; // the line after which a new key is added
     int sectionNumber = 0;
     std::string current;
     for (std::size_t i = 0; i < lines.size(); ++i) {
@@ -161,7 +161,7 @@ std::string SetPlainly(const std::string& text, const std::string& section, cons
     return result;
 }
 
-/// Bytes as configuration files might hold them, mostly those that mean something.
+/// Bytes that may occur in configuration files, mostly those with a meaning.
 class RandomTexts
 {
 public:
@@ -187,8 +187,7 @@ const std::vector<std::string> kSections = {"S", "T", " S", "S=", ";", "[", "\xF
 const std::vector<std::string> kKeys = {"k", "a", "k k", "]", "k;", "a[S]", "\"k\"", "\xFF\xFE", "\v"};
 const std::vector<std::string> kValues = {"", "v", "v ", "a=b", "[S]", "; c", "\"q\"", "\xFF\x80", "-1", "\v", "a\rb"};
 
-/// One change by the code and by the second writing of the rules: the same bytes, the value set, all others as they
-/// were.
+/// One change by the code and by the second implementation: the same bytes, the value set, all others unchanged.
 void ExpectSetAsTheRulesSay(const std::string& text, const std::string& section, const std::string& key,
                             const std::string& value)
 {
@@ -225,7 +224,7 @@ TEST(IniText, RandomTextsReadAndChangeAsTheRulesSay)
     for (int i = 0; i < 20000 && !testing::Test::HasFailure(); ++i) {
         std::string text = random.Next();
         while (!text.empty() && text.back() == '\r')
-            text.pop_back(); // a test of its own
+            text.pop_back(); // covered by another test
         for (const std::string& key : kKeys)
             EXPECT_EQ(FindIniValue(text, "S", key), FindPlainly(text, "S", key)) << testing::PrintToString(text);
         ExpectSetAsTheRulesSay(text, random.OneOf(kSections), random.OneOf(kKeys), random.OneOf(kValues));
@@ -239,7 +238,7 @@ TEST(IniText, ATextCutOffAtAnyByteReadsAndChangesAsTheRulesSay)
     for (std::size_t length = 0; length <= whole.size(); ++length) {
         const std::string text = whole.substr(0, length);
         if (!text.empty() && text.back() == '\r')
-            continue; // a test of its own
+            continue; // covered by another test
         for (const char* section : {"S", "T", "new"}) {
             for (const char* key : {"k", "a", "x"})
                 ExpectSetAsTheRulesSay(text, section, key, "v");

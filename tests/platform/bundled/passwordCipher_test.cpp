@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// The cipher, held against vectors that another implementation made, and against what its callers rely on: deciphering
-// undoes enciphering, and nothing but a token of this very key deciphers. No key file stands on the machine that runs
-// these tests, so the development key is in use.
+// The cipher, compared with vectors of another implementation, and the properties on which its callers rely:
+// deciphering undoes enciphering, and only a token of this key can be deciphered. The machine that runs these tests has
+// no key file, so the development key is used.
 
 #include "passwordCipher.h"
 
@@ -27,7 +27,7 @@ struct Conversion {
 
 using Cipher = int (*)(const char* text, char* output);
 
-/// Calls the cipher with a buffer of its exact size on the heap, where a sanitizer sees a byte too many.
+/// Calls the cipher with a buffer of its exact size on the heap, where a sanitizer detects an overrun.
 Conversion Convert(Cipher cipher, const std::string& text, char fill = '\0')
 {
     const std::unique_ptr<char[]> buffer(new char[kPasswordBufferSize]);
@@ -193,7 +193,7 @@ TEST(BundledPasswordCipher, ATokenWithAnyOtherCharacterAnywhereDoesNotDecipher)
     const std::string token = kHelloToken;
     ASSERT_EQ(Decrypt(token).result, 0);
     for (std::size_t position = 0; position < token.size(); ++position) {
-        for (int byte = 0; byte <= 0xFF; ++byte) { // a zero byte cuts the token off
+        for (int byte = 0; byte <= 0xFF; ++byte) { // a zero byte ends the token
             std::string altered = token;
             altered[position] = static_cast<char>(byte);
             if (altered != token && !(position == 0 && byte == 0))
@@ -241,7 +241,7 @@ TEST(BundledPasswordCipher, StrayLowBitsInTheLastCharacterDoNotDecipher)
 
 TEST(BundledPasswordCipher, TokensOfOtherMakersDoNotDecipher)
 {
-    // Made outside with the same key, but never by the cipher itself.
+    // Made by another implementation with the same key, but never by the cipher itself.
     struct Row {
         const char* what;
         const char* token;

@@ -19,7 +19,7 @@
 namespace
 {
 
-/// @return the status of a process that has done the steps, as waitpid gives it
+/// @return the status of a process that has executed the steps, as returned by waitpid
 int StatusOfChild(const std::function<int()>& steps)
 {
     const pid_t child = fork();

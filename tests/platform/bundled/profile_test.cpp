@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// Whole-file integer access to files that are missing or do not load, and of names that no file can hold.
+// Whole-file integer access to files that are missing or do not load, and with names that no file can contain.
 
 #include "profile.h"
 

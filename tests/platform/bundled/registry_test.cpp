@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// Section handles: null handles, pending changes, and a file that others change before the flush.
+// Section handles: null handles, pending changes, and a file that another program changes before the flush.
 
 #include "registry.h"
 

@@ -26,7 +26,7 @@ protected:
     StagedFilesTest() { BeginStaging(); }
     ~StagedFilesTest() override { EndStaging(); }
 
-    /// What the run reads: "missing" or "unreadable" where there is nothing to read.
+    /// The text that the run reads, or "missing" or "unreadable".
     std::string Seen(const std::string& name) const
     {
         std::string bytes;

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// The outputs while their readers are stalled: how long they are waited for, and what arrives all the same. The waits are
-// counted and not sat out.
+// The outputs while their readers are stalled: the length of the wait, and the bytes that arrive all the same. Waits
+// are counted instead of executed.
 
 #include "standardOutput.h"
 
@@ -26,7 +26,7 @@ std::function<void()> whileWaiting = [] {};
 
 } // namespace
 
-/// Waits for no time, but does what somebody else does meanwhile.
+/// Does not wait, but executes the actions of another process that happen meanwhile.
 extern "C" int poll(pollfd* descriptors, nfds_t count, int milliseconds)
 {
     const timespec noTime = {0, 0};
@@ -76,9 +76,9 @@ struct Pipe {
     int ends[2] = {-1, -1};
 };
 
-/// Runs the steps in a process of their own, since the time to wait is counted for a whole process.
+/// Runs the steps in a separate process, since the waiting time is counted per process.
 ///
-/// @return their result, which is 0 when all was well; 128 and more when a signal ended them, such as that of the alarm
+/// @return their result, which is 0 on success; 128 and more if a signal ended them, such as that of the alarm
 int InChild(const std::function<int()>& steps)
 {
     const pid_t child = fork();

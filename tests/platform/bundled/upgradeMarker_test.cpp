@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// The marker's text: which word comes first, and what is left without it.
+// The marker's text: its first word, and the rest without it.
 
 #include "upgradeMarker.h"
 

@@ -14,7 +14,7 @@
 namespace
 {
 
-/// The description of the failed load of a file with that content, or "" when it loads.
+/// The description of the failed load of a file with that content, or "" if it loads.
 std::string Failure(const std::string& text)
 {
     const ScratchFolder folder;

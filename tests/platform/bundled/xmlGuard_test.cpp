@@ -27,27 +27,27 @@ constexpr char kTooManyAttributes[] = "Element has too many attributes.";
 constexpr char kUtf8Mark[] = "\xEF\xBB\xBF";
 constexpr char kUtf8[] = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>";
 constexpr char kLatin1[] = "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>";
-constexpr char kNoEncoding[] = "<?xml version=\"1.0\"?>"; // which the library takes for UTF-8
+constexpr char kNoEncoding[] = "<?xml version=\"1.0\"?>"; // which the library reads as UTF-8
 
-/// The guard's word, or "" when it lets the text pass.
+/// The guard's reason for a refusal, or "" if it accepts the text.
 std::string Refusal(const std::string& text)
 {
     const char* reason = RefuseXml(text);
     return reason == nullptr ? "" : reason;
 }
 
-/// As many levels of one element each, without anything in the innermost one.
+/// That many levels of one element each, with an empty innermost one.
 std::string Nested(int levels, const std::string& start = "<a>", const std::string& end = "</a>")
 {
     return Repeat(start, levels) + Repeat(end, levels);
 }
 
-/// What the library makes of a text.
+/// The result of the library for a text.
 struct Built {
     bool isLoaded = false;
-    int depth = 0; // of a failed load: the levels that it had entered
+    int depth = 0; // of a failed load: the levels before the failure
     int elements = 0;
-    int attributes = 0; // the most of one element
+    int attributes = 0; // the maximum of one element
 };
 
 void Measure(const TiXmlNode& node, int depth, Built& built)
@@ -64,7 +64,7 @@ void Measure(const TiXmlNode& node, int depth, Built& built)
     }
 }
 
-/// Loads the text as a file's, with room behind it for what the library reads past a cut-off character.
+/// Loads the text as that of a file, with room after it, since the library reads past a truncated character.
 Built BuildWithLibrary(std::string text)
 {
     text.append(8, '\0');
@@ -81,8 +81,8 @@ bool IsBeyondLimits(const Built& built)
     return built.depth > kDeepestElement || built.elements > kMostElements || built.attributes > kMostAttributes;
 }
 
-/// What must hold for every text: what passes never takes the library beyond a limit, loaded or not; what is refused
-/// would have, or would not have loaded.
+/// The property of every text: an accepted text never takes the library beyond a limit, loaded or not; a refused one
+/// would have done so, or would not have loaded.
 void ExpectAgreement(const std::string& text, const Built& built)
 {
     if (Refusal(text).empty())
@@ -153,7 +153,7 @@ TEST(XmlGuard, WhatIsNoElementIsNotCounted)
         "<a>" + Repeat("<b></b >", 300) + Repeat("<b></b\n\t>", 300) + "</a>",
         "<!DOCTYPE a><a/>",
         "<a/> the library reads no further than this text " + manyTags,
-        "<a></b>" + Nested(150), // which the library never sees
+        "<a></b>" + Nested(150), // which the library never reads
     };
     for (const std::string& text : rows) {
         SCOPED_TRACE(text.substr(0, 60));
@@ -166,7 +166,7 @@ TEST(XmlGuard, WhatOnlyLooksLikeAnEndTagEndsNothing)
 {
     struct Row {
         const char* name;
-        std::string start; // of one level, with something that a careless reader takes for its end
+        std::string start; // of one level, with a detail that a careless parser would treat as its end
     };
     const Row rows[] = {
         {"comment", "<a><!-- </a> -->"},
@@ -207,13 +207,13 @@ TEST(XmlGuard, ALeadByteTakesWhatFollowsWithItInUtf8Alone)
     struct Row {
         std::string start; // of one level
         std::string end;
-        bool isOneLevelInUtf8; // else it is one in any other encoding
+        bool isOneLevelInUtf8; // otherwise it is one in any other encoding
     };
     const Row rows[] = {
         {"<a b=\"\xC3\" c=\">", "</a>", true},                // the quote
         {"<a b='\xF0'><'>", "</a>", true},                    // and what follows it
         {"<a>\xC3</a>", "</a>", true},                        // the "<" of an end tag
-        {"<a>\xE2\x80</a>", "</a>", true},                    // as the last of three
+        {"<a>\xE2\x80</a>", "</a>", true},                    // the "<" as the last of three bytes
         {"<a>\xC3&#x;", "</a>", true},                        // the start of a reference
         {"<a \xEF\xBB\xBF b='1'\xEF\xBF\xBE>", "</a>", true}, // white space to the library
         {"<a>\xC3", "</a>", false},
@@ -289,8 +289,8 @@ TEST(XmlGuard, AnEndTagOutsideTheRootEndsNothing)
 
 TEST(XmlGuard, AByteOrderMarkMayStandBeforeAnElementsName)
 {
-    // The library takes the mark for a letter first and for white space then; a guard that takes it for the name loses
-    // the element, and with it every limit.
+    // The library reads the mark first as a letter and then as white space; a guard that reads it as part of the name
+    // loses the element, and with it every limit.
     for (const char* start : {"<\xEF\xBB\xBF"
                               "a>",
                               "<\xEF\xBB\xBF a>", "<\xEF\xBF\xBE\n a b='1'>", "<\xEF\xBF\xBF\xEF\xBB\xBF\ta>"}) {
@@ -341,7 +341,8 @@ TEST(XmlGuard, AnyCutOffTextIsTakenWithoutHarm)
 namespace
 {
 
-/// Texts that a reader may take for more, or for less, nesting than the library does. None changes the depth for good.
+/// Texts that a reader may take for more, or for less, nesting than the library does. None changes the depth
+/// permanently.
 const std::vector<std::string> kFillers = {
     "text",
     " \r\n\t",
@@ -411,7 +412,7 @@ constexpr Level kLevels[] = {
     {"<_ a=b\n>", "</_\n>"},
     {"<a b='&#x'/>x41;'>", "</a>"},
     {"<\xC3\xA9>", "</\xC3\xA9>"},
-    {"<\xEF\xBB\xBF\n a>", "</a>"}, // in UTF-8 alone
+    {"<\xEF\xBB\xBF\n a>", "</a>"}, // only in UTF-8
 };
 
 using Random = std::mt19937;
@@ -421,8 +422,8 @@ std::size_t Below(Random& random, std::size_t bound)
     return random() % bound;
 }
 
-/// Levels near the limit with fillers among them. Most documents hold only fillers that their encoding allows, as
-/// chance gives them: `fillers` are those to choose from.
+/// Levels near the limit with fillers among them. Most documents contain only fillers that their encoding allows, at
+/// random: `fillers` are those to choose from.
 std::string RandomDocument(Random& random, const char* prefix, const std::vector<std::string>& fillers,
                            std::size_t levelKinds)
 {
@@ -458,7 +459,7 @@ void Mutate(Random& random, std::string& text)
     }
 }
 
-/// The fillers that the library loads in a document with that prefix: a document made of any others would say little.
+/// The fillers that the library loads in a document with that prefix: a document with any others would prove little.
 std::vector<std::string> LoadableFillers(const char* prefix)
 {
     std::vector<std::string> fillers;
@@ -492,9 +493,9 @@ TEST(XmlGuard, AgreesWithTheLibraryNearTheDeepestLevel)
             loaded += built.isLoaded ? 1 : 0;
             tooDeep += built.isLoaded && built.depth > kDeepestElement ? 1 : 0;
             if (HasFailure())
-                return; // one text is enough to look at
+                return; // one failing text is enough
         }
-        // Neither verdict is the rule, or the agreement would say little.
+        // Both verdicts must occur, or the agreement would prove little.
         EXPECT_GT(loaded, 120);
         EXPECT_GT(tooDeep, 40);
         EXPECT_GT(loaded - tooDeep, 40);
