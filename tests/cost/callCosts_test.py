@@ -1,10 +1,10 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""What each mode costs on the example phone, in calls that no clock shows: exactly what callCosts.json says.
+"""The cost of each mode on the example phone, in calls, which do not depend on time: exactly as in callCosts.json.
 
-A change that adds a flush or reads a file once more fails here; when it is meant, `--update` stores the new figures. A run
-that finds nothing to change writes no file and flushes nothing.
+A change that adds a flush or reads a file a second time fails here; if it is intended, `--update` stores the new
+figures. A run that finds nothing to change writes no file and flushes nothing.
 """
 
 import argparse
@@ -21,7 +21,7 @@ STORED = pathlib.Path(__file__).with_name("callCosts.json")
 MODES = ("all", "dev", "pwd", "1", "2")
 OF_THE_ALLOCATOR = {"brk", "mmap", "munmap", "mremap", "madvise", "mprotect"}
 
-# Modes that come to an end: a later run leaves the phone as it is. The others encipher values again in each run or
+# Modes that are idempotent: a later run does not change the phone. The others encipher values again in each run or
 # multiply the backlight's minutes.
 SETTLING_MODES = ("1", "fix-ups-only")
 MOST_RUNS_TO_SETTLE = 3
@@ -46,7 +46,7 @@ def costs_of(calls):
 
 
 def measure(program, scratch):
-    """Each mode on a fresh phone, and once more on the phone that it left."""
+    """Each mode on a fresh phone, and a second time on the resulting phone."""
     costs = {}
     for mode in MODES:
         root = phones.make_phone("example", scratch / "phone")

@@ -1,14 +1,14 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""The program built for a device, run in the sandbox under an emulator, and the host's own beside it."""
+"""The program built for a device, run in the sandbox under an emulator, compared with that of the host."""
 
 import argparse
 import pathlib
 
 import phones
 
-TOLD_NAME = "/kestrune"  # an emulated program would otherwise be told the emulator's idea of its name
+TOLD_NAME = "/kestrune"  # otherwise the emulator would set the name of the program
 
 
 def parse_arguments(description):
@@ -28,11 +28,11 @@ def run_on_host(arguments, root, mode):
 
 
 def difference_of_phones(one, other):
-    """What is not the same on the two phones: names, kinds, owners, permissions or bytes."""
+    """The differences between the two phones: names, kinds, owners, permissions or bytes."""
     first, second = phones.snapshot(one), phones.snapshot(other)
     return sorted(path for path in first.keys() | second.keys() if first.get(path) != second.get(path))
 
 
 def difference_of_runs(one, other):
-    """Which of exit status and outputs are not the same."""
+    """The differences in exit status and outputs."""
     return [name for name in ("returncode", "stdout", "stderr") if getattr(one, name) != getattr(other, name)]

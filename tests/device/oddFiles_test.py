@@ -15,7 +15,7 @@ import loopDevice
 import phones
 import proof
 
-IN_2040 = calendar.timegm((2040, 2, 29, 12, 0, 0))  # behind the last second of a signed 32-bit time
+IN_2040 = calendar.timegm((2040, 2, 29, 12, 0, 0))  # after the last second of a signed 32-bit time
 MODES = ("all", "1", "2")
 
 
@@ -58,7 +58,7 @@ def faults_of(arguments, odd, scratch, mode, what):
 
 
 def sorted_lines(result):
-    """What a run reported; certificates come in the order in which the file system lists them."""
+    """The reports of a run; certificates are in directory order."""
     return sorted((result.stdout + result.stderr).splitlines())
 
 
@@ -72,7 +72,7 @@ def faults_of_dates(arguments, scratch):
 
 
 def why_no_wide_file_system(scratch):
-    """An empty text when there is one: whatever fails after that is a fault."""
+    """An empty text if there is one: any failure after that is a fault."""
     try:
         with WideFileSystem(scratch):
             return ""

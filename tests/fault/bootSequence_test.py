@@ -2,8 +2,8 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""Takes the power away right before each writing call of a whole boot, and starts the phone again with an empty "/tmp", as
-often as it takes: every phone ends as one never disturbed.
+"""Cuts the power right before each writing call of a whole boot, and starts the phone again with an empty "/tmp", as
+often as necessary: every phone ends like one that was never interrupted.
 """
 
 import fcntl
@@ -20,11 +20,11 @@ from model import boot, comparison, oneStep
 
 SEED = 7
 MOST_BOOTS = 5
-THEN_KILLED = "the same, 1 killed then"  # before it can finish what was cut: the firmware step must wait
+THEN_KILLED = "the same, 1 killed then"  # before it can finish the interrupted run: the firmware step must wait
 KILL_OF_NEXT_START = ("1", "flock", 1)
 REPEATED_CUTS = {"small": 12, "example": 60}  # for each sequence
 
-# The name, the upgrade's marker, and the commands of the boot; None is what the documentation gives.
+# The name, the upgrade's marker, and the commands of the boot; None means those of the documentation.
 SEQUENCES = (
     ("1, step, 2, all", "1\n2\nall\n", None),
     (THEN_KILLED, "1\n2\nall\n", None),
@@ -39,7 +39,7 @@ EVERY = {("small", "busybox"): 3}  # only each third cut
 
 
 class Sequence:
-    """One sequence under one shell: the phone at its start, and as it ends undisturbed."""
+    """One sequence under one shell: the phone at its start, and at its end without interruption."""
 
     def __init__(self, program, phone, sequence, shell, scratch):
         self.name, self.marker, start = sequence
@@ -70,7 +70,7 @@ class Sequence:
         return [(cut,) for cut in self.cuts] + repeated
 
     def finish(self, root, run_boot):
-        """Starts the phone with an empty "/tmp" until the sequence has ended; gives the phone."""
+        """Starts the phone with an empty "/tmp" until the sequence has ended; returns the phone."""
         for _ in range(MOST_BOOTS):
             found = oneStep.without_tmp(phones.snapshot(root))
             if self.has_ended(found):
@@ -80,7 +80,7 @@ class Sequence:
         return oneStep.without_tmp(phones.snapshot(root))
 
     def has_ended(self, found):
-        """Without a marker only this proof knows that a run has ended and is not to be repeated."""
+        """Without a marker, only this proof knows that a run has ended and must not be repeated."""
         if any(devicePaths.is_of_commit(path) for path in found):
             return False
         if self.marker is None:
@@ -88,7 +88,7 @@ class Sequence:
         return devicePaths.MARKER not in found
 
     def faults(self, cuts):
-        """What is wrong in the end, and how often the power went: a repeated cut may come too late."""
+        """The faults at the end, and the number of power cuts: a repeated cut may come too late."""
         root = phones.make_from(self.begin, comparison.worker_folder(self.scratch) / "phone")
         count = sum(self.boots_into(self.boot.run_with_cut, cut, root) for cut in cuts)
         if self.name == THEN_KILLED:
@@ -99,7 +99,7 @@ class Sequence:
         return comparison.differences(self.end, found), count
 
     def boots_into(self, run_boot, cut, root):
-        """Starts the phone until the cut comes; false when the sequence has ended without it."""
+        """Starts the phone until the power cut; returns false if the sequence has ended without one."""
         for _ in range(MOST_BOOTS):
             found = oneStep.without_tmp(phones.snapshot(root))
             if self.has_ended(found):
@@ -118,7 +118,7 @@ class Sequence:
 
 
 def faults_of_end(sequence):
-    """What the undisturbed boots themselves leave."""
+    """Faults of the undisturbed boots themselves."""
     names = [devicePaths.MARKER]
     if not sequence.is_out_of_order():
         names.append(devicePaths.HAND_OVER_COPY)  # mode "2" removes the copy
@@ -142,7 +142,8 @@ def prove(program, phone, number, shell, scratch):
 
 
 def faults_of_time_limit(program, phone, shell, scratch):
-    """Somebody holds the lock for longer than the script waits: no mode does anything, and the next boot does it all."""
+    """Another process has the lock for longer than the script waits: no mode does anything, and the next boot does
+    everything."""
     sequence = Sequence(program, phone, SEQUENCES[0], shell, scratch)
     hurried = boot.Boot(program, shell, scratch / "hurried", limit_seconds=1)
     root = phones.make_from(sequence.begin, scratch / "phone")

@@ -1,9 +1,9 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""Every file of the phone cut at every byte, and at every second one with zero bytes from there on (above 4 KiB at
-samples). A sanitizer build reports nothing, any other one has an address space of 64 MiB above an empty program, a damaged
-file is treated as its format says, and all other files end as in an ordinary run."""
+"""Every file of the phone is truncated at every byte, and at every second byte filled with zero bytes from there on
+(above 4 KiB at samples). A sanitizer build reports nothing, any other build has 64 MiB more address space than an
+empty program, a damaged file is handled as its format requires, and all other files end as in an ordinary run."""
 
 import dataclasses
 import fnmatch
@@ -31,7 +31,7 @@ CERTIFICATES = "*/certs/phoneca/*"
 
 @dataclasses.dataclass(frozen=True)
 class Lane:
-    """Files damaged together, at the same byte: none of them decides what becomes of another. The modes take turns."""
+    """Files that are damaged together, at the same byte: none of them affects another. The modes take turns."""
 
     files: tuple
     modes: tuple
@@ -51,7 +51,7 @@ LANES = (
     Lane((devicePaths.CIPHER_KEY,), ("pwd", "all")),
 )
 
-# Damage that takes more with it than an empty file would: half of "bEnableFromOld=1" reads as 0.
+# Damage that has more effects than an empty file: half of "bEnableFromOld=1" reads as 0.
 TAKES_WITH_IT = {devicePaths.VERSION_INI: devicePaths.NEW_XML_DATA}
 
 
@@ -87,7 +87,7 @@ def image(phone):
 
 @functools.lru_cache(maxsize=None)
 def final(program, scratch, phone, mode, path="", content=None):
-    """How the phone ends undamaged, or with one file of that content (None: without it)."""
+    """The phone after the run, undamaged or with one file of that content (None: without it)."""
     root = phones.make_phone(phone, comparison.worker_folder(scratch) / "phone")
     if path and content is None:
         (root / path[1:]).unlink()
@@ -103,7 +103,7 @@ def final_of(job, path="", content=None):
 
 @functools.lru_cache(maxsize=None)
 def dependent(job_key, path):
-    """The files that one whose values are all gone changes, itself included."""
+    """The files that change if all values of one file are gone, including that file."""
     program, scratch, phone, mode = job_key
     ordinary = final(program, scratch, phone, mode)
     changed = {path, *TAKES_WITH_IT.get(path, ())}
@@ -114,7 +114,8 @@ def dependent(job_key, path):
 
 
 def root_end(content):
-    """Where the root element ends: a file cut before that is not well-formed, and one cut behind it is whole."""
+    """Where the root element ends: a file truncated before that is not well-formed, and one truncated after it is
+    whole."""
     return content.rindex(b">") + 1
 
 
@@ -124,7 +125,7 @@ def is_written(path, mode):
 
 
 def check_others(job, damages, found):
-    """Files that depend on none of the damaged ones are as in an ordinary run, and nothing unknown appears."""
+    """Files that depend on none of the damaged ones are as in an ordinary run, and no unknown file appears."""
     ordinary = final_of(job)
     key = (job.program, job.scratch, job.phone, job.mode)
     changed = set().union(*(dependent(key, path) for path in damages))
@@ -135,13 +136,13 @@ def check_others(job, damages, found):
 
 
 def check_unwritten(job, damages, found):
-    """What the mode does not write is as damaged as it was."""
+    """Damaged files that the mode does not write are unchanged."""
     return [f"{path} was changed" for path, content in damages.items()
             if not is_written(path, job.mode) and (path not in found or found[path].content != content)]
 
 
 def check_xml_data(job, damages, position, found):
-    """Old data is translated whole or not at all: what was made of it, or nothing."""
+    """Old data is translated whole or not at all: the new file is complete or missing."""
     faults = []
     if job.mode not in ("all", "dev"):
         return faults
@@ -169,7 +170,7 @@ def check_layouts(job, damages, position, found):
 
 
 def stands_for(path, content, way, position):
-    """What a damaged file that is used whole or not at all counts as; None when it is not of that kind."""
+    """The equivalent of a damaged file that is used whole or not at all; None if it is not of that kind."""
     if path in (devicePaths.TABLE, devicePaths.ENTRY_LIST):
         return content if position >= root_end(content) else b"<"
     if path == devicePaths.CIPHER_KEY:
@@ -178,7 +179,7 @@ def stands_for(path, content, way, position):
 
 
 def check_whole_or_nothing(job, damages, position, found):
-    """A table, list or key that is not whole counts as one that cannot be used."""
+    """A table, list or key that is not whole counts as unusable."""
     faults = []
     for path in damages:
         counts_as = stands_for(path, image(job.phone)[path].content, job.way, position)
@@ -191,7 +192,7 @@ def check_whole_or_nothing(job, damages, position, found):
 
 
 def check_lines(job, damages, found):
-    """Whatever is left of a configuration file stays, but for the keys that the mode sets."""
+    """The rest of a damaged configuration file stays, except the keys that the mode sets."""
     faults = []
     for path, content in damages.items():
         if not devicePaths.is_ini(path) or path not in found or path == devicePaths.COPIES_TO.get(job.mode):
@@ -203,9 +204,9 @@ def check_lines(job, damages, found):
 
 
 def lines_lost(content, now):
-    """The lines that are not there any more: comments, sections and keys by name (their values may be new).
+    """The missing lines: comments, sections and keys by name (their values may be new).
 
-    A line that was cut between CR and LF keeps its CR, and gets a line end behind it.
+    A line that was truncated between CR and LF keeps its CR, and gets a line end after it.
     """
     left = [line.head.rstrip(b"\r") for line in iniText.lines_of(now)]
     heads = [line.head.rstrip(b"\r") for line in iniText.lines_of(content)]

@@ -1,10 +1,10 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""Every system call of the program fails, once and from there on: the phone keeps its files, and the run goes on.
+"""Every system call of the program fails, once and from there on: the phone keeps its files, and the run continues.
 
-Each run starts on a fresh phone. The calls of the program's children are left alone: the device's own copy command is
-not ours to prove.
+Each run starts on a fresh phone. The calls of the program's children do not fail: this proof is not about the device's
+own copy command.
 """
 
 import dataclasses
@@ -51,7 +51,7 @@ ERRNOS = {
 }
 FOR_WANT_OF_ROOM = ("ENOSPC", "EDQUOT")
 
-# They change no file, whatever becomes of them.
+# They change no file, whether or not they fail.
 WITHOUT_EFFECT = ("close", "utimensat", "socket", "connect", "munmap", "flock")
 OF_MEMORY = ("brk", "mmap")
 
@@ -59,10 +59,10 @@ OF_MEMORY = ("brk", "mmap")
 @dataclasses.dataclass(frozen=True)
 class Fault:
     mode: str
-    place: int  # its place among the calls of the undisturbed run
+    place: int  # its index in the calls of the undisturbed run
     errno: str
     goes_on: bool
-    clean_up_fails: bool = False  # the removal of the temporary file as well
+    clean_up_fails: bool = False  # the removal of the temporary file fails too
 
     def __str__(self):
         step = self.step
@@ -88,7 +88,7 @@ PROGRAM = None
 SCRATCH = None
 
 
-# Which faults there are
+# The faults
 
 
 def is_new_file(call):
@@ -102,7 +102,7 @@ def errnos_of(call):
 
 
 def is_endless(call, error, goes_on):
-    """The C library waits for the shell again and again when it is interrupted, and the program for the lock."""
+    """When interrupted, the C library waits again for the shell, and the program for the lock."""
     return call.name in ("wait4", "flock") and error == "EINTR" and goes_on
 
 
@@ -133,7 +133,7 @@ def failing_clean_ups(mode):
 
 
 def in_rotation():
-    """One errno for each call, the next one for the next call of its kind; one more where the program tries again."""
+    """One errno for each call, the next one for the next call of its kind; one more if the program tries again."""
     turns = {}
 
     def next_errno(call, goes_on):
@@ -151,7 +151,7 @@ def every_errno(call, goes_on):
     return errnos_of(call)
 
 
-# What a fault may do
+# The effects that a fault may have
 
 
 def is_retried(call, error, goes_on):
@@ -160,7 +160,7 @@ def is_retried(call, error, goes_on):
 
 
 def is_to_flush(call):
-    """A folder that is opened to be flushed or locked, or a certificate that the copy command has made."""
+    """A folder that is opened for a flush or lock, or a certificate that the copy command has made."""
     if call.name != "openat" or b"O_CREAT" in call.arguments:
         return False
     is_certificate = recordedRun.path_of(call).startswith(devicePaths.USER_CERTIFICATES)
@@ -168,7 +168,7 @@ def is_to_flush(call):
 
 
 def is_without_effect(call, fault):
-    """Reports, flushes of folders, and what the run can do without."""
+    """Reports, flushes of folders, and other calls that the run does not need."""
     path = recordedRun.path_of(call)
     if call.name in WITHOUT_EFFECT or is_retried(call, fault.errno, fault.goes_on) or is_to_flush(call):
         return True
@@ -180,7 +180,7 @@ def is_without_effect(call, fault):
 
 
 def hit_by(fault):
-    """The calls that fail and whose failure may be seen."""
+    """The failing calls whose failure may be visible."""
     steps = fault.run.calls[fault.place:] if fault.goes_on else [fault.step]
     return [step.call for step in steps
             if step.call.name == fault.step.call.name and not is_without_effect(step.call, fault)]
@@ -194,18 +194,18 @@ def is_of_start(fault):
 
 
 def is_of_commit(call):
-    """The commit writes. What it reads of the note counts as reading."""
+    """The commit writes. Its reads of the note count as reads."""
     path = recordedRun.path_of(call)
     if path == devicePaths.NOTE:
         return is_new_file(call) or call.name in ("write", "fsync", "unlink")
     return call.name in ("rename", "unlink") or devicePaths.is_of_commit(path)
 
 
-# What must have become of the phone
+# The required state of the phone
 
 
 def judge(fault, found, settled, result, logged):
-    """Every rule that the run broke. `settled` is the phone once the next run has started."""
+    """Every rule that the run broke. `settled` is the phone after the next run has started."""
     hit = hit_by(fault)
     told = told_unsaved(logged)
     if not hit:
@@ -224,7 +224,7 @@ def exactly(expected, found):
 
 
 def outputs_differ(fault, result):
-    """Nothing of a commit is reported on the outputs. One of them may be what fails."""
+    """The commit reports nothing on the outputs. One of them may be the failing file."""
     if fault.step.call.name == "write":
         return []
     faults = [] if result.stdout == fault.run.printed else [f"printed {result.stdout!r}"]
@@ -256,7 +256,7 @@ def expected_commit(fault, call):
     if path == devicePaths.RECORD:
         return (run.after if call.name == "unlink" else fileByFile.after_moves(run)), ()
     if path == devicePaths.NOTE:
-        return run.after, ()  # one that stays keeps the record, which the next run finishes
+        return run.after, ()  # if it stays, the record stays too, and the next run finishes it
     if fault.errno in FOR_WANT_OF_ROOM and call.name != "rename":
         return fileByFile.after_moves(run), ()
     return fileByFile.without_changes(run, run.after, [path]), (path,)
@@ -273,7 +273,7 @@ def judge_reading(fault, hit, settled):
 
 
 def passes_missing(fault, result):
-    """Every XML translation has begun. A run that cannot see what an earlier one has left does nothing."""
+    """Every XML translation has begun. A run that cannot read the files of an earlier one does nothing."""
     if is_of_start(fault) or fault.step.call.name == "write" or fault.step.call.name in OF_MEMORY:
         return []
     begun = [line for line in fault.run.reports.splitlines() if line.startswith(b"chTraceStack: enter")
@@ -282,7 +282,7 @@ def passes_missing(fault, result):
 
 
 def judge_temporary_files(fault, found):
-    """None is left without a record that names it."""
+    """No temporary file is left without a record that names it."""
     left = [path for path in found if devicePaths.is_temporary(path)]
     expected = [recordedRun.path_of(fault.step.call)] if fault.clean_up_fails else []
     return [] if left == expected or devicePaths.RECORD in found else [f"temporary files are {left}"]
@@ -299,7 +299,7 @@ def worker_folder():
 
 def injection(fault):
     name = fault.step.call.name
-    # The kernel's own failure of brk is no errno but an end of the heap that is not the one asked for.
+    # The kernel reports a failure of brk not by an errno but by another end of the heap than requested.
     failure = "retval=0" if name == "brk" else f"error={fault.errno}"
     when = f"{fault.step.number}{'+' if fault.goes_on else ''}"
     options = ["-e", f"trace={name},unlink", "-e", f"inject={name}:{failure}:when={when}"]

@@ -1,12 +1,11 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""Short writes, full disks and files that cannot be replaced: each file is as before or as after the run, whole, and a
+"""Short writes, full disks and files that cannot be replaced: each file is whole, as before or as after the run, and a
 moved account is in one of its two places.
 
-Short writes come from a limit on the size of files, at lengths that a save may be cut at. Full disks are file systems
-in memory with room for the phone and a little more, in bytes or in files. A file that something is mounted on cannot be
-replaced.
+Short writes come from a limit on the size of files, at lengths at which a save may be interrupted. Full disks are file
+systems in memory with space for the phone and a little more, in bytes or in files. A mount point cannot be replaced.
 """
 
 import dataclasses
@@ -28,10 +27,10 @@ COULD_NOT_FILL = 99
 BALLAST = "/tmp/ballast"
 OWN_MOUNTS = ["unshare", "--mount", "--propagation", "private"]
 
-# These and those around the size of each file.
+# These limits, and those around the size of each file.
 LENGTHS_APART = {"small": 4, "example": 64}
 
-# The phone is copied to the disks under test, and what became of it is copied back. Both are no part of the run.
+# The phone is copied to the disks under test, and the result is copied back. Both are not part of the run.
 SMALL_DISK = f"""
 cp -a /image/config/. /config/ && cp -a /image/tmp/. /tmp/ || exit {COULD_NOT_FILL}
 "$@"
@@ -64,7 +63,7 @@ class Limit:
 @dataclasses.dataclass(frozen=True)
 class Kind:
     told: str
-    run: object    # gives the result and the phone afterwards
+    run: object    # returns the result and the phone afterwards
     faults: object  # of that phone
 
 
@@ -74,7 +73,7 @@ PHONE = None
 SCRATCH = None
 
 
-# Which limits there are
+# The limits
 
 
 def lengths_of(run):
@@ -99,11 +98,11 @@ def kinds_here():
     return tuple(kind for kind in KINDS if kind != "files")
 
 
-# What must have become of the phone
+# The required state of the phone
 
 
 def faults_of_length(run, length, found):
-    """What does not fit stays as it was. No certificate stays short."""
+    """Files that do not fit are unchanged. No certificate stays incomplete."""
     short = [path for path in fileByFile.changed(run) if path in run.after and len(run.after[path].content) > length]
     possible = [fileByFile.without_changes(run, phone, short) for phone in (run.after, fileByFile.after_moves(run))]
     return min((comparison.differences(phone, found) for phone in possible), key=len)
@@ -118,7 +117,7 @@ def files(entry):
 
 
 def room_needed(run, measure):
-    """Enough to make the changes one after the other: what the files grow by, one temporary file, and the note."""
+    """Enough to make the changes one after the other: the growth of the files, one temporary file, and the note."""
     pairs = [(run.before.get(path), run.after.get(path)) for path in fileByFile.changed(run)]
     growth = sum(max(0, measure(new) - measure(old)) for old, new in pairs)
     return growth + max(measure(new) for _, new in pairs) + 1
@@ -220,7 +219,7 @@ def run_limit(limit):
 
 
 def foreign_lines_out(reports):
-    """What the device's own copy command says is its own."""
+    """The messages of the device's own copy command do not count."""
     return sorted(line for line in reports.splitlines() if not line.startswith((b"cp: ", b"sh: ")))
 
 

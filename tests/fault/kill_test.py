@@ -2,8 +2,8 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""Kills each mode right before each of its calls that may change something: the phone is as before the run or as after it
-once the next run has started, be "/tmp" as it was or emptied by a new start, and one more run sets all right.
+"""Kills each mode right before each of its calls that may change a file: the phone is as before the run or as after it
+once the next run has started, with "/tmp" kept or emptied by a new start, and one more run corrects everything.
 """
 
 import pathlib
@@ -16,7 +16,7 @@ from model import comparison, kills, oneStep
 
 
 class Kills:
-    """The kills of one mode. Each worker has a phone of its own."""
+    """The kills of one mode. Each worker has a separate phone."""
 
     def __init__(self, program, run, scratch):
         self.program = program
@@ -25,7 +25,7 @@ class Kills:
         self.judged = {}
 
     def faults(self, kill):
-        """What is lost when the run dies there."""
+        """The losses if the run is killed there."""
         worker = comparison.worker_folder(self.scratch)
         root = phones.make_from(self.run.before, worker / "phone")
         faults = kills.kill(self.program, root, self.run.mode, *kill)
@@ -61,7 +61,7 @@ class Kills:
 
 
 def prove(program, phone, mode, scratch):
-    """What is lost, and how many kills there were."""
+    """The losses, and the number of kills."""
     run = oneStep.record(program, phone, mode, scratch, kills.OPTIONS)
     jobs = kills.all_of(run)
     faults = []

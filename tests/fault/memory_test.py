@@ -1,10 +1,10 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""Every allocation of the program fails, once and from there on: the run goes on without the pass that met it, and is
-committed whole or not at all.
+"""Every allocation of the program fails, once and from there on: the pass in which it happens ends, the run continues,
+and is committed whole or not at all.
 
-A small library, loaded in front of the C library, lets them fail. It leaves the program's children alone.
+A small library, loaded before the C library, makes them fail. It does not affect the program's children.
 """
 
 import dataclasses
@@ -33,7 +33,7 @@ class Fault:
     goes_on: bool
 
     def __str__(self):
-        return f"{self.mode}: allocation {self.number}{' and all behind it' if self.goes_on else ''}"
+        return f"{self.mode}: allocation {self.number}{' and all after it' if self.goes_on else ''}"
 
 
 JUDGES = {}  # by mode, before the workers start
@@ -64,7 +64,7 @@ def build_library():
 
 
 def run_with_library(root, folder, mode, number, goes_on=False):
-    """Gives the result, and how many allocations there were (none when the run did not end by itself)."""
+    """Returns the result, and the number of allocations (none if the run did not end by itself)."""
     count = folder / "count"
     count.write_bytes(b"")
     options = ["--ro-bind", str(SCRATCH / "failAllocation.so"), "/failAllocation.so", "--bind", str(count), "/count",
@@ -114,7 +114,7 @@ def judge(fault, found, folder):
 
 
 def is_uncommitted(run, found):
-    """All as before, but for the certificates, which the device's own copy command makes."""
+    """Everything is as before, except the certificates, which the device's own copy command makes."""
     return without_certificates(found) == without_certificates(run.before) and all(
         found[path] == run.after.get(path) for path in found if path not in run.before)
 

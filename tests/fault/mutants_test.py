@@ -2,7 +2,7 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""Proves the proofs: a program with one step of the commit taken out must fail the proof that is there for it.
+"""Proves the proofs: a program without one step of the commit must fail the proof of that step.
 
 Each mutant is one source file with one piece of text replaced, compiled from a copy and linked with the libraries of
 the build under test. The program itself has no switch for it.
@@ -23,7 +23,7 @@ from model import mutants
 HERE = pathlib.Path(__file__).resolve().parent
 ROOT = phones.PROJECT
 MAIN = ROOT / "app/kestrune/kestrune/main.cpp"
-FAULTS = "FAULTS"  # in the last line of a proof that found some; one that broke off proves nothing
+FAULTS = "FAULTS"  # in the last line of a proof that found some; an aborted proof proves nothing
 MOST_SHOWN = 200
 COMPILE = ["c++", "-std=c++17", "-O0", "-D_FILE_OFFSET_BITS=64", "-D_TIME_BITS=64"] + [
     f"-I{ROOT / folder}" for folder in ("platform/include", "platform/src", "platform/host", "app/kestrune/kestrune")]
@@ -37,7 +37,7 @@ def mutated(mutant):
 
 
 def build(mutant, objects, main, folder):
-    """Compiles the mutant and puts it in the library's place of its source."""
+    """Compiles the mutant and replaces its source's object in the library."""
     copy = folder / mutant.source
     copy.write_text(mutated(mutant))
     platform = shutil.copy(objects / "platform/libkestrune-platform.a", folder)
@@ -49,7 +49,7 @@ def build(mutant, objects, main, folder):
 
 
 def shown(told):
-    """The first fault that the proof found, or why it found none."""
+    """The first fault that the proof found, or the reason why it found none."""
     lines = told.splitlines()
     return next((line for line in lines if FAULTS in told and ": " in line), lines[-1])[:MOST_SHOWN]
 
@@ -60,7 +60,7 @@ class Mutants:
         self.main = main
 
     def prove(self, mutant):
-        """The exit status of the proof, which has to fail, and what it printed last."""
+        """The exit status of the proof, which must fail, and its last line of output."""
         with tempfile.TemporaryDirectory() as folder:
             program = build(mutant, self.objects, self.main, pathlib.Path(folder))
             command = [sys.executable, "-B", str(HERE / mutant.proof[0]), "--program", str(program), *mutant.proof[1:]]

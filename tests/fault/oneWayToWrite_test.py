@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 
 """A trace of every mode: only temporary files, the commit record and the note of the copies are written, each is
-flushed once, nothing is handed to a child, and no path is opened that the documentation does not name."""
+flushed once, no descriptor is inherited by a child, and no path is opened that the documentation does not name."""
 
 import collections
 import dataclasses
@@ -20,7 +20,7 @@ RECORDED = ("trace=%file,%process,%network,openat2,memfd_create,ftruncate,falloc
 
 OPENING = ("open", "openat")
 
-# Ways to change a file or a folder that this program has no use for.
+# Ways to change a file or a folder that this program does not use.
 NEVER = ("creat", "openat2", "truncate", "ftruncate", "fallocate", "mknod", "mknodat", "mkdir", "mkdirat", "rmdir",
          "link", "linkat", "symlink", "symlinkat", "chmod", "fchmodat", "chown", "lchown", "fchownat", "setxattr",
          "lsetxattr", "renameat2", "utime", "utimes", "futimesat", "memfd_create", "dup", "dup2", "dup3", "pipe",
@@ -30,10 +30,10 @@ NEVER = ("creat", "openat2", "truncate", "ftruncate", "fallocate", "mknod", "mkn
 LIBRARY_FILES = re.compile(r"/etc/ld\.so\.(cache|preload)|/(usr/)?lib(32|64|x32)?/.*|/etc/localtime"
                            r"|/usr/share/(locale|zoneinfo)/.*|/proc/sys/vm/overcommit_memory")
 
-# What the program starts: the shell, and the copy command in it.
+# The programs that the program starts: the shell, and the copy command in it.
 SHELL = "/bin/sh"
 
-# Writes what a child finds open, each as "descriptor file". The shell itself has the text of the shim open.
+# Writes the open files of a child, each as "descriptor file". The shell itself has the text of the shim open.
 COPY_SHIM = b"""#!/bin/sh
 exec >>/shim/found
 find /proc/$$/fd -type l -printf '%f %l\\n'
@@ -42,7 +42,7 @@ find /proc/$$/fd -type l -printf '%f %l\\n'
 
 @dataclasses.dataclass(frozen=True)
 class Record:
-    """What one run did: its own calls, and those of its children."""
+    """The calls of one run, and those of its children."""
 
     own: list
     children: list
@@ -68,7 +68,7 @@ def is_written(path, mode):
 
 
 def why_not_written_so(call, mode):
-    """Why a file may not be opened for writing so; empty when it may."""
+    """Why a file must not be opened for writing in this way; empty if it may."""
     if not is_written(path_of(call), mode):
         return "this mode has nothing to write there"
     for flag in (b"O_WRONLY", b"O_CREAT", b"O_EXCL", b"O_NOFOLLOW", b"O_CLOEXEC"):
@@ -106,7 +106,7 @@ def why_not_renamed_so(call, mode):
 
 
 def why_not_removed(call, mode):
-    """A removed file's leftover temporary file goes with it."""
+    """The leftover temporary file of a removed file is removed too."""
     path = path_of(call)
     removes = (*devicePaths.REMOVES.get(mode, ()), *devicePaths.WRITTEN_IN_PLACE[mode], devicePaths.MARKER)
     is_ours = is_written(path, mode) or destination_of(path) in removes
@@ -114,7 +114,7 @@ def why_not_removed(call, mode):
 
 
 def why_wrong(call, mode):
-    """What is wrong with one of the program's own calls; empty when nothing is."""
+    """The fault of one of the program's own calls; empty if there is none."""
     if call.name in NEVER:
         return "no way to write that this program has"
     if call.name in OPENING:
@@ -133,7 +133,7 @@ def why_wrong(call, mode):
 
 
 def why_child_is_wrong(call):
-    """A child is the shell with the copy command: it writes certificates of the user and nothing else."""
+    """A child is the shell with the copy command: it writes only certificates of the user."""
     if call.name in OPENING and is_for_writing(call) and call.result >= 0:
         if not path_of(call).startswith((devicePaths.USER_CERTIFICATES, "/dev/")):
             return "a child writes something else than a certificate"
@@ -145,8 +145,8 @@ def folder_of(path):
 
 
 def flushes_expected(recorded):
-    """What is to be flushed, and how often: each new content, the record and the note once; each folder once before the
-    record counts, and once after the last change in it."""
+    """The required flushes, and their number: each new content, the record and the note once; each folder once before the
+    record is valid, and once after the last change in it."""
     written = [path_of(call) for call in saves_of(recorded)]
     own = [path for path in written if not path.endswith(devicePaths.TEMPORARY_SUFFIX)]
     changes = [call.texts[-1].decode() for call in recorded.own
@@ -173,7 +173,7 @@ def check_flushes(recorded):
 
 
 def make_phone(phone, mode, later, folder):
-    """With the upgrade's marker when modes are to come `later`, which may be none."""
+    """With the upgrade's marker if modes follow `later`, which may be none."""
     root = phones.make_phone(phone, folder / "phone")
     if later is not None:
         (root / devicePaths.MARKER[1:]).write_text(f"{mode}\n{later}")
@@ -219,7 +219,7 @@ def saves_of(recorded):
 
 
 def put_copy_shim(folder):
-    """The copy command is this shim in the sandbox; gives the options that make it so."""
+    """Returns the options with which the copy command in the sandbox is this shim."""
     shim = folder / "shim"
     shim.mkdir(exist_ok=True)
     (shim / "found").unlink(missing_ok=True)
@@ -229,7 +229,7 @@ def put_copy_shim(folder):
 
 
 def check_children(program, phone, mode, folder):
-    """What a copy command finds open besides the three standard descriptors, while a system log is connected."""
+    """The open files of a copy command other than the three standard descriptors, while a system log is connected."""
     root = phones.make_phone(phone, folder / "phone")
     shim, options = put_copy_shim(folder)
     log = systemLog.SystemLog(folder)

@@ -4,8 +4,9 @@
 
 """Cuts the power after each writing call of a recorded run, in a model of the worst file system: a run is one step.
 
-Then the same of a run that follows a killed one, which has left changes that are not on the device. The modes run
-without the marker, and in the boot's sequence with it. Many of the phones get the next run, and the same run again.
+Then the same for a run that follows a killed one, which has left changes that are not on the device. The modes run
+without the marker, and in the boot's sequence with it. Many of the phones get the next run, and the same run a second
+time.
 """
 
 import dataclasses
@@ -32,7 +33,7 @@ def make_disk(phone):
 
 
 def check_record(run, disk):
-    """The model is what the run did."""
+    """The model agrees with the run."""
     model = diskModel.files_of(disk.latest())
     real = {path: entry for path, entry in run.after.items() if entry.kind == "file"}
     wrong = comparison.differences(real, model)
@@ -41,7 +42,8 @@ def check_record(run, disk):
 
 
 def kill_points(run, count):
-    """How many calls a killed run made: for some of all phones that a kill may leave, and with a record not flushed."""
+    """Numbers of calls before a kill: for a selection of all phones that a kill may leave, and with an unflushed
+    record."""
     disk = make_disk(run.before)
     points = {}
     recorded = []
@@ -83,7 +85,7 @@ def cuts_of(program, phone, run, scratch):
         disk = make_disk(run.before)
         for call in run.calls[:point]:
             disk.play(call)
-        # What has no record, or had one, is found done and not flushed again.
+        # Without a record, or after a finished one, changes are found done and not flushed again.
         is_finished = devicePaths.RECORD in diskModel.files_of(disk.latest())
         again = run_again(program, run, disk, scratch)
         cuts = crashStates.Cuts(again, MOST_SECOND_RUNS[phone])
@@ -94,7 +96,7 @@ def cuts_of(program, phone, run, scratch):
 
 
 class NextRun:
-    """What becomes of a phone that lost its power. Each worker has a folder of its own."""
+    """The next run of a phone after a power cut. Each worker has a separate folder."""
 
     def __init__(self, program, run, scratch, runs_again):
         self.program = program
@@ -117,7 +119,7 @@ def runs_of(program, phone, mode, scratch):
 
 
 def prove(program, phone, mode, scratch):
-    """What is lost; how many states there were, and how many of them ran on."""
+    """The losses, the number of states, and the number of those that ran on."""
     faults = []
     states = runs = 0
     for run in runs_of(program, phone, mode, scratch):

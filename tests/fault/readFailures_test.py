@@ -1,8 +1,8 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""Each call that looks at a file, opens it or reads it fails once or twice: the phone ends as if nothing had failed. One
-that always fails leaves the file as it was: defaults do not take its place, and nothing removes it."""
+"""Each call that looks up, opens or reads a file fails once or twice: the phone ends as if nothing had failed. If it
+always fails, the file is unchanged: defaults do not replace it, and nothing removes it."""
 
 import dataclasses
 import os
@@ -29,7 +29,7 @@ class Job:
 
 
 def replaced_unread(mode):
-    """What a run makes of another file without looking at what is there."""
+    """Files that a run makes from another file without reading the existing ones."""
     old = set(devicePaths.XML_DATA)
     return {path for path in devicePaths.NEW_XML_DATA if path not in old} | {devicePaths.COPIES_TO.get(mode)}
 

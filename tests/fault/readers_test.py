@@ -1,10 +1,11 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""After every mode, whoever can read a file could read it before, and whoever can read a new file could read what it is
-made of. Before the run the files belong to three users, with bits and access lists of many kinds in turn.
+"""After every mode, every user who can read a file could read it before, and every user who can read a new file could
+read the file from which it is made. Before the run the files belong to three users, with bits and access lists of many
+kinds in turn.
 
-The hand-over file is made of nothing: by its contract it is a plain new file, 0644 less the umask.
+The hand-over file is made from no file: by its contract it is a plain new file, 0644 less the umask.
 """
 
 import dataclasses
@@ -32,7 +33,7 @@ OWNERS = (0, 1000, 1201)
 GROUPS = (0, 1000, 1301, 1302)
 NAMED_USER, NAMED_USERS_GROUP = 1202, 1303
 
-# Everybody who may come: each owner and the user that lists name, and a stranger, in each group and in several.
+# All users: each owner, the user that lists name, and a stranger, in each group and in several.
 USERS = (*OWNERS[1:], NAMED_USER, 4000)
 MEMBERSHIPS = tuple(frozenset(groups) for groups in
                     ((4000,), (0,), (1000,), (1301,), (1302,), (NAMED_USERS_GROUP,), (1000, 1301), (1301, 1302),
@@ -42,7 +43,7 @@ PEOPLE = tuple(itertools.product(USERS, MEMBERSHIPS))
 
 @dataclasses.dataclass(frozen=True)
 class Access:
-    """Who may use a file: its bits, and its access list as pairs of (tag, id) and bits; no list is empty."""
+    """The access to a file: its bits, and its access list as pairs of (tag, id) and bits; no list is empty."""
 
     owner: int
     group: int
@@ -54,7 +55,7 @@ def access_list(*entries):
     return struct.pack("<I", 2) + b"".join(struct.pack("<HHI", tag, bits, number) for tag, number, bits in entries)
 
 
-# What the files have before the run, in turn. An access list sets the bits itself.
+# The attributes of the files before the run, in turn. An access list sets the bits itself.
 ATTRIBUTES = (
     0o600, 0o640, 0o644, 0o604, 0o664, 0o400, 0o660,
     access_list((OWNER, NO_ID, 6), (USER, NAMED_USER, 4), (GROUP, NO_ID, 0), (MASK, NO_ID, 4), (OTHER, NO_ID, 0)),
@@ -78,7 +79,7 @@ def access_of(path):
 
 
 def may_read(person, access):
-    """As the kernel decides it: the first of owner, named users, groups and others that fits."""
+    """As the kernel decides: the first of owner, named users, groups and others that matches."""
     user, groups = person
     if user == access.owner:
         return bool(access.mode >> 6 & READS)
@@ -120,7 +121,7 @@ def put_attributes(root, turn):
             os.setxattr(file, ACCESS_LIST, attributes)
     hand_over = f"{root}{devicePaths.HAND_OVER}"
     if os.path.exists(hand_over):
-        os.chown(hand_over, 0, 0)  # in a folder that everyone may write to another user's counts as missing
+        os.chown(hand_over, 0, 0)  # in a world-writable folder another user's file counts as missing
     os.chmod(f"{root}/tmp", 0o1777)
 
 
@@ -133,7 +134,7 @@ def prepare(job, root):
 
 
 def sources_of(path, mode, phone):
-    """What a new file may be made of; None where its readers are not settled by another file."""
+    """The file from which a new file may be made; None if no other file determines its readers."""
     if path == devicePaths.HAND_OVER or path.startswith(devicePaths.USER_CERTIFICATES):
         return None
     for old, new in devicePaths.XML_DATA.items():
@@ -155,7 +156,7 @@ class Job:
 
 
 def bits_withheld(mode, phone, before, after):
-    """A copy onto an existing file has none of the bits that its source withholds."""
+    """A copy onto an existing file has no bits that its source does not have."""
     path = devicePaths.COPIES_TO.get(mode)
     if path not in before or path not in after:
         return []

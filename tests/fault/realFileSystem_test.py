@@ -22,7 +22,7 @@ CUTS = ("at once", "after an fsync of an unrelated file", "after a flush of the 
 CUTS_PER_RUN = {"small": 8, "example": 30}  # on each file system
 NOT_KILLED = ("exit", 0)
 OWN_MOUNTS = "KESTRUNE_TEST_HAS_OWN_MOUNTS"
-# The others leave nothing to lose, or leave the same as these.
+# The other modes leave nothing to lose, or leave the same as these.
 KILLED_BEFORE = ("write", "fchmod", "fchown", "fsync", "rename", "unlink", "wait4", "exit_group")
 
 
@@ -49,7 +49,7 @@ def told(kill):
 
 
 def fsync_unrelated(folder):
-    """A busy phone does so all the time, and takes along what the file system has in the same transaction."""
+    """A busy phone does so all the time, and thereby writes other changes of the same file-system transaction."""
     with open(folder / "unrelated", "wb") as file:
         file.write(b"unrelated")
         file.flush()
@@ -80,7 +80,7 @@ class Proof:
         return faults
 
     def faults_of(self, device, run, kill, cut):
-        """What is lost when the run is killed there, the power is cut then, and the phone starts again."""
+        """The losses if the run is killed there, the power is then cut, and the phone starts again."""
         root = phones.make_from(run.before, device.folder / "phone")
         device.flush()
         if kill == NOT_KILLED:
@@ -105,7 +105,7 @@ class Proof:
 
 
 def start_with_own_mounts():
-    """What is mounted here is nobody else's, and is gone with the process."""
+    """Mounts are visible only to this process, and disappear with it."""
     own = ["unshare", "--mount", "--propagation", "private"]
     if os.geteuid() != 0:
         proof.skip("only root mounts file systems")

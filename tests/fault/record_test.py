@@ -2,8 +2,8 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""Plants commit records and notes that are cut, changed, of other people, or without their temporary files: what is not
-whole and our own counts as none and is removed, and nothing that it names is touched.
+"""Plants commit records and notes that are truncated, changed, of other users, or without their temporary files: a
+record that is not whole and our own is ignored and removed, and no file that it names is changed.
 """
 
 import dataclasses
@@ -25,7 +25,7 @@ CANARY = "/config/canary"
 MARKED = {devicePaths.MARKER: phones.Entry("file", 0o644, OURS, b"somebody else's\n")}
 MOST_BYTES = 4 << 20
 
-# Runs a mode that is nobody's after each text was put under the name; prints the texts that stay there.
+# Runs an unknown mode after each text was put under the name; prints the texts that stay there.
 TRY_EACH = """cd /texts || exit
 for text in *; do
     cp "$text" "$0"
@@ -43,12 +43,12 @@ def without(phone, *paths):
 
 
 def with_old(run, *paths):
-    """The phone after the run, but for these paths, which are as before it."""
+    """The phone after the run, except these paths, which are as before it."""
     return {**without(run.after, *paths), **{path: run.before[path] for path in paths if path in run.before}}
 
 
 def foreign_records(text):
-    """Name, and what is in the record's place."""
+    """Name, and the file in place of the record."""
     long_change = [b"remove", b"/config/" + b"x" * MOST_BYTES, b"0", b"", b""]
     large = plantedRecord.text_of(plantedRecord.fields_of(text) + long_change)
     owned = {"another owner's": file_of(text, owner=NOBODY)} if OURS[0] == 0 else {}
@@ -59,7 +59,7 @@ def foreign_records(text):
 
 
 class Records:
-    """The phones that a mode leaves when it is killed right after its record or its note was made."""
+    """The phones that a mode leaves if it is killed right after its record or its note was written."""
 
     def __init__(self, program, phone, mode, scratch):
         self.program = program
@@ -89,7 +89,7 @@ class Records:
         return phones.snapshot(root)
 
     def faults_of_texts(self, phone, path, texts):
-        """Each of them counts as none and goes, and nothing else happens."""
+        """Each of them is ignored and removed, and nothing else happens."""
         root = phones.make_from({**without(phone, path), **MARKED}, self.root())
         folder = comparison.worker_folder(self.scratch) / "texts"
         shutil.rmtree(folder, ignore_errors=True)
@@ -111,7 +111,7 @@ class Records:
         return faults, len(texts)
 
     def plant(self, name, entry, phone):
-        """Also what stays of it, in addition to a folder."""
+        """Also files that stay, in addition to a folder."""
         text = phone[devicePaths.RECORD].content
         entries = {**without(phone, devicePaths.RECORD), **({devicePaths.RECORD: entry} if entry else {})}
         if name == "a link to one":
@@ -139,12 +139,12 @@ class Records:
         return [f"a record, {name}: {fault}" for fault in faults]
 
     def after_one_by_one(self, phone):
-        """Without a record each file is replaced by itself, and an original takes the place of its copy."""
+        """Without a record each file is replaced separately, and an original is renamed to its copy."""
         originals = plantedRecord.originals_of(phone[devicePaths.RECORD].content)
         return {**self.run.after, **{copy: self.run.before[path] for copy, path in originals.items()}}
 
     def faults_of_canary(self):
-        """A record of our own that renames over the canary does so: the same of somebody else does not."""
+        """A record of our own that renames over the canary does so: the same record of another user does not."""
         faults = []
         text = plantedRecord.record_of(b"all", b"rename", CANARY.encode(), b"new")
         for record, is_trusted in ((file_of(text), True), (file_of(text, owner=NOBODY), False),
@@ -158,7 +158,7 @@ class Records:
         return faults
 
     def faults_of_vanished(self, phone):
-        """A temporary file that is gone or torn leaves its file, and the original of a copy, as they were."""
+        """If a temporary file is missing or incomplete, its file and the original of a copy are unchanged."""
         temporaries = [path for path in phone if devicePaths.is_temporary(path)]
         # The certificates were copied before the record was made.
         copied = {path: entry for path, entry in self.run.after.items()
@@ -188,7 +188,7 @@ class Records:
         return [f"the note: {fault}" for fault in faults], len(texts) + 2
 
     def faults_of_hand_over_copy(self):
-        """An old copy goes when mode "1" makes none, and a new one takes its place when it makes one."""
+        """An old copy is removed if mode "1" makes none, and replaced by a new one if it makes one."""
         faults = []
         for has_hand_over in (False, True):
             root = oneStep.make_marked_phone(self.phone, self.root())

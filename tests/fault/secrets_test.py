@@ -1,7 +1,8 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""No password and no key reaches the system log, a file that nothing names for it, a command line, or more readers."""
+"""No password and no key gets into the system log, an unexpected file or a command line, or becomes readable for more
+users."""
 
 import dataclasses
 import os
@@ -48,7 +49,7 @@ def make_phone(program, phone, mode, locks, root):
 
 
 def allowed_places(secret, mode, phone):
-    """Its own place, and wherever the table or a copy of the whole file takes it from there."""
+    """Its own place, and all places to which the table or a copy of the whole file copies it."""
     places = {secret.place}
     if mode in ("all", "dev"):
         for record in tablesOfPhone.table_records(phone):
@@ -62,7 +63,7 @@ def allowed_places(secret, mode, phone):
 
 
 def places_in(path, content, text):
-    """Where in a file the text stands."""
+    """The places of the text in a file."""
     if text not in content:
         return set()
     if not devicePaths.is_ini(path):
@@ -79,13 +80,13 @@ def check_places(secrets, mode, before, after):
         allowed = allowed_places(secret, mode, before)
         for path, entry in after.items():
             for place in places_in(path, entry.content, secret.text) - allowed:
-                faults.append(f"the secret of {' '.join(secret.place)} stands in {' '.join(place)}")
+                faults.append(f"the secret of {' '.join(secret.place)} is in {' '.join(place)}")
     return faults
 
 
 def check_bits(secrets, before, after):
-    """A file that holds secrets is for its owner alone, as all files of this phone were; one that was there is as it
-    was."""
+    """A file that contains secrets is readable only by its owner, as all files of this phone were; an existing file
+    keeps its bits."""
     faults = []
     for path, entry in after.items():
         holds = any(secret.text in entry.content for secret in secrets)
@@ -98,7 +99,7 @@ def check_bits(secrets, before, after):
 
 
 def is_logging(mode, locks):
-    """Copied certificates are logged, and passwords that have their form already."""
+    """Copied certificates are logged, and passwords that already have the required form."""
     return mode in ("all", "dev") or (mode == "pwd" and locks.user == locks.factory)
 
 
@@ -111,7 +112,7 @@ def check_log(secrets, mode, locks, messages):
 
 
 def check_command_lines(secrets, calls):
-    """Everyone may read them while the command runs."""
+    """All users may read them while the command runs."""
     return [f"a command line holds the secret of {' '.join(secret.place)}"
             for call in calls if call.name == "execve" for secret in secrets if secret.text in b"\0".join(call.texts)]
 
@@ -121,7 +122,7 @@ def mode_given(call):
 
 
 def check_temporary_files(calls):
-    """Each is made for its owner alone, and opened to others only when nothing more is written to it."""
+    """Each is created readable only by its owner, and made readable for others only after the last write."""
     faults, opened_to_others = [], {}
     own = [call for call in calls if call.process == calls[0].process]
     for call in own:
@@ -144,7 +145,7 @@ def give_bits(root, bits):
 
 
 def check_temporary_files_of_public_phone(program, phone, mode, folder):
-    """The same on a phone whose files everyone may read: what is not yet complete is nobody's to read."""
+    """The same on a phone whose files all users may read: no user may read an incomplete file."""
     root = phones.make_phone(phone, folder / "phone")
     give_bits(root, 0o644)
     _, calls = traces.record(program, root, mode, folder / "trace", ("-y", "-xx", "-s", "1000000", "-e", RECORDED))

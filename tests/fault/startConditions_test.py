@@ -22,30 +22,30 @@ USUAL_UMASK = 0o022
 NEW_FILE_MODE = 0o644
 FAKE_CLOCK = next(iter(glob.glob("/usr/lib/*/faketime/libfaketime.so.1")), None)
 
-# What a message to the system log begins with: priority, time, and our name.
+# The beginning of a message to the system log: priority, time, and our name.
 LOGGED = re.compile(rb"<\d+>.{16}kestrune: ")
 
-# Bits of the files before the run, in turn: what a save must keep.
+# Bits of the files before the run, in turn; a save must keep them.
 BITS = (0o600, 0o640, 0o644, 0o664, 0o755)
 
 
 @dataclasses.dataclass(frozen=True)
 class Condition:
     name: str
-    preparation: str = ""          # shell commands in the sandbox before the program takes the shell's place
+    preparation: str = ""          # shell commands in the sandbox before the program replaces the shell
     wrapper: tuple = ()            # or a command that starts the program
     options: tuple = ()            # of the sandbox
     environment: tuple = ()
     umask: int = USUAL_UMASK
     unread_output: bool = False    # both outputs are a pipe whose reader has gone
     time: int = None               # of every file of the phone, in seconds since 1970
-    system_log: bool = False       # something listens at /dev/log
+    system_log: bool = False       # a system log listens at /dev/log
     writable: bool = True          # the folders of the phone
-    cannot_copy: bool = False      # the device's own copy command lacks what it needs
+    cannot_copy: bool = False      # the device's own copy command cannot work
 
 
 def closed_descriptors():
-    """With a system log, whose connection must not take the place of an output."""
+    """With a system log, whose connection must not get the number of an output."""
     for count in range(4):
         for closed in itertools.combinations((0, 1, 2), count):
             preparation = "; ".join(f"exec {number}>&-" for number in closed) or ":"
@@ -57,7 +57,7 @@ def closed_descriptors():
 def clocks():
     for year, seconds in (("1970", 1), ("2040", 2208988800 + 86400)):
         if FAKE_CLOCK is not None:
-            # The date is a start from which the clock runs on.
+            # The date is the start of a running clock.
             yield Condition(f"clock of {year}", time=seconds, environment=(
                 ("LD_PRELOAD", FAKE_CLOCK), ("FAKETIME", f"@{year}-01-02 00:00:00")))
         yield Condition(f"files dated {year}", time=seconds)
@@ -88,7 +88,8 @@ CONDITIONS = (
 
 
 def prepare(phone, mode, root):
-    """The phone before the run: odd permission bits everywhere, and nothing where a copy goes, so that its own show."""
+    """The phone before the run: odd permission bits everywhere, and no destinations of copies, so that the copies' own
+    bits show."""
     phones.make_phone(phone, root)
     if mode in devicePaths.COPIES_TO:
         (root / devicePaths.COPIES_TO[mode][1:]).unlink(missing_ok=True)
@@ -106,8 +107,8 @@ def date_files(root, seconds):
 
 
 def expected_bits(path, mode, before, umask):
-    """An existing file keeps its bits, a copy gets its source's, a translation those of a new file that its source has as
-    well, the device's own copy its source's less the umask."""
+    """An existing file keeps its bits, a copy gets those of its source, a translation those of a new file that its
+    source also has, the device's own copy those of its source less the umask."""
     if path in before:
         return before[path].mode
     if path == devicePaths.COPIES_TO.get(mode):
@@ -131,7 +132,7 @@ def expected_phone(condition, mode, before, ordinary):
 
 
 def outputs(condition):
-    """Where both outputs go, and what is to be closed afterwards."""
+    """The destinations of both outputs, and the files to close afterwards."""
     if not condition.unread_output:
         return {"stdout": subprocess.PIPE, "stderr": subprocess.PIPE}, []
     reader, writer = os.pipe()
@@ -140,7 +141,7 @@ def outputs(condition):
 
 
 def start(program, root, mode, condition, folder):
-    """Runs the program to its end; gives its exit status, what it wrote to standard error, and what was logged.
+    """Runs the program to its end; returns its exit status, its standard error, and the logged messages.
 
     A shell waits for it: a process 1 would survive the signals that end any other.
     """
@@ -166,13 +167,13 @@ def compare(condition, mode, before, ordinary, found):
             if path.startswith(devicePaths.USER_CERTIFICATES):
                 found.setdefault(path, expected[path])
     if condition.umask & stat.S_IRUSR and os.geteuid() != 0:
-        # Its second save cannot read what the first one made: only root can.
+        # Its second save cannot read the file of the first one: only root can.
         expected[devicePaths.HAND_OVER] = found.get(devicePaths.HAND_OVER)
     return comparison.differences(expected, found)
 
 
 def check(job):
-    """What is wrong after a run of one mode under one condition."""
+    """The faults after a run of one mode under one condition."""
     program, scratch, phone, mode, condition = job
     folder = comparison.worker_folder(scratch)
     root = prepare(phone, mode, folder / "phone")

@@ -26,7 +26,7 @@ ACCOUNTS_THAT_SHARE = 7
 
 KINDS_OF_FOLDER = ("pipe", "socket", "link to itself", "dangling link")
 
-# The device's own copy opens whatever it is given: see the exceptions.
+# The device's own copy command opens any file: see the exceptions.
 COPY_WAITS_AT = ("pipe", "link to a pipe", "link to a device")
 
 
@@ -44,7 +44,7 @@ class Job:
 
 
 def make_phone(job, folder):
-    """With the upgrade's marker the hand-over has survived a power cut: its copy is there, and /tmp is empty."""
+    """With the upgrade's marker, the hand-over has survived a power cut: its copy exists, and /tmp is empty."""
     root = phones.make_phone(job.phone, folder / "phone")
     if job.has_marker:
         (root / devicePaths.MARKER[1:]).write_text(f"{job.mode}\nlater\n")
@@ -77,7 +77,7 @@ def original_content(job, path=None):
 
 
 def reference(job, folder, change, user=()):
-    """How the phone ends when `change` was made to it beforehand."""
+    """The phone after the run if `change` was made to it before."""
     root = make_phone(job, folder)
     change(root / job.path[1:])
     run(job, root, make_canary(folder), user)
@@ -94,7 +94,7 @@ def outcome_of(root, canary):
 
 
 def try_kind(job, kind, path, folder):
-    """Puts the kind at that path and runs the mode; gives the outcomes before and after, and what went wrong."""
+    """Puts the kind at that path and runs the mode; returns the phones before and after, and the faults."""
     root = make_phone(job, folder)
     canary = make_canary(folder)
     file = root / path[1:]
@@ -114,7 +114,7 @@ def try_kind(job, kind, path, folder):
 
 
 def is_left_to_the_copy(job, kind):
-    """The device's own copy meets it, and not we."""
+    """Only the device's own copy command handles it."""
     if job.path.startswith(devicePaths.USER_CERTIFICATES):
         return kind.taken_as == "missing"
     if job.path.startswith(devicePaths.FACTORY_CERTIFICATES):
@@ -123,7 +123,7 @@ def is_left_to_the_copy(job, kind):
 
 
 def is_left_out(job, kind):
-    """On the small phone the accounts that it lacks share the kinds. Mode "dev" is "all" less its last pass."""
+    """On the small phone, the missing accounts share the kinds. Mode "dev" is "all" less its last pass."""
     if job.mode == "dev" and strangeKinds.KINDS.index(kind) % 2 == 0:
         return True
     is_shared = job.phone == "small" and job.path in devicePaths.ACCOUNTS and original_content(job) == b""
@@ -142,7 +142,7 @@ def kinds_for(job):
 
 
 def check_folder(job, folder):
-    """Files below something that is no folder are missing, or cannot be read: what depends on them may differ."""
+    """Files below a path that is not a folder are missing, or cannot be read: files that depend on them may differ."""
     ordinary = reference(job, folder, lambda path: None)
     missing = reference(job, folder, strangeKinds.remove)
     results = []
@@ -172,15 +172,16 @@ def check_file(job, folder):
 
 
 def disagreements(phones):
-    """Whatever exists and is no file is taken alike. A loop leads nowhere, and so does not exist."""
+    """All existing kinds other than files are handled in the same way. A link loop has no target, and so does not
+    exist."""
     names = list(phones)
     return [(f"{names[0]} and {name}", comparison.differences(phones[names[0]], phones[name]))
             for name in names[1:] if phones[names[0]] != phones[name]]
 
 
 def check_temporary(job, folder):
-    """Another one's file under the temporary name is removed, never written to; with a folder there this file cannot be
-    saved, and without the marker's change nothing is."""
+    """Another user's file under the temporary name is removed, never written to; with a folder there, this file cannot
+    be saved, and without the marker's change no file is."""
     temporary = devicePaths.temporary_name(job.path)
     old = comparison.files_of(make_phone(job, folder))
     ordinary = reference(job, folder, lambda path: None)
@@ -199,7 +200,7 @@ def check_temporary(job, folder):
 
 
 def once_taken_back(before, found):
-    """The next run takes back the certificates that are still noted."""
+    """The next run removes the certificates that are still noted."""
     if devicePaths.NOTE not in found:
         return found
     taken = {name for name in found if name.startswith(devicePaths.USER_CERTIFICATES)} - before.keys()
@@ -207,8 +208,8 @@ def once_taken_back(before, found):
 
 
 def check_private(job, folder):
-    """What is no record and no note counts as none, and goes unless it is a folder. What is no marker lists
-    nothing; one that is empty goes."""
+    """A file that is not a record or note is ignored, and removed unless it is a folder. A file that is not a marker
+    lists no modes; an empty one is removed."""
     results = []
     for kind in kinds_for(job):
         before, after, faults = try_kind(job, kind, job.path, folder)
@@ -262,7 +263,7 @@ def check(job):
 
 
 def recorded(chosen, mode, scratch):
-    """The phone's paths that a run of the mode asks for, and the files that it saves."""
+    """The phone's paths that a run of the mode looks up, and the files that it saves."""
     root = phones.make_phone(chosen.phone, scratch / "phone")
     _, calls = traces.record(chosen.program, root, mode, scratch / "trace",
                              ("-y", "-xx", "-s", "4096", "-e", "trace=%file"))

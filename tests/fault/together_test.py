@@ -2,8 +2,9 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""Starts two and three runs at the same time, with random delays before their calls: the phone ends as after runs one after
-the other, and user.ini is there all the time. One that waits for too long does nothing and says so in the system log.
+"""Starts two and three runs at the same time, with random delays before their calls: the phone ends as after runs one
+after the other, and user.ini exists all the time. A run that waits too long does nothing and reports this in the
+system log.
 """
 
 import concurrent.futures
@@ -27,7 +28,7 @@ POLL_SECONDS = 0.001
 GIVES_UP = b"another run has not ended"
 
 # The upgrade's marker, the modes that start at the same time, and the orders after which the phone may end like that; None
-# for every order of all of them. A mode that waited while another has taken its word off the marker does nothing.
+# for every order of all of them. A mode that waited while another one removed its word from the marker does nothing.
 KINDS = (
     ("1\n2\nall\n", ("1", "2", "all"), None),
     ("1\n2\n", ("1", "2", "1"), (("1", "2"), ("2", "1"))),
@@ -45,7 +46,7 @@ def name_of(kind):
 
 
 class Together:
-    """One kind of runs: the phone before them, and every phone and user.ini that runs one after the other leave."""
+    """One kind of runs: the phone before them, and every phone and user.ini after runs one after the other."""
 
     def __init__(self, program, phone, kind, scratch):
         self.program = program

@@ -1,8 +1,8 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""A Debian package, installed in a root folder of its own and removed again: what it brings, what it leaves, and that
-nothing is started or enabled."""
+"""A Debian package, installed in a separate root folder and removed again: the files that it installs and leaves, and
+that nothing is started or enabled."""
 
 import os
 import pathlib
@@ -41,7 +41,7 @@ class DebianPackage(unittest.TestCase):
         (self.root / BOOKKEEPING / "status").touch()
 
     def dpkg(self, *arguments):
-        """In a root without any other package, so dependencies and architecture are not asked for."""
+        """In a root without any other package, so dependencies and architecture are not checked."""
         status, output = packaging.run(
             [*AS_ROOT, "dpkg", f"--root={self.root}", f"--log={self.root}/{BOOKKEEPING}/log", "--force-depends",
              "--force-architecture", "--force-not-root", *arguments],
@@ -52,7 +52,7 @@ class DebianPackage(unittest.TestCase):
         return packaging.run(["systemctl", f"--root={self.root}", *arguments])
 
     def names(self):
-        """Everything in the root, folders too, but for dpkg's own records."""
+        """Everything in the root, including folders, except dpkg's own records."""
         found = (str(path.relative_to(self.root)) for path in self.root.rglob("*"))
         return sorted(name for name in found if not BOOKKEEPING.startswith(name) and not name.startswith(BOOKKEEPING))
 

@@ -1,8 +1,8 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""The init script, under BusyBox's shell and tools and under those of Debian, and the page that describes how to use it. A stub
-replaces the program: it does with the upgrade's marker what the program does, and what a test plants."""
+"""The init script, under BusyBox's shell and tools and under those of Debian, and the page that describes how to use
+it. A stub replaces the program: it changes the upgrade's marker as the program does, and as the test requires."""
 
 import os
 import pathlib
@@ -19,8 +19,8 @@ import packaging
 LIMIT_SECONDS = 2
 TOOLS = ("cat", "head", "mv", "rm", "sed", "sh", "sleep", "sync", "timeout")
 
-# A mode does its work only while it is the first line, and takes itself off; the record is a commit that is unfinished.
-# "calls" gets each mode that is called, "done" each that has done its work and each step of the firmware.
+# A mode does its work only if it is the first line, and removes its line; the record is a commit that is not finished.
+# "calls" gets each mode that is called, "done" each mode that has done its work and each step of the firmware.
 STUB = r"""
 mode=$1
 cd "${0%/*}"
@@ -69,7 +69,7 @@ TALKING = 'at_work() { echo "src value:Heron-4711"; echo "Encrypt:(Heron-4711)->
 READING = "at_work() { cat; }"
 HANG = "trap '' TERM INT HUP; while :; do sleep 1; done"
 HANGING = "at_the_start() { %s; }" % HANG
-# In the first start only, since a file remembers it.
+# Only in the first start, which a file marks.
 HANGING_ONCE = '%s() { [ "$mode" != %s ] || [ -e hung ] || { : >hung; ' + HANG + "; }; }"
 REMOVING_MARKER = "at_work() { rm kestrune-pending; exit 0; }"
 
@@ -94,7 +94,7 @@ class Cases:
         self.put_stub()
 
     def adapted_script(self):
-        """The script itself, but for the shell's path and the four settings."""
+        """The script itself, except the shell's path and the four settings."""
         text = packaging.replace_once(SCRIPT.read_text(), "#!/bin/sh\n", "")
         for name, value in (("program", self.folder / "stub"), ("pending", self.pending), ("record", self.record),
                             ("limitSeconds", LIMIT_SECONDS)):
@@ -242,7 +242,7 @@ class Cases:
         self.assertEqual(output.count("Heron-4711"), 2)
 
     def test_the_program_gets_no_input(self):
-        self.put_stub(READING)  # which would wait until it is killed, with nothing done
+        self.put_stub(READING)  # it would wait without doing anything until it is killed
         self.expect_silent_start("1 2 all", "1 2 all", None)
 
     # The actions.
@@ -259,7 +259,7 @@ class Cases:
         self.record.write_bytes(b"1\n")
         self.assertEqual(self.run_script("next"), "")
         self.record.unlink()
-        self.record.mkdir()  # which is no record, and stays
+        self.record.mkdir()  # a folder is not a record, and stays
         self.assertEqual(self.run_script("next"), "1\n")
 
     def test_next_does_not_wait_at_a_pipe(self):
@@ -276,7 +276,7 @@ class Cases:
             self.assertIn("usage:", self.run_script(*arguments))
         self.expect("", "", ALL)
 
-    # The page: a step of the firmware's own, and how the marker is written.
+    # The page: a step of the firmware, and how the marker is written.
 
     def run_documented_start(self, step="exit 0"):
         commands = packaging.documented_block("start 1\n")
@@ -318,7 +318,7 @@ class Cases:
         self.expect("1 2 all", "step 2 all", None)
 
     def test_the_step_never_runs_once_mode_2_has_changed_files(self):
-        """The power goes in the commit of mode "2", and the call that would finish it hangs in the next start."""
+        """The power fails in the commit of mode "2", and the call that would finish it hangs in the next start."""
         self.pending.write_bytes(b"2\nall\n")
         self.record.write_text("2\n")
         self.put_stub(HANGING_ONCE % ("at_the_start", "1"))

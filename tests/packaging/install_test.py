@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""What `cmake --install` puts where, below DESTDIR alone."""
+"""The files that `cmake --install` installs, only below DESTDIR."""
 
 import gzip
 import os
@@ -69,7 +69,7 @@ class Install(unittest.TestCase):
             if path.endswith(".gz"):
                 content = (self.root / path).read_bytes()
                 self.assertEqual(content[3:8], bytes(5), path)  # no name, no time
-                self.assertNotRegex(gzip.decompress(content), rb"@[A-Z_]+@", path)  # a value of the build, not filled in
+                self.assertNotRegex(gzip.decompress(content), rb"@[A-Z_]+@", path)  # a variable that was not substituted
 
 
 if __name__ == "__main__":

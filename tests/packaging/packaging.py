@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""What the packaging tests have in common: their arguments, missing tools, and the end that they come to."""
+"""Shared code of the packaging tests: their arguments, missing tools, and their exit status."""
 
 import pathlib
 import re
@@ -22,14 +22,14 @@ def need(*tools):
 
 
 def take_arguments():
-    """The paths and texts behind the test's name; what is left is unittest's."""
+    """The paths and texts after the test's name; the others are for unittest."""
     arguments = sys.argv[1:]
     del sys.argv[1:]
     return arguments
 
 
 def run(command, **options):
-    """Both outputs as one text, beside the status."""
+    """The exit status, and both outputs as one text."""
     done = subprocess.run(command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
                           check=False, **options)
     return done.returncode, done.stdout
@@ -37,12 +37,12 @@ def run(command, **options):
 
 def replace_once(text, old, new):
     if text.count(old) != 1:
-        raise AssertionError(f"{old!r} stands {text.count(old)} times in the file, not once")
+        raise AssertionError(f"the file contains {old!r} {text.count(old)} times, not once")
     return text.replace(old, new)
 
 
 def documented_block(part):
-    """The one block of commands or settings with this part, on the page that describes how to install the program."""
+    """The only block of commands or settings that contains this part, on the page that describes the installation."""
     blocks = re.findall(r"(?ms)^```(?:sh|ini)\n(.*?)^```$", (SOURCE / "docs" / "installation.md").read_text())
     (found,) = [block for block in blocks if part in block]
     return found

@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""The systemd units: nothing in them is wrong or unknown, their order, and what they must hold to."""
+"""The systemd units: they have no errors or unknown settings; their order; the settings that they must have."""
 
 import configparser
 import pathlib
@@ -37,7 +37,7 @@ class Units(unittest.TestCase):
             step = packaging.replace_once(packaging.documented_block("ExecCondition="), "/usr/sbin/lay-new-settings", PROGRAM)
             pathlib.Path(folder, "kestrune@2.service.d", "step.conf").write_text(step)
             command = settings(UNIT)["Service"]["ExecStart"].split()[0]
-            text = packaging.replace_once(UNIT.read_text(), command, PROGRAM)  # which is not installed here
+            text = packaging.replace_once(UNIT.read_text(), command, PROGRAM)  # the program is not installed here
             pathlib.Path(folder, UNIT.name).write_text(text)
 
             names = [f"kestrune@{mode}.service" for mode in MODES]
@@ -96,7 +96,7 @@ class Units(unittest.TestCase):
         self.assertEqual(list(service), ["ExecCondition", "ExecStartPre"])
         shell, option, commands = shlex.split(service["ExecCondition"])
         self.assertEqual((shell, option), ("/bin/sh", "-c"))
-        self.assertNotRegex(commands, r"[$%\\]")  # which a unit would read differently
+        self.assertNotRegex(commands, r"[$%\\]")  # a unit would interpret these characters
         for marker, record, runs in (("2\nall\n", None, True), ("2", None, True), ("1\n2\nall\n", None, False),
                                      ("all\n", None, False), ("12\n", None, False), ("", None, False), (None, None, False),
                                      ("2\nall\n", "2", False)):

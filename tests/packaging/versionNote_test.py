@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""The program's file tells its version, since no option does, and goes on telling it when stripped."""
+"""The program's file contains its version, since no option prints it, also when stripped."""
 
 import pathlib
 import re

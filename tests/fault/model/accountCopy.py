@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""The account that modes "1" and "2" copy whole, as devicePaths.COPIES_TO says where."""
+"""The account that modes "1" and "2" copy whole, to the path in devicePaths.COPIES_TO."""
 
 import devicePaths
 from model import iniText

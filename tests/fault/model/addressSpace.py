@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""Runs with little room: an address space of 64 MiB above that of an empty program."""
+"""Runs with little memory: 64 MiB more address space than an empty program."""
 
 import functools
 import subprocess
@@ -22,7 +22,7 @@ def runs_within(limit):
 
 @functools.lru_cache(maxsize=None)
 def of_empty_program():
-    """The least with which it runs."""
+    """The minimum with which it runs."""
     too_little, enough = 0, MOST_OF_EMPTY
     while enough - too_little > PRECISION:
         middle = (too_little + enough) // 2
@@ -32,7 +32,7 @@ def of_empty_program():
 
 @functools.lru_cache(maxsize=None)
 def wrapper(program):
-    """Starts the program with that limit; as it is when it holds a sanitizer, which takes terabytes."""
+    """Starts the program with that limit; without a limit if it has a sanitizer, which needs terabytes."""
     if b"__asan_init" in program.read_bytes():
         return ()
     return limited(of_empty_program() + ROOM)

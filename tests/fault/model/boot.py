@@ -29,8 +29,8 @@ strAdminPassword=quay-31
 """
 NEW_ACCOUNT = "[account]\nEnable=1\ndirectip=1\nLabel=New direct\nSCALineKeyNumber=7\n"
 
-# Takes the place of the installed program. Which call to cut at, or where to record, comes by the environment. Its shell is
-# only there in the sandbox, where "-1" is everybody but process 1.
+# Replaces the installed program. The environment contains the call to cut at, or the folder of the recording. Its shell exists
+# only in the sandbox, where "-1" means all processes except process 1.
 PROGRAM = """#!/boot/tools/sh
 if [ "$RECORD" ]; then
     exec /usr/bin/strace -D -f -o "/trace/$1" $RECORD /kestrune "$@"
@@ -41,7 +41,7 @@ fi
 [ $? != 137 ] || { : >/tmp/killed; [ "$CUT_PROGRAM_ONLY" ] || kill -9 -1; }
 """
 
-# Harmless when it is repeated, as it has to be. The power can go in its middle.
+# It must be harmless when repeated. The power can fail in the middle.
 LAY_NEW_SETTINGS = """#!/boot/tools/sh
 lay() {
     cp "/boot/$1" "$2.new" && mv "$2.new" "$2"
@@ -53,7 +53,7 @@ lay new-account.cfg /config/user/voip/sipAccount16.cfg
 
 
 def documented_start():
-    """The one block of commands that calls the script for each mode, with a step of the firmware's own."""
+    """The only block of commands that calls the script for each mode, with a step of the firmware."""
     blocks = re.findall(r"(?ms)^```sh\n(.*?)^```$", (phones.PROJECT / "docs" / "installation.md").read_text())
     (found,) = [block for block in blocks if "start 1\n" in block]
     return replace_once(found, "/usr/share/kestrune/kestrune.init", "/boot/kestrune.init")
@@ -66,7 +66,7 @@ def replace_once(text, old, new):
 
 
 class Boot:
-    """What the sandbox's /boot holds, for one shell and its tools."""
+    """The content of the sandbox's /boot, for one shell and its tools."""
 
     def __init__(self, program, shell, folder, start=None, limit_seconds=120):
         self.program = program
@@ -91,7 +91,7 @@ class Boot:
         path.chmod(0o755)
 
     def run(self, root, environment=None, options=()):
-        """Boots the phone; returns whether the power went. Process 1 gives the status and dies with no signal."""
+        """Boots the phone; returns whether the power failed. Process 1 returns the status and is not killed by a signal."""
         wrapper = ["/boot/tools/sh", "-c", 'export PATH=/boot/tools:/boot; "$@"; exit', "init", "/boot/tools/sh",
                    "/boot/start"]
         options = ["--ro-bind", str(self.folder), "/boot", *options]
@@ -99,11 +99,11 @@ class Boot:
         return status == POWER_WENT
 
     def run_with_cut(self, root, cut):
-        """`cut` is (mode, call, N): the power goes right before the mode's N-th call of that name. Whether it went."""
+        """`cut` is (mode, call, N): the power fails right before the mode's N-th call of that name. Returns whether it failed."""
         return self.run(root, environment_of(cut))
 
     def run_with_kill(self, root, cut):
-        """Only the program is killed there, and the start goes on without it. Whether it was killed."""
+        """Only the program is killed there, and the start continues without it. Returns whether it was killed."""
         self.run(root, {**environment_of(cut), "CUT_PROGRAM_ONLY": "yes"})
         return (root / "tmp" / "killed").exists()
 

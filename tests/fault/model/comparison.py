@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""How a phone differs from the one that was expected, in words that lead to the byte."""
+"""The differences between a phone and the expected one, down to the byte."""
 
 import dataclasses
 import os
@@ -12,7 +12,7 @@ import phones
 
 
 def differences(expected, found):
-    """One line for every name that is not as expected; both are what `phones.files_of` gives."""
+    """One line for every name that is not as expected; both are results of `phones.files_of`."""
     lines = []
     for path in sorted(set(expected) | set(found)):
         wanted, present = expected.get(path), found.get(path)
@@ -43,14 +43,14 @@ def shown_difference(wanted, present):
 
 
 def worker_folder(scratch):
-    """The scratch folder of this worker process, which the jobs before may have used."""
+    """The scratch folder of this worker process, which earlier jobs may have used."""
     folder = pathlib.Path(scratch) / str(os.getpid())
     folder.mkdir(exist_ok=True)
     return folder
 
 
 def files_of(root):
-    """As `phones.files_of`, those files included that their own owner may not read."""
+    """As `phones.files_of`, including files that their own owner cannot read."""
     locked = {}
     for folder, _, files in os.walk(root):
         for path in (os.path.join(folder, name) for name in files):

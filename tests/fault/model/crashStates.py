@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""The phones that a power cut in a run may leave, and a fair choice of those that then run on."""
+"""The phones that a power cut in a run may leave, and a random sample of those that then run on."""
 
 import devicePaths
 import random
@@ -9,7 +9,7 @@ from model import comparison, diskModel, oneStep
 
 
 SEED = 4
-MIXED_PHONES_PER_CALL = 8  # of all combinations of what the files may be
+MIXED_PHONES_PER_CALL = 8  # of all combinations of the files' states
 MOST_FAULTS = 20  # of one run: a program that does not flush has thousands
 
 
@@ -18,7 +18,7 @@ def is_lost(path):
 
 
 class Cuts:
-    """Each phone counts once. All are judged as they are; those in `sampled` have yet to run on."""
+    """Each phone counts once. All are judged as they are; those in `sampled` still have to run on."""
 
     def __init__(self, run, most_chosen):
         self.run = run
@@ -78,7 +78,7 @@ class Cuts:
             self.choose(where, found)
 
     def choose(self, where, found):
-        """Each phone is as likely as every other one."""
+        """All phones are equally likely."""
         self.offered += 1
         if len(self.sampled) < self.most_chosen:
             self.sampled.append((where, found))
@@ -88,7 +88,7 @@ class Cuts:
             self.sampled[place] = (where, found)
 
     def check_end(self, disk, told):
-        """What a run that has ended has saved is on the device."""
+        """The changes of a run that has ended are on the device."""
         for group in disk.all_groups():
             names = [name for name in group.names if not is_lost(name) and not devicePaths.is_temporary(name)]
             states = disk.possible(group)

@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""Which files a run leaves otherwise when one that it reads is missing or empty: only these depend on it."""
+"""The files that differ after a run if a file that it reads is missing or empty: only these depend on it."""
 
 import dataclasses
 
@@ -11,10 +11,10 @@ from model import fileByFile
 
 CERTIFICATES = (devicePaths.USER_CERTIFICATES, devicePaths.FACTORY_CERTIFICATES)
 
-# While the note of the copies is there, the next run takes them back.
+# While the note of the copies exists, the next run removes the copies.
 FOR_THE_NOTE = (devicePaths.NOTE, "/config")
 
-known = {}  # (mode, path): the files that depend on it; each worker finds them out for itself
+known = {}  # (mode, path): the files that depend on it; each worker determines them itself
 
 
 def with_content(phone, path, content):

@@ -1,14 +1,14 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""What a file system may leave of a run's writing calls when the power goes.
+"""The states of a file system that a power cut may leave after a run's writing calls.
 
-Files are inodes: a name leads to one, and a rename takes it along with whatever of it is on the device. Until a file is
-flushed, each write to it may be missing, cut short or whole, and each change of its owner and permission bits may be
-missing. Until a folder is flushed, each name that was made, renamed or removed in it may be missing, whatever became of
-the changes before and after it. A file system without a journal gives the number of a removed inode to the next new
-file; until the folder is flushed, the removed name may lead to the new file's bytes. No file system is as bad as that;
-each that we know of is a part of it.
+Files are inodes: a name leads to one, and a rename moves it with its current state on the device. Until a file is
+flushed, each write to it may be missing, incomplete or whole, and each change of its owner and permission bits may be
+missing. Until a folder is flushed, each name that was created, renamed or removed in it may be missing, independently
+of the changes before and after it. A file system without a journal gives the number of a removed inode to the next new
+file; until the folder is flushed, the removed name may lead to the new file's bytes. No real file system is as bad as
+that; the states of each known one are a subset of these.
 """
 
 import dataclasses
@@ -20,7 +20,7 @@ import re
 import phones
 import traces
 
-# Everything that may change a file. A call of these that the model does not know ends the proof.
+# All calls that may change a file. One of these that the model does not know ends the proof.
 CALLS = ("open,openat,openat2,creat,write,writev,pwrite64,pwritev,pwritev2,copy_file_range,sendfile,splice,vmsplice,"
          "fallocate,truncate,ftruncate,rename,renameat,renameat2,link,linkat,symlink,symlinkat,unlink,unlinkat,mkdir,"
          "mkdirat,rmdir,mknod,mknodat,chmod,fchmod,fchmodat,chown,lchown,fchown,fchownat,setxattr,lsetxattr,fsetxattr,"
@@ -37,7 +37,7 @@ class UnknownCall(Exception):
 
 @dataclasses.dataclass
 class Inode:
-    """A file without its name: what of it is on the device, and the changes since it was flushed."""
+    """A file without its name: its state on the device, and the changes since it was flushed."""
 
     number: int
     device: phones.Entry
@@ -55,7 +55,7 @@ class Inode:
         self.pending = []
 
     def variants(self):
-        """Every form in which the power cut may leave it, each once."""
+        """Every state in which the power cut may leave it, each once."""
         found = {}
         for choice in itertools.product(*(change.outcomes() for change in self.pending)):
             entry = self.device
@@ -75,7 +75,7 @@ class Write:
         return dataclasses.replace(entry, content=kept[:self.offset] + self.data + kept[self.offset + len(self.data):])
 
     def outcomes(self):
-        """Dropped, cut short at a few lengths, its length alone (zeros on the device), whole."""
+        """Dropped, truncated at a few lengths, only its length (zeros on the device), whole."""
         size = len(self.data)
         cuts = sorted({1, size // 2, size - 1} - {0, size} if size > 1 else set())
         return ([nothing] + [Write(self.offset, self.data[:cut]) for cut in cuts]
@@ -84,7 +84,7 @@ class Write:
 
 @dataclasses.dataclass(frozen=True)
 class Cut:
-    """A file made empty when it is opened."""
+    """A file that is truncated when it is opened."""
 
     def __call__(self, entry):
         return dataclasses.replace(entry, content=b"")
@@ -113,7 +113,7 @@ def nothing(entry):
 
 @dataclasses.dataclass
 class Group:
-    """Names that depend on each other, since a rename that may be missing concerns both; and what they may lead to."""
+    """Names that depend on each other, since a rename that may be missing concerns both; and their possible targets."""
 
     names: tuple
     device: tuple  # the number of the inode that each name leads to on the device, or None
@@ -182,7 +182,7 @@ class Disk:
         return None if number is None else self.inodes[number]
 
     def make_inode(self, entry):
-        """A new file, which may get the number of any that is gone in memory and not on the device."""
+        """A new file, which may get the number of any file that is removed in memory but not on the device."""
         used = {number for group in self.groups.values() for number in group.latest}
         on_device = {number for group in self.groups.values() for numbers in group.reached for number in numbers}
         made = self.new_inode(entry)
@@ -302,14 +302,14 @@ class Disk:
         return is_of_phone(path) and self.change_names({path: None})
 
     def play_utimensat(self, call):
-        return False  # a time that is lost does no harm
+        return False  # a lost time is harmless
 
     def latest(self):
         """The files as every process sees them: name -> entry, or None."""
         return self.state(lambda group: group.latest, Inode.latest)
 
     def oldest(self):
-        """The files as they are on the device when nothing came there that need not."""
+        """The files on the device without any change that was not flushed."""
         return self.state(lambda group: group.device, lambda inode: inode.device)
 
     def state(self, numbers_of, entry_of):

@@ -1,10 +1,10 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""What becomes of a phone when changes of a commit fail: each file is as before the run or as after it.
+"""The phone if changes of a commit fail: each file is as before the run or as after it.
 
-A failed change does not affect the others. Without room for all changes at once they are made one after the other, and
-then a moved account is its original under another name.
+A failed change does not affect the others. If there is no space for all changes at once, they are made one after the
+other, and then a moved account is its renamed original.
 """
 
 import devicePaths
@@ -16,7 +16,7 @@ def is_file(entry):
 
 
 def paths_of(run, found):
-    """The files. Temporary ones count for nothing: a save removes what an earlier one has left."""
+    """The files. Temporary ones are ignored: a save removes those of an earlier one."""
     return sorted(path for path in run.before.keys() | run.after.keys() | found.keys() if not devicePaths.is_temporary(path)
                   and is_file(found.get(path, run.before.get(path, run.after.get(path)))))
 
@@ -38,12 +38,12 @@ def after_moves(run):
 
 
 def held_back(run, paths):
-    """What stays when these could not be saved: it is removed only after its copy."""
+    """The files that stay if these could not be saved: they are removed only after their copies."""
     return [path for path, copy in moves(run) if copy in paths]
 
 
 def without_changes(run, expected, paths):
-    """As expected, but these files are as before, and so is what they hold back."""
+    """As expected, except that these files are as before, and so are the files that wait for them."""
     result = dict(expected)
     for path in [*paths, *held_back(run, paths)]:
         result.pop(path, None)
@@ -53,7 +53,7 @@ def without_changes(run, expected, paths):
 
 
 def faults_of(run, found):
-    """What is neither as before nor as after, and what is lost."""
+    """Files that are neither as before nor as after, and lost files."""
     possible = (run.before, run.after, after_moves(run))
     faults = [f"{path} {comparison.shown_difference(run.after.get(path), found.get(path))}"
               for path in paths_of(run, found) if found.get(path) not in [phone.get(path) for phone in possible]]

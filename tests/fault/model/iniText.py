@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""INI files as the program edits them: line by line, every byte that a change does not concern stays."""
+"""INI files as the program edits them: line by line; all bytes outside a changed value are preserved."""
 
 import dataclasses
 import re
@@ -41,7 +41,7 @@ def lines_of(text):
 
 
 def values_of(text):
-    """Every value of every key: doubles have several."""
+    """Every value of every key: duplicates have several."""
     values = {}
     for line in lines_of(text):
         if line.kind == "key":
@@ -71,13 +71,13 @@ def put(text, section, key, value):
 
 
 def skeleton(text, known):
-    """What the program never changes: the lines less the values, less the keys and sections that are not known."""
+    """The parts that the program never changes: the lines without values, and without unknown keys and sections."""
     kept = []
     for line in lines_of(text):
         if line.kind == "other" or line.name in known:
             kept.append(line.head)
         elif line.kind == "section" and kept and not kept[-1].strip(b" \t"):
-            kept.pop()  # a new section brings a blank line with it
+            kept.pop()  # a new section adds a blank line
     while kept and not kept[-1].strip(b" \t"):
         kept.pop()
     return kept
@@ -88,7 +88,7 @@ def names_in(text):
 
 
 def why_not_edited(base, found, allowed):
-    """Why the text found is not the base with some keys set: each key to one of its values in `allowed`.
+    """Why the text is not the base with some keys set: each key to one of its values in `allowed`.
 
     An empty reason means that it is.
     """

@@ -1,10 +1,10 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""What a file may hold when a pass could not read: whole lines as ever, and each key one of the values that a pass that
-did run, or did not, leaves there.
+"""The possible content of a file if a pass could not read: unchanged whole lines, and each key with a value that a
+pass that did run, or did not, leaves there.
 
-A pass that cannot read a file takes a default. These few are known by name, and no other value may appear.
+A pass that cannot read a file uses a default. These few are known by name, and no other value may appear.
 """
 
 import functools
@@ -12,13 +12,13 @@ import functools
 import devicePaths
 from model import comparison, fileByFile, iniText, recordedRun, tablesOfPhone
 
-# What a mode does besides its own passes is what these modes do.
+# In addition to its own passes, a mode does the same as these modes.
 PARTS = {"all": ("dev", "pwd"), "dev": (), "pwd": (), "1": (), "2": (), "fix-ups-only": ()}
 FACTORY_MARK = b"?"
 
 
 def defaults(mode, before):
-    """(file, (section, key), value) that a pass writes when it could not read."""
+    """(file, (section, key), value) that a pass writes if it could not read."""
     for path in devicePaths.ACCOUNTS:
         yield path, (b"account", b"SCALineKeyNumber"), b"-1"
     account = before.get(devicePaths.ACCOUNTS[0])
@@ -44,7 +44,7 @@ class KeyByKey:
             self.sources[devicePaths.COPIES_TO[run.mode]] = copied
 
     def contents(self, path):
-        """Those of the file, and of what may be copied there."""
+        """Those of the file, and of files that may be copied there."""
         return [phone[place].content for place in (path, *self.sources.get(path, ()))
                 for phone in self.phones if place in phone]
 
@@ -62,7 +62,7 @@ class KeyByKey:
         return values
 
     def why_not(self, path, entry):
-        """Why the file cannot end so; empty when it can."""
+        """Why the file cannot end so; empty if it can."""
         run = self.run
         if entry in (run.before.get(path), run.after.get(path), fileByFile.after_moves(run).get(path)):
             return ""
@@ -75,7 +75,7 @@ class KeyByKey:
         return "" if "" in reasons else f"{reasons[0]}: {entry.content!r}"
 
     def faults_of(self, found, dependent=None):
-        """Files that do not depend on what failed are as after the run; without `dependent` any may."""
+        """Files that do not depend on the failure are as after the run; without `dependent`, all may depend on it."""
         faults = []
         for path in fileByFile.paths_of(self.run, found):
             if dependent is None or path in dependent:

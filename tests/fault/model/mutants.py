@@ -1,14 +1,14 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""The steps that are taken out of the program, one at a time, and the proof that has to notice each."""
+"""The steps that are removed from the program, one at a time, and the proof that has to detect each."""
 
 import dataclasses
 
 
 @dataclasses.dataclass(frozen=True)
 class Mutant:
-    """In platform/src/`source`, which has the `old` text once."""
+    """A change of platform/src/`source`, which contains the `old` text once."""
 
     name: str
     source: str

@@ -1,8 +1,8 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""What every disturbed run is held to, in one sentence: the phone is byte for byte as before the run or as after it, once
-the next run has started; and after the sequence has been run again it is as one never disturbed.
+"""The property of every disturbed run: the phone is byte for byte as before the run or as after it, once the next run
+has started; and after the sequence has been run again, it is the same as a phone that was never disturbed.
 """
 
 import dataclasses
@@ -18,7 +18,7 @@ UMASK = 0o022
 NOBODYS_MODE = "nobody's"
 SEQUENCE = ("1", "2", "all")
 
-# Permission bits and owners unlike those of new files, so that losing them shows. Owners only where we may give them.
+# Permission bits and owners unlike those of new files, so that their loss shows. Owners only if we can set them.
 ATTRIBUTES = {
     devicePaths.USER_INI: (0o640, (1201, 1301)),
     devicePaths.SYSTEM_INI: (0o664, (0, 1302)),
@@ -31,13 +31,13 @@ ATTRIBUTES = {
 
 
 class BadRecord(Exception):
-    """The undisturbed run itself is not as it should be: nothing can be held to it."""
+    """The undisturbed run itself has faults: nothing can be compared with it."""
 
 
 @dataclasses.dataclass(frozen=True)
 class Run:
-    """An undisturbed run of a mode: the phone before and after it, as `phones.snapshot` gives it, and its calls. In the
-    boot's sequence also its modes, and the phone after the last one."""
+    """An undisturbed run of a mode: the phone before and after it, as returned by `phones.snapshot`, and its calls. In
+    the boot's sequence also its modes, and the phone after the last one."""
 
     mode: str
     before: dict
@@ -98,7 +98,7 @@ def record_sequence(program, phone, scratch, options):
 
 
 def settle(program, root):
-    """Starts the next run, which finishes the one before it, and lets it do nothing of its own: it is not its turn."""
+    """Starts the next run, which finishes the previous one and does nothing else, since it is not its turn."""
     marker = pathlib.Path(f"{root}{devicePaths.MARKER}")
     is_ours = not os.path.lexists(marker)
     if is_ours:
@@ -110,7 +110,7 @@ def settle(program, root):
 
 
 def kept(phone, is_power_cut):
-    """What counts of a phone: temporary files without a record are leftovers, and /tmp is lost with the power."""
+    """The relevant files of a phone: temporary files without a record are leftovers, and a power cut empties /tmp."""
     return {path: entry for path, entry in phone.items()
             if not devicePaths.is_temporary(path) and not (is_power_cut and path.startswith("/tmp"))}
 
@@ -120,7 +120,7 @@ def without_tmp(phone):
 
 
 def needs_next_run(found):
-    """Whether an earlier run is still to be finished or taken back."""
+    """Whether an earlier run still has to be finished or undone."""
     has_empty_marker = devicePaths.MARKER in found and not found[devicePaths.MARKER].content
     return devicePaths.RECORD in found or devicePaths.NOTE in found or has_empty_marker
 
@@ -132,7 +132,7 @@ def told_as_neither(run, found, is_power_cut):
 
 
 def faults_of(program, run, found, root, is_power_cut=False, runs_again=True):
-    """What is wrong with the phone that a disturbed run has left as `found`. `root` is a folder to try it in."""
+    """The faults of the phone `found` that a disturbed run has left. `root` is a folder for trial runs."""
     has_record = devicePaths.RECORD in found
     settled = found
     if needs_next_run(found):
@@ -156,7 +156,7 @@ def faults_of(program, run, found, root, is_power_cut=False, runs_again=True):
 
 
 def faults_of_again(program, run, found, root, is_power_cut):
-    """The mode runs again: no temporary file stays, and the phone is as one never disturbed."""
+    """The mode runs again: no temporary file stays, and the phone is the same as one that was never disturbed."""
     phones.make_from(found, root)
     if is_power_cut and run.mode == "2" and devicePaths.HAND_OVER in run.before:
         put_hand_over_back(run, root)
@@ -170,7 +170,7 @@ def faults_of_again(program, run, found, root, is_power_cut):
 
 
 def faults_of_sequence(program, run, found, root):
-    """The phone starts again: /tmp is empty, and the boot calls each mode, as long as the marker is there."""
+    """The phone starts again: /tmp is empty, and the boot calls each mode while the marker exists."""
     phones.make_from(without_tmp(found), root)
     for mode in run.sequence:
         if not os.path.lexists(f"{root}{devicePaths.MARKER}"):
@@ -183,7 +183,7 @@ def faults_of_sequence(program, run, found, root):
 
 
 def put_hand_over_back(run, root):
-    """Without the marker it is lost with the power: mode "1" would have to make it again."""
+    """Without the marker, a power cut loses it: mode "1" would have to make it again."""
     entry = run.before[devicePaths.HAND_OVER]
     path = pathlib.Path(f"{root}{devicePaths.HAND_OVER}")
     path.write_bytes(entry.content)

@@ -1,9 +1,9 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""Settings of a phone that differ from every default, so that a default that takes the place of a value shows.
+"""Settings of a phone that differ from every default, so that a default in place of a value shows.
 
-Other files go without the keys that the start-up fix-ups add: sipAccount0.cfg, and on the example phone user.ini too.
+Other files lack the keys that the start-up fix-ups add: sipAccount0.cfg, and on the example phone user.ini too.
 """
 
 import pathlib

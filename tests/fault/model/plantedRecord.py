@@ -1,7 +1,8 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""Commit records and notes as the program writes them, to be planted: fields that end in zero bytes, and their checksum."""
+"""Commit records and notes as the program writes them, to be planted: fields that end in zero bytes, and their
+checksum."""
 
 import hashlib
 
@@ -26,7 +27,7 @@ def fields_of(text):
 
 
 def originals_of(text):
-    """The files that a record removes once their copies are there, by the copies' paths."""
+    """The files that a record removes when their copies exist, by the copies' paths."""
     fields = [field.decode() for field in fields_of(text)[HEADER_FIELDS:]]
     changes = zip(*[iter(fields)] * CHANGE_FIELDS)
     return {copy: path for _, path, _, _, copy in changes if copy}
@@ -44,7 +45,7 @@ def of_format(text, form):
 
 
 def damaged(text, step):
-    """The text cut at each such byte, and with each of them flipped."""
+    """The text truncated at each such byte, and with each of these bytes flipped."""
     numbers = range(0, len(text), step)
     return [text[:number] for number in numbers] + [
         text[:number] + bytes([text[number] ^ 1]) + text[number + 1:] for number in numbers]

@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""An undisturbed run, recorded call by call, which says which calls there are to fail."""
+"""An undisturbed run, recorded call by call, as the list of calls that can fail."""
 
 import dataclasses
 import os

@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""A phone whose every password and key is one of a kind, so that each can be found wherever it goes."""
+"""A phone whose passwords and keys are all unique, so that each can be found in any place."""
 
 import dataclasses
 import re
@@ -13,13 +13,13 @@ from model import iniText, tablesOfPhone
 SECRET_KEY = re.compile(rb"(?!b[A-Z]).*(password|pwd|pin|psk|community)", re.IGNORECASE)
 XML_SECRET = re.compile(rb"(<UnlockPIN>)[^<]+(</UnlockPIN>)")
 
-# As the phone's owner would keep the files that hold them.
+# The permission bits of files that contain secrets.
 PRIVATE = 0o600
 
 
 @dataclasses.dataclass(frozen=True)
 class Secret:
-    """`place` is (file, section, key), or (file,) where the file has no keys."""
+    """`place` is (file, section, key), or (file,) if the file has no keys."""
 
     text: bytes
     place: tuple
@@ -60,7 +60,7 @@ def plant_in_xml(path, content, secrets):
 
 
 def plant_key(root, secrets):
-    """The phone's own cipher key; its files are made where the phone has none."""
+    """The phone's own cipher key; its files are created if the phone has none."""
     text = b"".join(b"%02x" % ((11 * n + 5) % 256) for n in range(64))
     path = root / devicePaths.CIPHER_KEY[1:]
     path.parent.mkdir(parents=True, exist_ok=True)
@@ -69,7 +69,7 @@ def plant_key(root, secrets):
 
 
 def plant(root):
-    """Puts its own secret in place of every one of the phone, and makes its files private; gives the secrets."""
+    """Replaces every secret of the phone with a unique one, and makes its files private; returns the secrets."""
     secrets = []
     plant_key(root, secrets)
     phone = phones.files_of(root)

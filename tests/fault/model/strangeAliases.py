@@ -1,9 +1,9 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""One file under two names: a run sees its own change under each of them before anything is on the device.
+"""One file under two names: a run sees its own change under each of them before it is on the device.
 
-The translation table gets rows that write under one name and read under the other. The phone has to end as with the
+The translation table gets rows that write under one name and read under the other. The phone must end as with the
 file's own name in all rows; another hard link is another file.
 """
 
@@ -23,9 +23,9 @@ ROW = ('<item srcFile="{0}" srcSec="Alias" srcKey="Begin" dstFile="{0}" dstSec="
        '<item srcFile="{0}" srcSec="Alias" srcKey="Third" dstFile="{2}" dstSec="Alias" dstKey="Fourth"/>')
 
 
-VALUE = b"heron-7"  # what the last row has to find
+VALUE = b"heron-7"  # the value that the last row must read
 
-# With all that the fix-ups would add.
+# With all keys that the fix-ups would add.
 ACCOUNT = b"[account]\ndirectip=1\nSCALineKeyNumber=7\n"
 
 
@@ -73,13 +73,13 @@ def no_alias(root):
     return FILE, ()
 
 
-# Each with what the phone has to end as.
+# Each with the expected phone.
 ALIASES = {link: no_alias, relative_link: no_alias, link_of_link: no_alias, linked_folder: no_alias,
            dotted_path: no_alias, folder_mounted_twice: no_alias, hard_link: copy}
 
 
 def final(program, phone, mode, alias, first_name, root):
-    """How the phone ends. The rows write first under the file's own name, or under the alias."""
+    """The phone after the run. The rows write first under the file's own name, or under the alias."""
     phones.make_phone(phone, root)
     with open(root / FILE[1:], "ab") as file:
         file.write(b"\n[Alias]\nBegin=" + VALUE + b"\n")
@@ -113,7 +113,7 @@ def check(program, phone, mode, folder):
 
 
 def check_link_to_source(program, phone, mode, folder):
-    """A copy's destination is a link to what is copied and then removed: it becomes a file of its own."""
+    """A copy's destination is a link to the file that is copied and then removed: it becomes a separate file."""
     source, destination = {"1": (devicePaths.ACCOUNTS[4], devicePaths.DIRECT_IP_FILE),
                            "2": (devicePaths.DIRECT_IP_FILE, devicePaths.ACCOUNT_16)}[mode]
     ends = []

@@ -1,9 +1,9 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""How a phone must end when something strange stood at one of its paths.
+"""The required phone after a run with a strange file at one of its paths.
 
-Each is told from three runs on phones that have nothing strange: with the file, without it, and of the fix-ups alone.
+Each is derived from three runs on ordinary phones: with the file, without it, and of only the fix-ups.
 """
 
 import dataclasses
@@ -31,15 +31,15 @@ def part(phone, path):
 
 
 def independent(job, with_file, missing):
-    """What does not depend on the file: the same with it and without."""
+    """The files that do not depend on the file: the same with it and without."""
     taken = [name for path, names in devicePaths.TAKES_WITH_IT.items() if is_below(path, job.path)
              for name in names]
     return {name: entry for name, entry in with_file.items() if missing.get(name) == entry and name not in taken}
 
 
 def expect_original(kind, path, with_file, fixed_up, before):
-    """The link stays, and what it leads to is as the file would be; a link that is removed leaves there what it led to
-    after the fix-ups. The other name of a hard link keeps the old bytes."""
+    """The link stays, and its target is as the file would be; if the link is removed, its target is as after the
+    fix-ups. The other name of a hard link keeps the old bytes."""
     phone, canary = dict(with_file), dict(before.canary)
     if kind.name == "hard link":
         return Outcome(phone, canary)
@@ -50,7 +50,7 @@ def expect_original(kind, path, with_file, fixed_up, before):
 
 
 def expect_missing(kind, path, missing, before):
-    """A dangling link of our own leads to the new file. Another user's is the new file's place itself."""
+    """A dangling link of our own leads to the new file. The new file replaces that of another user."""
     phone, canary = dict(missing), dict(before.canary)
     made = missing.get(path)
     if kind.name == "dangling link":
@@ -67,7 +67,7 @@ def expect_missing(kind, path, missing, before):
 
 
 def compare_others(job, with_file, missing, after):
-    """What does not depend on the file is as ever."""
+    """Files that do not depend on the file are as usual."""
     expected = without(independent(job, with_file, missing), job.path)
     return comparison.differences(expected, {name: after.phone[name] for name in expected if name in after.phone})
 
@@ -77,13 +77,13 @@ def compare_part(path, before, after):
 
 
 def compare_untouched(job, path, with_file, missing, before, after):
-    """What stands at that path is as it was, and so is everything outside the phone."""
+    """The file at that path is unchanged, and so is everything outside the phone."""
     return (compare_others(job, with_file, missing, after) + compare_part(path, before, after)
             + comparison.differences(before.canary, after.canary))
 
 
 def compare_unreadable(job, with_file, missing, before, after):
-    """What cannot be read stays, or goes where the file would go. Nothing new appears for it."""
+    """An unreadable file stays, or is removed if the file would be. No new file appears for it."""
     is_removed = job.path not in with_file and not part(after.phone, job.path)
     faults = compare_others(job, with_file, missing, after) + comparison.differences(before.canary, after.canary)
     faults += [] if is_removed else compare_part(job.path, before, after)
@@ -93,7 +93,7 @@ def compare_unreadable(job, with_file, missing, before, after):
 
 
 def compare_without_permission(job, with_file, missing, before, after):
-    """The locked file is as it was, or holds what a save that reads nothing gave it, as locked as before."""
+    """The locked file is unchanged, or has the content of a save that reads nothing, with the same permissions."""
     faults = compare_unreadable(job, with_file, missing, before, after)
     saved = [with_file[path].content for path in (job.path, *copied_whole(job)) if path in with_file]
     possible = [dataclasses.replace(before.phone[job.path], content=content) for content in saved]
@@ -103,7 +103,7 @@ def compare_without_permission(job, with_file, missing, before, after):
 
 
 def copied_whole(job):
-    """A copy that cannot be read keeps the marks that are taken out of it afterwards."""
+    """A copy that cannot be read keeps the marks that are normally removed from it afterwards."""
     return [devicePaths.FACTORY_ACCOUNT] if (job.mode, job.path) == ("2", devicePaths.ACCOUNT_16) else []
 
 
@@ -118,6 +118,6 @@ def compare(job, kind, references, before, after):
     else:
         return compare_unreadable(job, with_file, missing, before, after)
     if (job.mode, job.path) == ("2", devicePaths.HAND_OVER_COPY):
-        expected.phone.pop(job.path, None)  # it is removed whatever it is
+        expected.phone.pop(job.path, None)  # it is removed in any case
     return (comparison.differences(expected.phone, after.phone)
             + comparison.differences(expected.canary, after.canary))

@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""Folders that vanish while the run goes on, or that it may not write to."""
+"""Folders that vanish during the run, or to which it must not write."""
 
 import devicePaths
 import phones
@@ -9,7 +9,7 @@ from model import comparison, fileByFile, oneStep
 
 ORDINARY_USER = ("--unshare-user", "--uid", "1000", "--gid", "1000")
 
-# The device's copy command, of all places, removes the folder: it runs in the middle of the run.
+# The device's copy command removes the folder, since it runs in the middle of the run.
 REMOVING_COPY = """#!/bin/sh
 mv {0} /config/gone 2>/dev/null
 exec /usr/bin/install -m 644 "$1" "$2"
@@ -31,7 +31,7 @@ def without(phone, *folders):
 
 
 def check_vanishing(program, phone, mode, folder):
-    """What was saved in it is lost with it; everything else is committed."""
+    """The files saved in it are lost with it; everything else is committed."""
     results = []
     ordinary, _ = end_of(program, phone, mode, folder / "phone", lambda root: None)
     for gone in ("/config/data", "/config/user/voip"):
@@ -59,7 +59,7 @@ def lock_top_with_marker(mode):
 
 
 def check_locked_top(program, phone, mode, folder):
-    """Without a place for the record each file is committed by itself; with the marker, which stays, nothing is."""
+    """Without a place for the record, each file is committed separately; with the marker, which stays, none is."""
     root = folder / "phone"
     ordinary, _ = end_of(program, phone, mode, root, lambda root: None, ORDINARY_USER)
     found, faults = end_of(program, phone, mode, root, lock_top, ORDINARY_USER)

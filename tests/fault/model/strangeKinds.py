@@ -1,9 +1,9 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""What may stand where the program expects a file of its own: how each is put there, and how the program takes it.
+"""Strange files at paths of the program: how each is created, and how the program handles it.
 
-Links lead to /canary, a folder outside the phone that everyone may write to.
+Links lead to /canary, a world-writable folder outside the phone.
 """
 
 import dataclasses
@@ -18,7 +18,7 @@ STRANGER = 12345
 
 @dataclasses.dataclass(frozen=True)
 class Place:
-    """Where it is put: a path of the machine for the phone's file, the canary's, and what the file holds."""
+    """Its place: a path of the machine for the phone's file, that of the canary, and the content of the file."""
 
     file: str
     canary: str
@@ -27,9 +27,9 @@ class Place:
 
 @dataclasses.dataclass(frozen=True)
 class Kind:
-    """`taken_as` is "original": the file, and a save replaces what the link leads to; "missing": as if nothing stood
-    there; "unreadable": as something that does not load and is not replaced; "no permission": unreadable, but a save
-    that reads nothing replaces it."""
+    """`taken_as` is "original": the file, and a save replaces the link's target; "missing": as if the path did not exist;
+    "unreadable": as a file that does not load and is not replaced; "no permission": unreadable, but a save that reads
+    nothing replaces it."""
 
     name: str
     taken_as: str
@@ -207,7 +207,7 @@ KINDS = (
 
 
 def remove(path):
-    """Whatever stands there."""
+    """Removes a file of any kind."""
     if os.path.isdir(path) and not os.path.islink(path):
         shutil.rmtree(path)
     elif os.path.lexists(path):

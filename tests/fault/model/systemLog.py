@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""A system log that the sandbox's /dev/log leads to."""
+"""A system log at the sandbox's /dev/log."""
 
 import socket
 import threading
@@ -10,8 +10,8 @@ END = b"end of the log"
 
 
 class SystemLog:
-    """Takes messages from the moment it is made; `options` brings it into the sandbox. It reads all the time: a log
-    that is not read holds few messages, and the program would wait for it."""
+    """Accepts messages from its creation on; `options` makes it available in the sandbox. It reads all the time: a log
+    that is not read has space for few messages, and the program would wait for it."""
 
     def __init__(self, folder):
         self.path = folder / "log"
@@ -29,7 +29,7 @@ class SystemLog:
             self.found.append(message)
 
     def messages(self):
-        """All of them. None is taken afterwards."""
+        """All messages. None is accepted afterwards."""
         if self.reader.is_alive():
             with socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM) as own:
                 own.sendto(END, str(self.path))

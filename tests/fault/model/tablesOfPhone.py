@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""What a phone's translation table and its list of enciphered entries name."""
+"""The content of a phone's translation table and of its list of enciphered entries."""
 
 import xml.etree.ElementTree
 

@@ -1,9 +1,9 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""The paths that the program is known by: what each mode may open on the phone, and what it may replace.
+"""The documented paths of the program: the files that each mode may open on the phone, and those that it may replace.
 
-Written by hand from the documentation, so that a trace is held against it and not the other way round.
+Written by hand from the documentation, so that a trace is compared with it and not the other way round.
 """
 
 ACCOUNTS = tuple(f"/config/user/voip/sipAccount{number}.cfg" for number in range(17))
@@ -27,7 +27,7 @@ CIPHER_KEY = "/phone/factory/certs/pwcipher.key"
 FACTORY_CERTIFICATES = "/phone/factory/certs/phoneca/"
 USER_CERTIFICATES = "/config/certs/phoneca/"
 
-# Old XML data and what is made of it; the door phones are rewritten in place.
+# Old XML data and the files made from it; the door phones are rewritten in place.
 XML_DATA = {
     "/config/data/contactData.xml": ("/config/data/contact_list.xml", "/config/data/contact_group_list.xml"),
     "/config/data/dialplan.xml": ("/config/data/DialPlan.xml",),
@@ -40,7 +40,7 @@ NEW_XML_DATA = tuple(path for paths in XML_DATA.values() for path in paths)
 KEY_LAYOUTS = ("/config/data/linekey.xml", "/config/data/programkey.xml",
                *(f"/config/data/expkey{number}.xml" for number in range(6)))
 
-# What the translation tables and entry lists of the two phones name besides the accounts.
+# The files in the translation tables and entry lists of the two phones, except the accounts.
 NAMED_BY_TABLES = (USER_INI, SYSTEM_INI, VERSION_INI)
 
 TABLE_PASS = (TABLE, USER_INI, CIPHER_KEY, *NAMED_BY_TABLES, *ACCOUNTS)
@@ -57,8 +57,8 @@ READS = {
     "fix-ups-only": FIX_UPS,
 }
 
-# What a file that cannot be read or saved takes with it besides the files that its absence changes: an unreadable
-# user.ini ends the table and the password pass where a missing one is made first, the groups are not saved without the
+# Additional effects of a file that cannot be read or saved, compared with a missing file: an unreadable
+# user.ini ends the table and the password pass where a missing one is created first, the groups are not saved without the
 # contacts, no XML data is translated without the setting that allows it, and no password enciphered without the key.
 TAKES_WITH_IT = {
     USER_INI: (SYSTEM_INI, *ACCOUNTS),
@@ -67,7 +67,7 @@ TAKES_WITH_IT = {
     CIPHER_KEY: (USER_INI, SYSTEM_INI, *ACCOUNTS),
 }
 
-# Listed, and its files given to the device's own copy, whose destinations are flushed.
+# Listed, and its files are passed to the device's own copy command, whose destinations are flushed.
 CERTIFICATE_MODES = ("all", "dev")
 
 REPLACES = {
@@ -78,21 +78,21 @@ REPLACES = {
     "2": (USER_INI, SYSTEM_INI, *ACCOUNTS, *KEY_LAYOUTS),
     "fix-ups-only": FIX_UPS,
 }
-WITH_MARKER = {"2": (HAND_OVER,)}  # brought back from its copy
+WITH_MARKER = {"2": (HAND_OVER,)}  # restored from its copy
 COPIES_TO = {"1": DIRECT_IP_FILE, "2": ACCOUNT_16}
 REMOVES = {"1": (*ACCOUNTS, HAND_OVER_COPY), "2": (DIRECT_IP_FILE, HAND_OVER_COPY)}
 
-# What belongs to the commit itself. The note is there only while certificates are copied.
+# The files of the commit itself. The note exists only while certificates are copied.
 WRITTEN_IN_PLACE = {mode: (RECORD, NOTE) if mode in CERTIFICATE_MODES else (RECORD,) for mode in READS}
 
 
 def written_by(mode):
-    """What the mode may replace or remove, the record, and the certificates' folder."""
+    """The files that the mode may replace or remove, the record, and the certificates' folder."""
     return (*REPLACES[mode], *REMOVES.get(mode, ()), RECORD, USER_CERTIFICATES)
 
 
 def folders_flushed(mode):
-    """Those in which something is replaced, removed or copied."""
+    """Those in which files are replaced, removed or copied."""
     return {path.rpartition("/")[0] for path in written_by(mode)}
 
 

@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""A real file system in an image file, that can lose its power."""
+"""A real file system in an image file, with simulated power cuts."""
 
 import dataclasses
 import os
@@ -20,7 +20,7 @@ class Kind:
     has_log: bool
 
 
-# ext4 hides a missing flush before a rename unless it is told not to.
+# ext4 hides a missing flush before a rename unless this is disabled.
 KINDS = {
     "ext4": Kind("ext4", 64 << 20, ["mkfs.ext4", "-q", "-F"], ["-o", "noauto_da_alloc"], True),
     "xfs": Kind("xfs", 320 << 20, ["mkfs.xfs", "-q", "-f"], [], True),
@@ -28,7 +28,7 @@ KINDS = {
     "ext4 without a journal": Kind("ext4", 8 << 20, ["mkfs.ext4", "-q", "-F", "-O", "^has_journal"],
                                    ["-o", "noauto_da_alloc"], False),
 }
-MOST_STATUS_OF_REPAIR = 2  # of fsck: more means that faults are left
+MOST_STATUS_OF_REPAIR = 2  # of fsck: higher values mean that faults are left
 MOST_TRIES_TO_CLAIM = 1000
 
 
@@ -37,7 +37,7 @@ def run(*command):
 
 
 class LoopDevice:
-    """Formatted and mounted as long as the `with` block lasts."""
+    """Formatted, and mounted during the `with` block."""
 
     def __init__(self, kind, scratch):
         self.kind = KINDS[kind]
@@ -71,7 +71,7 @@ class LoopDevice:
         run("sync", "--file-system", self.folder)
 
     def cut_power(self, is_log_flushed):
-        """Whatever is not on the device is gone. With the log flushed, names are there whose data is not."""
+        """Data that is not on the device is lost. With a flushed log, there are names without their data."""
         if self.kind.has_log:
             run("xfs_io", "-x", "-c", "shutdown -f" if is_log_flushed else "shutdown", self.folder)
             run("umount", self.folder)
@@ -81,7 +81,7 @@ class LoopDevice:
         self.mount()
 
     def cut_power_of_copy(self, is_flushed):
-        """Without a log there is no such command, and the image holds what is on the device."""
+        """Without a log there is no such command, and the image contains the state of the device."""
         if is_flushed:
             run("blockdev", "--flushbufs", self.device)
         content = self.image.read_bytes()
@@ -94,7 +94,7 @@ class LoopDevice:
             raise subprocess.CalledProcessError(repair.returncode, repair.args, repair.stdout, repair.stderr)
 
     def wait_until_free(self):
-        """A sandbox that began a moment ago may still hold a copy of the mount; a mount now would give it back dead."""
+        """A sandbox that began a moment ago may still hold a copy of the mount; a mount now would return the dead one."""
         for _ in range(MOST_TRIES_TO_CLAIM):
             try:
                 os.close(os.open(self.device, os.O_RDONLY | os.O_EXCL))
@@ -105,7 +105,7 @@ class LoopDevice:
 
 
 def why_not(kind, scratch):
-    """Why there is no such file system here; an empty text when there is one."""
+    """Why there is no such file system here; an empty text if there is one."""
     for tool in ("losetup", "xfs_io", KINDS[kind].format[0]):
         if shutil.which(tool) is None:
             return f"{tool} is not installed"

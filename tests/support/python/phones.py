@@ -3,7 +3,7 @@
 
 """Phones in folders, and the real program run on them in a bubblewrap sandbox.
 
-The counterpart of tests/support/phoneImage for what runs the program thousands of times, or under strace.
+The counterpart of tests/support/phoneImage for tests that run the program thousands of times, or under strace.
 """
 
 import dataclasses
@@ -21,7 +21,7 @@ TREES = ("config", "phone", "tmp")
 
 @dataclasses.dataclass(frozen=True)
 class Entry:
-    """One name of a phone: what it is, who may use it, and what it holds (bytes, or where a link leads)."""
+    """One directory entry of a phone: its kind, permissions, owner, and content (bytes, or a link's target)."""
 
     kind: str
     mode: int
@@ -30,7 +30,7 @@ class Entry:
 
 
 def make_phone(name, root):
-    """Copies the phone of that name to the folder, which is made afresh."""
+    """Copies the phone of that name to the folder, which is created again."""
     root = pathlib.Path(root)
     if root.exists():
         shutil.rmtree(root)
@@ -79,13 +79,13 @@ def system_folders():
 
 
 def sandbox(*options):
-    """The beginning of a command that then runs with the system's own folders and what these options of bwrap add."""
+    """The beginning of a command that then runs with the system's own folders and these options of bwrap."""
     return ["bwrap", "--unshare-pid", "--die-with-parent", "--tmpfs", "/", *system_folders(), "--proc", "/proc", "--dev",
             "/dev", *options, "--"]
 
 
 def command(program, root, arguments, wrapper=(), options=()):
-    """The command that runs the program as process 1 of a sandbox on the phone; `wrapper` goes in front of it."""
+    """The command that runs the program as process 1 of a sandbox on the phone; `wrapper` precedes it."""
     binds = ["--ro-bind", str(program), "/kestrune"]
     for tree in TREES:
         binds += ["--bind", f"{root}/{tree}", f"/{tree}"]
@@ -94,7 +94,7 @@ def command(program, root, arguments, wrapper=(), options=()):
 
 
 def run(program, root, mode, wrapper=(), options=(), environment=None, timeout=60):
-    """Runs a mode to its end, whichever that is; the result has the exit status, and what was written to both outputs."""
+    """Runs a mode to its end, of any kind; the result has the exit status and both outputs."""
     variables = {"PATH": "/usr/bin:/bin"}
     variables.update(environment or {})
     return subprocess.run(command(program, root, [mode], wrapper, options), env=variables, stdin=subprocess.DEVNULL,
@@ -102,7 +102,7 @@ def run(program, root, mode, wrapper=(), options=(), environment=None, timeout=6
 
 
 def make_from(entries, root):
-    """Makes a phone of the names that a snapshot lists. Owners are given where we may give them."""
+    """Creates a phone from a snapshot. Owners are set if we can set them."""
     root = pathlib.Path(root)
     if root.exists():
         shutil.rmtree(root)

@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""What the proofs have in common: their command line, their workers, and the end that they come to.
+"""Shared code of the proofs: their command line, their workers, and their exit status.
 
 By hand: PYTHONPATH=tests/support/python python3 tests/fault/kill_test.py --program build/host/app/kestrune/kestrune
 """
@@ -25,7 +25,7 @@ MOST_FAULTS_TOLD = 40
 
 
 def parse_arguments(description, more_modes=()):
-    """`more_modes`: what the proof can do besides the modes."""
+    """`more_modes`: additional words that the proof accepts as modes."""
     modes = phones.MODES + more_modes
     parser = argparse.ArgumentParser(description=description)
     parser.add_argument("--program", required=True, type=pathlib.Path)
@@ -57,12 +57,12 @@ def skip_without_sandbox(with_strace=True):
 
 
 def scratch_folder():
-    """In memory where there is such a place: thousands of phones are made, and none of them needs a device."""
+    """In memory if possible: thousands of phones are created, and none of them needs a device."""
     memory = "/dev/shm"
     return tempfile.TemporaryDirectory(prefix="kestrune-", dir=memory if os.access(memory, os.W_OK) else None)
 
 
-work = None  # what the workers do: they are forks, and find it here with all that it has
+work = None  # the workers' function: they are forks, and inherit it with its data
 
 
 def do_work(job):
@@ -70,7 +70,7 @@ def do_work(job):
 
 
 def in_parallel(function, jobs, at_once=JOBS_AT_ONCE):
-    """The results in order. Each worker keeps its own copy of what `function` remembers."""
+    """The results in order. Each worker has its own copy of the state of `function`."""
     global work
     work = function
     with concurrent.futures.ProcessPoolExecutor(WORKERS, multiprocessing.get_context("fork")) as workers:
@@ -78,7 +78,7 @@ def in_parallel(function, jobs, at_once=JOBS_AT_ONCE):
 
 
 def end(name, faults, figures):
-    """Tells what was lost, then the figures; gives the exit status."""
+    """Prints the faults, then the figures; returns the exit status."""
     for fault in faults[:MOST_FAULTS_TOLD]:
         print(fault)
     if len(faults) > MOST_FAULTS_TOLD:

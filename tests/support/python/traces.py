@@ -10,7 +10,7 @@ import phones
 
 CALLS = "open,openat,unlink,unlinkat,write,fchmod,fchown,fsync,rename,renameat,utimensat,wait4,exit_group"
 
-# The process, the call, its arguments and its result, as "strace -f" writes them when no line is split.
+# The process, the call, its arguments and its result, as "strace -f" writes them if no line is split.
 LINE = re.compile(rb"^(\d+) +(\w+)\((.*)\) += (-?\d+|\?)(.*)$")
 QUOTED = re.compile(rb'"((?:[^"\\]|\\.)*)"')
 
@@ -51,7 +51,7 @@ def parse(record):
 
 
 def beginning_of_main(calls):
-    """The first thing that the program does is to look whether its standard input is open."""
+    """The program first checks whether its standard input is open."""
     return next(place for place, call in enumerate(calls) if call.name == "fcntl")
 
 
@@ -61,14 +61,14 @@ def wrapper(options, folder="/trace"):
 
 
 def record(program, root, mode, scratch, options=("-y", "-xx", "-s", "1000000")):
-    """Runs the mode undisturbed under strace; gives its result and its calls."""
+    """Runs the mode undisturbed under strace; returns its result and its calls."""
     scratch.mkdir(exist_ok=True)
     result = phones.run(program, root, mode, wrapper(list(options)), ["--bind", str(scratch), "/trace"])
     return result, parse((scratch / "record").read_bytes())
 
 
 def record_own(program, root, mode, scratch, options=()):
-    """The same of the program's own calls alone, those before main() included: its children are the device's own shell
+    """The same, only of the program's own calls, including those before main(): its children are the device's own shell
     and copy command. `options` are those of the sandbox."""
     scratch.mkdir(exist_ok=True)
     tracer = ["strace", "-D", "-y", "-xx", "-s", "4096", "-o", "/trace/record"]
