@@ -242,7 +242,7 @@ class Disk:
     def append(self, call, descriptor, data):
         open_file = self.open_files.get((call.process, descriptor))
         if open_file is None:
-            raise UnknownCall(f"{call.name} to a file that nobody opened: {paths_of(call)}")
+            raise UnknownCall(f"{call.name} to a file that was not opened: {paths_of(call)}")
         inode, offset = open_file
         open_file[1] = offset + len(data)
         return self.change_inode(inode, Write(offset, data))

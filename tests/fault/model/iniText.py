@@ -100,7 +100,7 @@ def why_not_edited(base, found, allowed):
         possible = set(before.get(name, ())) | allowed.get(name, set())
         wrong = [value for value in values if value not in possible]
         if wrong:
-            return f"{shown(name)} holds {wrong[0]!r}, which nobody wrote"
+            return f"{shown(name)} contains {wrong[0]!r}, which no run wrote"
         if len(values) > len(before.get(name, [b""])):
             return f"{shown(name)} is there {len(values)} times"
     return ""
