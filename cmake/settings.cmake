@@ -87,5 +87,6 @@ target_compile_options(
               -Wold-style-cast
               -Woverloaded-virtual
               -Wnon-virtual-dtor
-              -Wundef
-              -Werror)
+              -Wundef)
+target_compile_options(kestrune-warnings
+                       INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wduplicated-cond;-Wduplicated-branches;-Wlogical-op>)
