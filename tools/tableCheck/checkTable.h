@@ -7,14 +7,13 @@
 
 #include "finding.h"
 
-/// What is looked at. Empty paths: without it.
+/// The paths of what is checked.
 struct TableCheckInput {
     std::string table;
-    std::string image;     ///< folder of a phone
-    std::string entryList; ///< in place of the image's own
+    std::string image;     ///< folder of a phone; empty: no image
+    std::string entryList; ///< empty: the image's own, if there is an image
 };
 
-/// @param findings  gets what the rules find, by line
-/// @param problem   gets what keeps the check from being made
-/// @return false when the check cannot be made: the image cannot be looked into, or the list does not load
-bool CheckTable(const TableCheckInput& input, Findings& findings, std::string& problem);
+/// @return what the rules find, by line. Throws `ToolError` when nothing can be checked: the table cannot be read, the image
+///         is not a folder, or the list does not load.
+Findings CheckTable(const TableCheckInput& input);

@@ -8,7 +8,8 @@
 #include <iostream>
 
 #include "checkTable.h"
-#include "quotedText.h"
+#include "phoneImage/printable.h"
+#include "phoneImage/toolError.h"
 #include "report.h"
 #include "rules.h"
 
@@ -49,10 +50,8 @@ void Describe(CLI::App& app, Options& options)
 int Explain(const std::string& number)
 {
     const Rule* rule = FindRule(number);
-    if (rule == nullptr) {
-        std::cerr << "kestrune-table-check: there is no rule " << QuotedText(number) << '\n';
-        return kNotChecked;
-    }
+    if (rule == nullptr)
+        throw ToolError("there is no rule \"" + number + '"');
     std::cout << Explanation(*rule);
     return 0;
 }
@@ -73,18 +72,11 @@ Severity SeverityNamed(const std::string& name)
 
 int Check(const Options& options)
 {
-    Findings findings;
-    std::string problem;
-    if (!CheckTable(options.input, findings, problem)) {
-        std::cerr << "kestrune-table-check: " << problem << '\n';
-        return kNotChecked;
-    }
+    Findings findings = CheckTable(options.input);
     KeepFrom(SeverityNamed(options.least), findings);
     std::cout << Report(options, findings) << std::flush;
-    if (!std::cout) {
-        std::cerr << "kestrune-table-check: the report cannot be written\n";
-        return kNotChecked;
-    }
+    if (!std::cout)
+        throw ToolError("the report cannot be written");
     return ExitStatus(findings);
 }
 
@@ -104,10 +96,8 @@ int Run(int argumentCount, char** arguments)
     }
     if (!options.explained.empty())
         return Explain(options.explained);
-    if (options.input.table.empty()) {
-        std::cerr << "kestrune-table-check: TABLE is required; --help tells more\n";
-        return kNotChecked;
-    }
+    if (options.input.table.empty())
+        throw ToolError("TABLE is required, see --help");
     return Check(options);
 }
 
@@ -118,7 +108,7 @@ int main(int argumentCount, char** arguments)
     try {
         return Run(argumentCount, arguments);
     } catch (const std::exception& error) {
-        std::cerr << "kestrune-table-check: " << error.what() << '\n';
+        std::cerr << "kestrune-table-check: " << Printable(error.what()) << '\n';
         return kNotChecked;
     }
 }

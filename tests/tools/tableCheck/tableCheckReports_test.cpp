@@ -3,6 +3,7 @@
 
 // Whole runs of kestrune-table-check: what it prints, and its exit status.
 
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
@@ -126,16 +127,18 @@ TEST(TableCheckReports, ControlBytesOfATableAreEscaped)
 
 TEST(TableCheckReports, ControlBytesOfAPathAreEscaped)
 {
-    const std::string path = "no\x1b[31m\n::error::\xff,:%";
+    const ScratchFolder folder;
+    const std::string path = folder.Path("no\x1b[31m\n::error::\xff,:%");
+    WriteBytes(path, "");
     EXPECT_EQ(RunTableCheck({path}).output,
-              "no\\x1b[31m\\x0a::error::\\xff,:%:1: error: the table does not load, and no value is moved: Failed to "
-              "open file [KT001]\n");
+              folder.Path("no\\x1b[31m\\x0a::error::\\xff,:%") +
+                  ":1: error: the table does not load, and no value is moved: Error document empty. [KT001]\n");
     EXPECT_EQ(RunTableCheck({"--format=github", path}).output,
-              "::error file=no\\x1b[31m\\x0a%3A%3Aerror%3A%3A\\xff%2C%3A%25,line=1,title=KT001::the table does not "
-              "load, and no value is moved: Failed to open file\n");
+              "::error file=" + folder.Path("no\\x1b[31m\\x0a%3A%3Aerror%3A%3A\\xff%2C%3A%25") +
+                  ",line=1,title=KT001::the table does not load, and no value is moved: Error document empty.\n");
     const std::string json = RunTableCheck({"--format=json", path}).output;
     EXPECT_EQ(json.find('\x1b'), std::string::npos);
-    EXPECT_NE(json.find(R"("table": "no\u001b[31m\n::error::\ufffd,:%")"), std::string::npos) << json;
+    EXPECT_NE(json.find(R"(/no\u001b[31m\n::error::\ufffd,:%")"), std::string::npos) << json;
 }
 
 TEST(TableCheckReports, TheWorstFindingMakesTheExitStatus)
@@ -155,8 +158,6 @@ TEST(TableCheckReports, TheWorstFindingMakesTheExitStatus)
         {{"rules/KT025.fires.xml"}, 0}, // without the phone
         {{"--severity", "error", "rules/KT010.fires.xml"}, 0},
         {{"--severity", "warning", "rules/KT010.fires.xml"}, 1},
-        {{"none.xml"}, 2},
-        {{"phone"}, 2},
     };
     for (const Row& row : rows) {
         const ProcessResult result = RunTableCheck(row.arguments);
@@ -169,6 +170,9 @@ TEST(TableCheckReports, WhatCannotBeCheckedHasAStatusOfItsOwn)
 {
     const std::vector<std::string> rows[] = {
         {},
+        {"none.xml"},
+        {"phone"}, // a folder
+        {"reports.xml/table.xml"},
         {"--root", "none", "reports.xml"},
         {"--root", "", "reports.xml"}, // a variable that is not set must not pass for a checked image
         {"--root", "reports.xml", "reports.xml"},
@@ -187,6 +191,17 @@ TEST(TableCheckReports, WhatCannotBeCheckedHasAStatusOfItsOwn)
         EXPECT_EQ(result.output, "");
         EXPECT_NE(result.errors, "");
     }
+}
+
+TEST(TableCheckReports, ATableWithoutReadPermissionCannotBeRead)
+{
+    const ScratchFolder folder;
+    const std::string table = folder.Path("table.xml");
+    WriteBytes(table, "<t/>");
+    std::filesystem::permissions(table, std::filesystem::perms::none);
+    const ProcessResult result = RunTableCheckWithoutPrivileges({table});
+    EXPECT_EQ(result.errors, "kestrune-table-check: the table cannot be read: " + table + ": Permission denied\n");
+    EXPECT_EQ(result.exitStatus, 3);
 }
 
 TEST(TableCheckReports, ANoteCanBeLeftOut)

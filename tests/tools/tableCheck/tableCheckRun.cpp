@@ -3,11 +3,30 @@
 
 #include "tableCheckRun.h"
 
-ProcessResult RunTableCheck(const std::vector<std::string>& arguments)
+#include <unistd.h>
+
+namespace
 {
-    std::vector<std::string> command = {"env", "--chdir=" + SourcePath("tests/tools/tableCheck"), KESTRUNE_TABLE_CHECK};
+
+ProcessResult RunWith(std::vector<std::string> command, const std::vector<std::string>& arguments)
+{
+    command.insert(command.end(), {"env", "--chdir=" + SourcePath("tests/tools/tableCheck"), KESTRUNE_TABLE_CHECK});
     command.insert(command.end(), arguments.begin(), arguments.end());
     return RunProcess(command, {"PATH=/usr/bin:/bin"});
+}
+
+} // namespace
+
+ProcessResult RunTableCheck(const std::vector<std::string>& arguments)
+{
+    return RunWith({}, arguments);
+}
+
+ProcessResult RunTableCheckWithoutPrivileges(const std::vector<std::string>& arguments)
+{
+    if (geteuid() != 0)
+        return RunTableCheck(arguments);
+    return RunWith({"setpriv", "--bounding-set=-dac_override,-dac_read_search"}, arguments);
 }
 
 std::string TableCheckFolder()

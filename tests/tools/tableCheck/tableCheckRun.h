@@ -12,6 +12,9 @@
 /// Runs the tool itself in its folder of test files, so that tables are named by short paths.
 ProcessResult RunTableCheck(const std::vector<std::string>& arguments);
 
+/// The same without root's right to read any file, in case root runs the tests.
+ProcessResult RunTableCheckWithoutPrivileges(const std::vector<std::string>& arguments);
+
 /// @return the folder that holds the tool
 std::string TableCheckFolder();
 

@@ -11,6 +11,7 @@
 #include <regex>
 
 #include "checkTable.h"
+#include "phoneImage/toolError.h"
 #include "report.h"
 #include "scratchFolder.h"
 #include "tableCheckRun.h"
@@ -28,10 +29,7 @@ std::string TablePath(const Rule& rule, const std::string& kind)
 
 Findings Check(const std::string& table, const std::string& image = SourcePath(kPhone))
 {
-    Findings findings;
-    std::string problem;
-    EXPECT_TRUE(CheckTable({table, image, ""}, findings, problem)) << problem;
-    return findings;
+    return CheckTable({table, image, ""});
 }
 
 /// Checks a table that stands in a test.
@@ -216,13 +214,8 @@ TEST(TableRules, TheKeyOfTheImageTellsWhatIsEnciphered)
 TEST(TableRules, WithoutTheImageThatWasAskedForNothingIsChecked)
 {
     const std::string table = TablePath(*FindRule("KT005"), "fires");
-    for (const std::string& image : {SourcePath("none"), table}) {
-        Findings findings;
-        std::string problem;
-        EXPECT_FALSE(CheckTable({table, image, ""}, findings, problem));
-        EXPECT_EQ(problem, "the image is no folder that can be looked into: " + image);
-        EXPECT_EQ(Summary(findings), "nothing");
-    }
+    EXPECT_THROW(Check(table, SourcePath("none")), ToolError);
+    EXPECT_THROW(Check(table, table), ToolError);
 }
 
 TEST(TableRules, TheImageIsNeverChanged)
