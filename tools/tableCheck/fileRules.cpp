@@ -9,6 +9,7 @@
 #include <string_view>
 #include <tinyxml.h>
 
+#include "phoneImage/printable.h"
 #include "pugiXmlFile.h"
 #include "quotedText.h"
 #include "translateConfigTable.h"
@@ -82,7 +83,7 @@ Finding ExplainLoadFailure(const TiXmlDocument& document, const std::string& pat
         if (!name.empty())
             return {"KT003", line, "attribute " + QuotedText(name) + " is given twice: the table does not load"};
     }
-    return {"KT001", line, "the table does not load, and no value is moved: " + EscapedText(errorDesc)};
+    return {"KT001", line, "the table does not load, and no value is moved: " + Printable(errorDesc)};
 }
 
 void CheckFile(const TiXmlDocument& table, Findings& findings)

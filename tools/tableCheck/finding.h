@@ -11,7 +11,7 @@
 struct Finding {
     std::string_view rule; ///< its number, as in `kRules`
     int line;              ///< from 1
-    std::string text;      ///< one line of printable ASCII
+    std::string text;      ///< one line of printable UTF-8
 };
 
 using Findings = std::vector<Finding>;

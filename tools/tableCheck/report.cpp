@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
-#include "quotedText.h"
+#include "phoneImage/printable.h"
 
 namespace
 {
@@ -84,7 +84,7 @@ std::string TextReport(const std::string& path, const Findings& findings)
 {
     std::string report;
     for (const Finding& finding : findings) {
-        report.append(EscapedText(path)).append(":").append(std::to_string(finding.line)).append(": ");
+        report.append(Printable(path)).append(":").append(std::to_string(finding.line)).append(": ");
         report.append(SeverityName(SeverityOf(finding))).append(": ").append(finding.text);
         report.append(" [").append(finding.rule).append("]\n");
     }
@@ -113,7 +113,7 @@ std::string GithubReport(const std::string& path, const Findings& findings)
     std::string report;
     for (const Finding& finding : findings) {
         report.append("::").append(GithubCommand(SeverityOf(finding)));
-        report.append(" file=").append(EscapedProperty(EscapedText(path)));
+        report.append(" file=").append(EscapedProperty(Printable(path)));
         report.append(",line=").append(std::to_string(finding.line)).append(",title=").append(finding.rule);
         report.append("::").append(EscapedMessage(finding.text)) += '\n';
     }

@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <tinyxml.h>
 
-#include "quotedText.h"
+#include "phoneImage/printable.h"
 #include "translateConfigTable.h"
 
 Place MakePlace(const std::string& file, const std::string& section, const std::string& key)
@@ -53,5 +53,5 @@ int AttributeLine(const TiXmlElement& element, std::string_view name)
 
 std::string Describe(const Place& place)
 {
-    return EscapedText("[" + place.section + "] " + place.key + " of " + place.file);
+    return Printable("[" + place.section + "] " + place.key + " of " + place.file);
 }

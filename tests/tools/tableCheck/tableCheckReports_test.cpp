@@ -111,9 +111,9 @@ TEST(TableCheckReports, JsonOfACleanTableHasNoFindings)
 
 TEST(TableCheckReports, ControlBytesOfATableAreEscaped)
 {
-    const std::string name = "attribute \"comment\\xe2\\x80\\xae\\xc2\\x9b2J\" is unknown and counts for nothing";
+    const std::string name = "attribute \"comment\\u202e\\x9b2J\" is unknown and counts for nothing";
     const std::string flag =
-        "dstEncrypt=\"\\x1b]0;title\\x07\\\\\\x0a::error::\\x7f\" is no boolean: the attribute counts as absent";
+        "dstEncrypt=\"\\x1b]0;title\\x07\\n::error::\\x7f\" is no boolean: the attribute counts as absent";
     EXPECT_EQ(RunTableCheck({"control-bytes.xml"}).output, "control-bytes.xml:3: warning: " + name +
                                                                " [KT004]\ncontrol-bytes.xml:3: warning: " + flag +
                                                                " [KT007]\n");
@@ -131,14 +131,25 @@ TEST(TableCheckReports, ControlBytesOfAPathAreEscaped)
     const std::string path = folder.Path("no\x1b[31m\n::error::\xff,:%");
     WriteBytes(path, "");
     EXPECT_EQ(RunTableCheck({path}).output,
-              folder.Path("no\\x1b[31m\\x0a::error::\\xff,:%") +
+              folder.Path("no\\x1b[31m\\n::error::\\xff,:%") +
                   ":1: error: the table does not load, and no value is moved: Error document empty. [KT001]\n");
     EXPECT_EQ(RunTableCheck({"--format=github", path}).output,
-              "::error file=" + folder.Path("no\\x1b[31m\\x0a%3A%3Aerror%3A%3A\\xff%2C%3A%25") +
+              "::error file=" + folder.Path("no\\x1b[31m\\n%3A%3Aerror%3A%3A\\xff%2C%3A%25") +
                   ",line=1,title=KT001::the table does not load, and no value is moved: Error document empty.\n");
     const std::string json = RunTableCheck({"--format=json", path}).output;
     EXPECT_EQ(json.find('\x1b'), std::string::npos);
     EXPECT_NE(json.find(R"(/no\u001b[31m\n::error::\ufffd,:%")"), std::string::npos) << json;
+}
+
+TEST(TableCheckReports, LettersOutsideAsciiAreShownAsTheyAre)
+{
+    const ScratchFolder folder;
+    const std::string path = folder.Path("tëst/Größe.xml");
+    WriteBytes(path, "<t><r srcFile='/config/a.ini' srcSec='S' srcKey='K' dstKey='L' größe='1'/></t>");
+    const std::string text = "attribute \"größe\" is unknown and counts for nothing";
+    EXPECT_EQ(RunTableCheck({path}).output, path + ":1: warning: " + text + " [KT004]\n");
+    EXPECT_EQ(RunTableCheck({"--format=github", path}).output,
+              "::warning file=" + path + ",line=1,title=KT004::" + text + "\n");
 }
 
 TEST(TableCheckReports, TheWorstFindingMakesTheExitStatus)
