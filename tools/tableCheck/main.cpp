@@ -67,7 +67,9 @@ std::string Report(const Options& options, const Findings& findings)
 
 Severity SeverityNamed(const std::string& name)
 {
-    return name == "error" ? Severity::Error : name == "warning" ? Severity::Warning : Severity::Note;
+    if (name == "error")
+        return Severity::Error;
+    return name == "warning" ? Severity::Warning : Severity::Note;
 }
 
 int Check(const Options& options)

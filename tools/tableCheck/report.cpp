@@ -16,35 +16,19 @@ Severity SeverityOf(const Finding& finding)
     return FindRule(finding.rule)->severity; // every finding bears the number of a rule
 }
 
-/// What a value of a workflow command's property must not hold.
-std::string EscapedProperty(std::string_view text)
+/// @param reserved  characters that a workflow command needs for itself
+/// @return the text with "%NN" for each of them
+std::string PercentEncoded(std::string_view text, std::string_view reserved)
 {
-    std::string escaped;
+    constexpr char kDigits[] = "0123456789ABCDEF";
+    std::string encoded;
     for (const char character : text) {
-        switch (character) {
-        case '%':
-            escaped += "%25";
-            break;
-        case ':':
-            escaped += "%3A";
-            break;
-        case ',':
-            escaped += "%2C";
-            break;
-        default:
-            escaped += character;
-        }
+        if (reserved.find(character) == std::string_view::npos)
+            encoded += character;
+        else
+            encoded.append({'%', kDigits[character / 16], kDigits[character % 16]});
     }
-    return escaped;
-}
-
-/// A finding's text is one line of printable characters already.
-std::string EscapedMessage(std::string_view text)
-{
-    std::string escaped;
-    for (const char character : text)
-        character == '%' ? escaped += "%25" : escaped += character;
-    return escaped;
+    return encoded;
 }
 
 std::string_view GithubCommand(Severity severity)
@@ -58,11 +42,17 @@ Tally Count(const Findings& findings)
 {
     Tally tally;
     for (const Finding& finding : findings) {
-        const Severity severity = SeverityOf(finding);
-        int& count = severity == Severity::Error     ? tally.errors
-                     : severity == Severity::Warning ? tally.warnings
-                                                     : tally.notes;
-        ++count;
+        switch (SeverityOf(finding)) {
+        case Severity::Error:
+            ++tally.errors;
+            break;
+        case Severity::Warning:
+            ++tally.warnings;
+            break;
+        case Severity::Note:
+            ++tally.notes;
+            break;
+        }
     }
     return tally;
 }
@@ -70,7 +60,9 @@ Tally Count(const Findings& findings)
 int ExitStatus(const Findings& findings)
 {
     const Tally tally = Count(findings);
-    return tally.errors != 0 ? 2 : tally.warnings != 0 ? 1 : 0;
+    if (tally.errors != 0)
+        return 2;
+    return tally.warnings != 0 ? 1 : 0;
 }
 
 void KeepFrom(Severity least, Findings& findings)
@@ -113,9 +105,9 @@ std::string GithubReport(const std::string& path, const Findings& findings)
     std::string report;
     for (const Finding& finding : findings) {
         report.append("::").append(GithubCommand(SeverityOf(finding)));
-        report.append(" file=").append(EscapedProperty(Printable(path)));
+        report.append(" file=").append(PercentEncoded(Printable(path), "%:,"));
         report.append(",line=").append(std::to_string(finding.line)).append(",title=").append(finding.rule);
-        report.append("::").append(EscapedMessage(finding.text)) += '\n';
+        report.append("::").append(PercentEncoded(finding.text, "%")) += '\n';
     }
     return report;
 }

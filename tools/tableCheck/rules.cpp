@@ -92,13 +92,11 @@ const std::vector<Rule>& Rules()
         {"KT016", Severity::Warning, "Path leads out of the configuration",
          "The program reads and writes any path. Settings live below /config; the program's other sources are below "
          "/phone (the firmware) and /tmp (handed over during the upgrade). What is written elsewhere is no setting, "
-         "and "
-         "is lost or harms the firmware.",
+         "and is lost or harms the firmware.",
          "Write to files below /config, and read from files below /config, /phone or /tmp."},
         {"KT017", Severity::Error, "Name that the store refuses",
          "A section name must not be empty or hold \"]\" or a line break. A key name must not be empty, hold \"=\" or "
-         "a "
-         "line break, have blanks at its ends or start with \"[\", \";\" or \"#\". A destination of such a name is not "
+         "a line break, have blanks at its ends or start with \"[\", \";\" or \"#\". A destination of such a name is not "
          "written at all. A source of such a name is in no file that the program wrote: its value is empty, and the "
          "destination is emptied.",
          "Correct the name."},
