@@ -96,7 +96,8 @@ const std::vector<Rule>& Rules()
          "Write to files below /config, and read from files below /config, /phone or /tmp."},
         {"KT017", Severity::Error, "Name that the store refuses",
          "A section name must not be empty or hold \"]\" or a line break. A key name must not be empty, hold \"=\" or "
-         "a line break, have blanks at its ends or start with \"[\", \";\" or \"#\". A destination of such a name is not "
+         "a line break, have blanks at its ends or start with \"[\", \";\" or \"#\". A destination of such a name is "
+         "not "
          "written at all. A source of such a name is in no file that the program wrote: its value is empty, and the "
          "destination is emptied.",
          "Correct the name."},

@@ -151,6 +151,24 @@ TEST(TableRules, PathsOfOneFileAreOneDestination)
     EXPECT_EQ(SummaryOf("<t>\n" + one + other + "</t>"), "KT010 at 3");
 }
 
+TEST(TableRules, OfSeveralWritersTheLastIsNamed)
+{
+    const std::string record = "<record srcFile='/config/a.ini' srcSec='S' srcKey='K' dstKey='L'/>\n";
+    const ScratchFolder folder;
+    WriteBytes(folder.Path("t"), "<t>\n" + record + record + record + "</t>");
+    const Findings findings = Check(folder.Path("t"), /*image=*/"");
+    ASSERT_EQ(Summary(findings), "KT010 at 3, KT010 at 4");
+    EXPECT_NE(findings.back().text.find("line 3"), std::string::npos) << findings.back().text;
+}
+
+TEST(TableRules, ASuppressionWithinARecordSuppressesNothing)
+{
+    const std::string record = "<record srcFile='/config/a.ini' srcSec='S' srcKey='K'>\n"
+                               "<!-- kestrune-table-check: ignore KT020 -->\n"
+                               "</record>\n";
+    EXPECT_EQ(SummaryOf("<t>\n" + record + "</t>"), "KT020 at 2, KT021 at 3");
+}
+
 TEST(TableRules, LimitsOfTheLoaderAreThoseOfTheProgram)
 {
     std::string records;
