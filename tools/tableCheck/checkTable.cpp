@@ -13,7 +13,7 @@
 #include <unistd.h>
 
 #include "attributeRules.h"
-#include "configMapper.h"
+#include "entryList.h"
 #include "entryListRules.h"
 #include "fileRules.h"
 #include "imageRules.h"
@@ -21,21 +21,22 @@
 #include "phoneImage/phoneFolder.h"
 #include "phoneImage/toolError.h"
 #include "placeRules.h"
+#include "secretRules.h"
 #include "suppressions.h"
+#include "tableRecord.h"
 #include "translateConfigTable.h"
 #include "xmlFile.h"
 
 namespace
 {
 
-/// The image's list when no other is given; a phone need not have one.
-void LoadEntryList(const TableCheckInput& input, const PhoneFolder* phone, EntryListRules& rules)
+/// @return the list that was given, else the image's, else nothing: a phone need not have one
+std::optional<EntryList> FindEntryList(const TableCheckInput& input, const PhoneFolder* phone)
 {
     std::string path = input.entryList;
     if (path.empty() && phone != nullptr)
         path = phone->Find("/phone/resource/encryptconfig.xml").value_or("");
-    if (!path.empty() && !rules.Load(path))
-        throw ToolError("the list of enciphered entries does not load: " + path);
+    return path.empty() ? std::nullopt : std::optional(ReadEntryList(path));
 }
 
 /// The program's loader does not distinguish a file that it cannot read from one that it refuses.
@@ -50,21 +51,33 @@ void RequireReadable(const std::string& path)
         throw ToolError("the table cannot be read: " + path + ": " + error.message());
 }
 
-void CheckRecords(const TiXmlDocument& table, const EntryListRules& entryList, ImageRules* image, Findings& findings)
+std::vector<TableRecord> ReadRecords(const TiXmlDocument& table)
 {
-    OrderRules order;
+    std::vector<TableRecord> records;
     for (const TiXmlElement* element = FirstTableRecord(table); element != nullptr;
-         element = element->NextSiblingElement()) {
-        const TableRecord record = ReadTableRecord(*element);
+         element = element->NextSiblingElement())
+        records.push_back(ReadTableRecord(*element));
+    return records;
+}
+
+/// @param list, image  null: without it
+void CheckRecords(const TiXmlDocument& table, const EntryList* list, ImageRules* image, Findings& findings)
+{
+    const std::vector<TableRecord> records = ReadRecords(table);
+    const SecretRules secrets(records, list);
+    OrderRules order;
+    for (const TableRecord& record : records) {
         Findings found;
-        CheckAttributes(*element, found);
+        CheckAttributes(*record.element, found);
         CheckPlaces(record, found);
         order.Check(record, found);
-        entryList.Check(record, found);
+        if (list != nullptr)
+            CheckEntryList(record, *list, found);
+        secrets.Check(record, found);
         if (image != nullptr)
             image->Check(record, found);
 
-        const std::set<std::string> suppressed = SuppressedRules(*element);
+        const std::set<std::string> suppressed = SuppressedRules(*record.element);
         std::copy_if(found.begin(), found.end(), std::back_inserter(findings),
                      [&](const Finding& finding) { return suppressed.count(std::string(finding.rule)) == 0; });
     }
@@ -77,8 +90,7 @@ Findings CheckTable(const TableCheckInput& input)
     std::optional<PhoneFolder> phone;
     if (!input.image.empty() && !phone.emplace(input.image).IsOpen())
         throw ToolError("the image is not a folder that can be opened: " + input.image);
-    EntryListRules entryList;
-    LoadEntryList(input, phone ? &*phone : nullptr, entryList);
+    const std::optional<EntryList> list = FindEntryList(input, phone ? &*phone : nullptr);
 
     RequireReadable(input.table);
     TiXmlDocument table;
@@ -89,7 +101,7 @@ Findings CheckTable(const TableCheckInput& input)
     CheckFile(table, findings);
     CheckSuppressions(table, findings);
     const auto image = phone ? std::make_unique<ImageRules>(*phone) : nullptr;
-    CheckRecords(table, entryList, image.get(), findings);
+    CheckRecords(table, list ? &*list : nullptr, image.get(), findings);
     std::stable_sort(findings.begin(), findings.end(), [](const Finding& one, const Finding& two) {
         return std::tie(one.line, one.rule) < std::tie(two.line, two.rule);
     });

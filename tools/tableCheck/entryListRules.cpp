@@ -3,31 +3,9 @@
 
 #include "entryListRules.h"
 
-#include "configMapper.h"
-#include "phoneFacts.h"
-#include "transPasswordFile.h"
-
-bool EntryListRules::Load(const std::string& path)
+void CheckEntryList(const TableRecord& record, const EntryList& list, Findings& findings)
 {
-    CConfigMapper mapper(path.c_str());
-    std::list<CIniConfigInfo*> entries;
-    isLoaded_ = mapper.GetAllEncryptConfig(entries) != 0;
-    for (const CIniConfigInfo* entry : entries) {
-        if (!entry->active)
-            continue;
-        if (!entry->perAccount)
-            entries_.insert(MakePlace(entry->filePath, entry->section, entry->key));
-        for (int number = 0; entry->perAccount && number < kConvertedAccounts; ++number)
-            entries_.insert(MakePlace(AccountFilePath(number), entry->section, entry->key));
-    }
-    return isLoaded_;
-}
-
-void EntryListRules::Check(const TableRecord& record, Findings& findings) const
-{
-    if (!isLoaded_)
-        return;
-    const bool isListed = entries_.count(record.destination) != 0;
+    const bool isListed = list.converted.count(record.destination) != 0;
     if (isListed && !record.isEnciphered)
         findings.push_back(
             {"KT013", record.Line(),

@@ -3,6 +3,7 @@
 
 #include "imageRules.h"
 
+#include <algorithm>
 #include <tinyxml.h>
 
 #include "passwordCipher.h"
@@ -46,6 +47,8 @@ void ImageRules::Check(const TableRecord& record, Findings& findings)
         return;
     }
     const bool isLost = record.isEnciphered && IsLostToCipher(record, value, findings);
+    if (!record.isEnciphered)
+        CheckStaysEnciphered(record, value, findings);
     Write(record, value, isLost, findings);
 }
 
@@ -67,6 +70,19 @@ std::string ImageRules::ReadSource(const TableRecord& record, Findings& findings
             {"KT024", record.Line(),
              "the image has no key " + Describe(from) + ": " + Describe(record.destination) + " is set to empty"});
     return document->GetTextValue(from.section, from.key, "");
+}
+
+/// The value itself can show that it is a secret where neither list nor table does.
+void ImageRules::CheckStaysEnciphered(const TableRecord& record, const std::string& value, Findings& findings) const
+{
+    const bool isFound = std::any_of(findings.begin(), findings.end(), [](const Finding& finding) {
+        return finding.rule == "KT013" || finding.rule == "KT030";
+    });
+    char output[kPasswordBufferSize] = {};
+    if (!isFound && !value.empty() && cipher_.Decrypt(value.c_str(), output) == 0)
+        findings.push_back({"KT030", record.Line(),
+                            "the value is enciphered on this phone, and " + Describe(record.destination) +
+                                " gets it plain, also on a locked phone"});
 }
 
 /// The value in memory keeps the form that it has on the phone: whether it can be enciphered depends on that alone.

@@ -24,10 +24,12 @@ public:
     /// @param phone  outlives this
     explicit ImageRules(const PhoneFolder& phone);
 
+    /// @param findings  holds what the other rules found in this record
     void Check(const TableRecord& record, Findings& findings);
 
 private:
     std::string ReadSource(const TableRecord& record, Findings& findings);
+    void CheckStaysEnciphered(const TableRecord& record, const std::string& value, Findings& findings) const;
     bool IsLostToCipher(const TableRecord& record, const std::string& value, Findings& findings) const;
     void Write(const TableRecord& record, const std::string& value, bool isLost, Findings& findings);
     iniFile* Document(const std::string& devicePath);

@@ -26,7 +26,7 @@ std::string Wrapped(std::string_view text)
 
 const std::vector<Rule>& Rules()
 {
-    // Static: a table of constants. 001 to 003 are about the file, 004 to 021 about records, 022 to 029 need an image.
+    // Static: a table of constants.
     static const std::vector<Rule> rules = {
         {"KT001", Severity::Error, "The table does not load",
          "The pass logs \"No config translate record!\" and ends. No value is moved. Files that are not well-formed, "
@@ -147,6 +147,12 @@ const std::vector<Rule>& Rules()
          "The source's value holds a carriage return or a zero byte, which the store reads but does not write. Nothing "
          "is written, and the destination stays as it is.",
          "Correct the value on the phone before the upgrade."},
+        {"KT030", Severity::Error, "Secret is written plain",
+         "The source holds a secret: the list of enciphered entries names it, a record with the encrypt flag writes or "
+         "reads it, another record brings a secret there, or the image holds it enciphered. The record's encrypt flag "
+         "is off, and the list does not name the destination: the secret is plain there on a locked phone as well, and "
+         "the password pass never enciphers it.",
+         "Set dstEncrypt to true, and add the destination to the list of enciphered entries."},
     };
     return rules;
 }

@@ -145,7 +145,7 @@ std::vector<std::string> Values(const PhoneImage& phone)
 struct Trial {
     std::string table;
     std::string found;
-    bool hasErrors;
+    bool hasErrors; ///< but for KT030: a secret that becomes plain neither stops the pass nor empties a value
     bool isStopped;
     bool isEmptied;
 
@@ -171,7 +171,9 @@ Trial RunTrial(Dice& dice, unsigned mostRecords)
 
     const Findings findings = CheckTable({phone.HostPath(kTable), phone.HostPath(""), ""});
     trial.found = Summary(findings);
-    trial.hasErrors = Count(findings).errors != 0;
+    trial.hasErrors = std::any_of(findings.begin(), findings.end(), [](const Finding& finding) {
+        return FindRule(finding.rule)->severity == Severity::Error && finding.rule != "KT030";
+    });
 
     const std::vector<std::string> before = Values(phone);
     phone.Run("dev");

@@ -1,0 +1,63 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
+#include "secretRules.h"
+
+namespace
+{
+
+std::string RecordAt(const TableRecord& record)
+{
+    return "the record at line " + std::to_string(record.Line());
+}
+
+} // namespace
+
+SecretRules::SecretRules(const std::vector<TableRecord>& records, const EntryList* list) : list_(list)
+{
+    if (list != nullptr) {
+        for (const Place& place : list->secrets)
+            secrets_.emplace(place, "the list of enciphered entries names it");
+    }
+    for (const TableRecord& record : records) {
+        if (!record.isEnciphered)
+            continue;
+        secrets_.emplace(record.destination, RecordAt(record) + " writes it enciphered");
+        if (record.source)
+            secrets_.emplace(*record.source, RecordAt(record) + " enciphers its value");
+    }
+    FollowMoves(records);
+}
+
+/// A record whose source holds a secret brings it to its destination, from where other records take it further.
+void SecretRules::FollowMoves(const std::vector<TableRecord>& records)
+{
+    std::multimap<Place, const TableRecord*> movers;
+    for (const TableRecord& record : records) {
+        if (record.source)
+            movers.emplace(*record.source, &record);
+    }
+    std::vector<Place> left;
+    for (const auto& [place, reason] : secrets_)
+        left.push_back(place);
+    while (!left.empty()) {
+        const Place place = left.back();
+        left.pop_back();
+        for (auto [mover, end] = movers.equal_range(place); mover != end; ++mover) {
+            const Place& destination = mover->second->destination;
+            if (secrets_.emplace(destination, RecordAt(*mover->second) + " writes a secret there").second)
+                left.push_back(destination);
+        }
+    }
+}
+
+void SecretRules::Check(const TableRecord& record, Findings& findings) const
+{
+    const bool isConverted = list_ != nullptr && list_->converted.count(record.destination) != 0;
+    if (record.isEnciphered || isConverted || !record.source)
+        return;
+    if (const auto secret = secrets_.find(*record.source); secret != secrets_.end())
+        findings.push_back({"KT030", record.Line(),
+                            Describe(*record.source) + " holds a secret (" + secret->second + "), and " +
+                                Describe(record.destination) + " gets it plain, also on a locked phone"});
+}
