@@ -22,6 +22,7 @@
 #include "phoneImage/toolError.h"
 #include "placeRules.h"
 #include "secretRules.h"
+#include "steeringRules.h"
 #include "suppressions.h"
 #include "tableRecord.h"
 #include "translateConfigTable.h"
@@ -70,6 +71,7 @@ void CheckRecords(const TiXmlDocument& table, const EntryList* list, ImageRules*
         Findings found;
         CheckAttributes(*record.element, found);
         CheckPlaces(record, found);
+        CheckSteering(record, found);
         order.Check(record, found);
         if (list != nullptr)
             CheckEntryList(record, *list, found);

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <tinyxml.h>
 
+#include "fileKinds.h"
 #include "iniFile.h"
 #include "quotedText.h"
 #include "tableRecord.h"
@@ -42,6 +43,28 @@ Given FirstGiven(const TiXmlElement& record, const char* name, const char* fallb
     return {fallbackName, text == nullptr ? "" : text};
 }
 
+/// @return true when a path has what stands for several files or for a number in lists and scripts
+bool HasPlaceholder(std::string_view path)
+{
+    return path.find_first_of("*?{}") != std::string_view::npos || path.find("%d") != std::string_view::npos ||
+           path.find("%u") != std::string_view::npos || path.find("%s") != std::string_view::npos;
+}
+
+bool HasBlankAtEnd(std::string_view text)
+{
+    constexpr std::string_view kBlanks = " \t\r\n";
+    return !text.empty() && (kBlanks.find(text.front()) != std::string_view::npos ||
+                             kBlanks.find(text.back()) != std::string_view::npos);
+}
+
+/// @return what is wrong with a path that no phone has; empty when it may have it
+std::string_view WhyNoPhoneHas(std::string_view path)
+{
+    if (HasPlaceholder(path))
+        return "has a placeholder, which the program takes literally";
+    return HasBlankAtEnd(path) ? "begins or ends with a blank, which the program takes literally" : "";
+}
+
 void CheckDestinationFile(const TableRecord& record, Findings& findings)
 {
     const TiXmlElement& element = *record.element;
@@ -51,9 +74,13 @@ void CheckDestinationFile(const TableRecord& record, Findings& findings)
         findings.push_back({"KT006", line, "neither dstFile nor srcFile is given: the pass ends here"});
     else if (NamesNoFile(file.text))
         findings.push_back({"KT006", line, file.Quoted() + " names no file to write to: the pass ends here"});
+    else if (const std::string_view why = WhyNoPhoneHas(file.text); !why.empty())
+        findings.push_back({"KT034", line, file.Quoted() + " " + std::string(why) + ": the pass ends here"});
     else if (IsRelative(file.text))
         findings.push_back(
             {"KT015", line, file.Quoted() + " is relative: if nothing is found there, the pass ends here"});
+    else if (HasForeignEnding(file.text))
+        findings.push_back({"KT031", line, file.Quoted() + " is no configuration file: the key is appended to it"});
     else if (!LiesBelow(file.text, "/config/"))
         findings.push_back(
             {"KT016", line, file.Quoted() + " leads out of /config: what is written there is no setting"});
@@ -71,6 +98,12 @@ void CheckSourceFile(const TableRecord& record, Findings& findings)
     if (NamesNoFile(given.text))
         findings.push_back(
             {"KT005", line, given.Quoted() + " names no file: " + Describe(record.destination) + " is set to empty"});
+    else if (const std::string_view why = WhyNoPhoneHas(given.text); !why.empty())
+        findings.push_back(
+            {"KT034", line,
+             given.Quoted() + " " + std::string(why) + ": " + Describe(record.destination) + " is set to empty"});
+    else if (HasForeignEnding(given.text))
+        findings.push_back({"KT033", line, given.Quoted() + " is no configuration file: its keys are hardly found"});
     else if (IsRelative(given.text))
         findings.push_back(
             {"KT015", line,
@@ -91,6 +124,18 @@ void CheckSourceAttributes(const TableRecord& record, Findings& findings)
     const std::string effect =
         NamesNoFile(record.destinationFile) ? "" : ", and " + Describe(record.destination) + " is set to empty";
     findings.push_back({"KT005", record.Line(), "no " + missing + ": nothing is read" + effect});
+}
+
+/// A section's name keeps its blanks, unlike a key's, so that it is another section than the one that was meant.
+void CheckSectionBlanks(const TiXmlElement& record, Findings& findings)
+{
+    for (const char* name : {"srcSec", "dstSec"}) {
+        const char* section = record.Attribute(name);
+        if (section != nullptr && HasBlankAtEnd(section))
+            findings.push_back({"KT035", AttributeLine(record, name),
+                                name + ("=" + QuotedText(section)) +
+                                    " begins or ends with a blank, which is part of the section's name"});
+    }
 }
 
 /// Asks the store itself.
@@ -133,6 +178,7 @@ void CheckPlaces(const TableRecord& record, Findings& findings)
     CheckDestinationFile(record, findings);
     CheckSourceFile(record, findings);
     CheckSourceAttributes(record, findings);
+    CheckSectionBlanks(*record.element, findings);
     CheckName(record, "srcSec", "dstSec", "section", IsSectionRefused, findings);
     CheckName(record, "srcKey", "dstKey", "key", IsKeyRefused, findings);
     if (record.IsInPlace() && !record.isEnciphered)

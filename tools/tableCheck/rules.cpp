@@ -153,6 +153,31 @@ const std::vector<Rule>& Rules()
          "is off, and the list does not name the destination: the secret is plain there on a locked phone as well, and "
          "the password pass never enciphers it.",
          "Set dstEncrypt to true, and add the destination to the list of enciphered entries."},
+        {"KT031", Severity::Error, "Destination is no configuration file",
+         "The path ends as XML, certificates, keys, archives, pictures and programs do, or the image has such a file "
+         "there. The program reads and writes any file as a configuration file: it appends section and key, which "
+         "damages the file.",
+         "Write to a configuration file. The XML data files have passes of their own."},
+        {"KT032", Severity::Warning, "Destination steers the program",
+         "[PhoneSetting] EnLock of user.ini says in which form the password pass leaves the secrets, [SyncConfig] "
+         "bEnableFromOld of version.ini whether contacts and other XML data are carried over, and [Sync] "
+         "SyncCfgByVersion of user.ini whether mode \"1\" hands settings over. An empty value counts as 0. The "
+         "program's own files in /config hold what a run that was cut off still has to do.",
+         "Remove the record, or suppress this rule for it with the reason."},
+        {"KT033", Severity::Warning, "Source is no configuration file",
+         "The path ends as XML, certificates, keys, archives, pictures and programs do, or the image has such a file "
+         "there. Lines that look like sections and keys are rare in it: the value is empty, and this empty value is "
+         "written to the destination.",
+         "Read from a configuration file."},
+        {"KT034", Severity::Error, "Path that no phone has",
+         "A path is taken literally. A placeholder (\"*\", \"?\", \"%d\", \"{n}\") stands for nothing, and a blank at "
+         "the "
+         "path's beginning or end is part of it. A destination of that path ends the pass, a source empties the "
+         "destination.",
+         "Write one record for each file, and the paths without blanks at their ends."},
+        {"KT035", Severity::Warning, "Section name with blanks at its ends",
+         "The blanks are part of the name: \"[Audio ]\" is another section than \"[Audio]\".",
+         "Remove the blanks, unless the phone's file has them as well."},
     };
     return rules;
 }
