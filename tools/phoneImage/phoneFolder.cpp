@@ -3,6 +3,8 @@
 
 #include "phoneFolder.h"
 
+#include <cerrno>
+#include <cstring>
 #include <fcntl.h>
 #include <filesystem>
 #include <linux/openat2.h>
@@ -10,6 +12,7 @@
 #include <unistd.h>
 
 #include "descriptor.h"
+#include "toolError.h"
 
 PhoneFolder::PhoneFolder(const std::string& path) : number_(open(path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC)) {}
 
@@ -26,6 +29,8 @@ std::optional<std::string> PhoneFolder::Find(const std::string& devicePath) cons
     how.resolve = RESOLVE_IN_ROOT | RESOLVE_NO_MAGICLINKS;
     // The C library has no function of its own for it.
     const long number = syscall(SYS_openat2, number_, devicePath.c_str(), &how, sizeof how);
+    if (number < 0 && errno == EACCES)
+        throw ToolError("cannot look up " + devicePath + " in the image: " + std::strerror(errno));
     if (number < 0)
         return std::nullopt;
     const Descriptor found(static_cast<int>(number));

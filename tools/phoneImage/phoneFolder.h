@@ -21,7 +21,8 @@ public:
 
     /// Looks a path up as the phone would, with the folder for its root: no link and no ".." leads out of the folder.
     ///
-    /// @return where the file stands on this machine; nothing when the phone has none there
+    /// @return the file's path on this machine; nothing when the phone has none there. Throws `ToolError` when a folder of
+    ///         the image may not be searched.
     std::optional<std::string> Find(const std::string& devicePath) const;
 
 private:

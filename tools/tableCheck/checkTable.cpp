@@ -4,13 +4,10 @@
 #include "checkTable.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <filesystem>
 #include <memory>
 #include <optional>
 #include <tinyxml.h>
 #include <tuple>
-#include <unistd.h>
 
 #include "attributeRules.h"
 #include "entryList.h"
@@ -21,6 +18,7 @@
 #include "phoneImage/phoneFolder.h"
 #include "phoneImage/toolError.h"
 #include "placeRules.h"
+#include "requireReadable.h"
 #include "secretRules.h"
 #include "steeringRules.h"
 #include "suppressions.h"
@@ -38,18 +36,6 @@ std::optional<EntryList> FindEntryList(const TableCheckInput& input, const Phone
     if (path.empty() && phone != nullptr)
         path = phone->Find("/phone/resource/encryptconfig.xml").value_or("");
     return path.empty() ? std::nullopt : std::optional(ReadEntryList(path));
-}
-
-/// The program's loader does not distinguish a file that it cannot read from one that it refuses.
-void RequireReadable(const std::string& path)
-{
-    std::error_code error;
-    if (std::filesystem::is_directory(path, error))
-        error = std::make_error_code(std::errc::is_a_directory);
-    else if (access(path.c_str(), R_OK) != 0)
-        error = std::error_code(errno, std::generic_category());
-    if (error)
-        throw ToolError("the table cannot be read: " + path + ": " + error.message());
 }
 
 std::vector<TableRecord> ReadRecords(const TiXmlDocument& table)
@@ -94,7 +80,7 @@ Findings CheckTable(const TableCheckInput& input)
         throw ToolError("the image is not a folder that can be opened: " + input.image);
     const std::optional<EntryList> list = FindEntryList(input, phone ? &*phone : nullptr);
 
-    RequireReadable(input.table);
+    RequireReadable("the table", input.table);
     TiXmlDocument table;
     std::string errorDesc;
     if (LoadXmlFile(table, input.table.c_str(), &errorDesc) == 0)

@@ -34,8 +34,8 @@ bool HasForeignEnding(std::string_view path)
 bool HasForeignContent(std::string_view bytes)
 {
     constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-    if (bytes.find('\0') != std::string_view::npos)
-        return true;
+    if (bytes.substr(0, bytes.find('\n')).find('\0') != std::string_view::npos)
+        return true; // in a later line it may be the value of a key
     if (bytes.substr(0, kByteOrderMark.size()) == kByteOrderMark)
         bytes.remove_prefix(kByteOrderMark.size());
     bytes.remove_prefix(std::min(bytes.size(), bytes.find_first_not_of(" \t\r\n")));

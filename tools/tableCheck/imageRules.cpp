@@ -6,20 +6,16 @@
 #include <algorithm>
 #include <tinyxml.h>
 
+#include "fileKinds.h"
+#include "iniFile.h"
 #include "passwordCipher.h"
 #include "phoneImage/phoneFolder.h"
 #include "quotedText.h"
+#include "requireReadable.h"
 #include "tableRecord.h"
 
 namespace
 {
-
-bool HasKey(const iniFile& document, const Place& place)
-{
-    // An absent key gives the default, a present one its own text, be it empty.
-    return !document.GetTextValue(place.section, place.key, "").empty() ||
-           document.GetTextValue(place.section, place.key, "default").empty();
-}
 
 /// @return false when the names alone keep the store from writing there
 bool IsStorable(const Place& place)
@@ -33,6 +29,8 @@ bool IsStorable(const Place& place)
 ImageRules::ImageRules(const PhoneFolder& phone)
     : phone_(phone), keyFile_(phone.Find(kCipherKeyFile).value_or("")), cipher_(keyFile_.c_str())
 {
+    if (!keyFile_.empty())
+        RequireReadable("the image's cipher key", keyFile_);
 }
 
 void ImageRules::Check(const TableRecord& record, Findings& findings)
@@ -40,16 +38,21 @@ void ImageRules::Check(const TableRecord& record, Findings& findings)
     if (NamesNoFile(record.destinationFile))
         return; // the pass ends here on every phone
     const std::string value = ReadSource(record, findings);
-    if (Document(record.destinationFile) == nullptr) {
+    ImageFile* file = Find(record.destinationFile);
+    if (file == nullptr) {
         findings.push_back(
             {"KT022", AttributeLine(*record.element, "dstFile"),
              "the image has no file " + QuotedText(record.destinationFile) + " that loads: the pass ends here"});
         return;
     }
+    if (file->IsForeign() && !HasForeignEnding(record.destinationFile))
+        findings.push_back(
+            {"KT031", AttributeLine(*record.element, "dstFile"),
+             QuotedText(record.destinationFile) + " is no configuration file in the image: the key is appended to it"});
     const bool isLost = record.isEnciphered && IsLostToCipher(record, value, findings);
     if (!record.isEnciphered)
         CheckStaysEnciphered(record, value, findings);
-    Write(record, value, isLost, findings);
+    Write(record, value, isLost, *file, findings);
 }
 
 std::string ImageRules::ReadSource(const TableRecord& record, Findings& findings)
@@ -57,19 +60,23 @@ std::string ImageRules::ReadSource(const TableRecord& record, Findings& findings
     const char* file = record.element->Attribute("srcFile");
     if (!record.source || NamesNoFile(file))
         return std::string(); // no source on any phone
-    const iniFile* document = Document(file);
-    if (document == nullptr) {
+    const ImageFile* image = Find(file);
+    if (image == nullptr) {
         findings.push_back({"KT023", AttributeLine(*record.element, "srcFile"),
                             "the image has no file " + QuotedText(file) +
                                 " that loads: " + Describe(record.destination) + " is set to empty"});
         return std::string();
     }
+    if (image->IsForeign() && !HasForeignEnding(file) && record.element->Attribute("dstFile") != nullptr)
+        findings.push_back({"KT033", AttributeLine(*record.element, "srcFile"),
+                            QuotedText(file) + " is no configuration file in the image: its keys are hardly found"});
     const Place& from = *record.source;
-    if (!HasKey(*document, from))
-        findings.push_back(
-            {"KT024", record.Line(),
-             "the image has no key " + Describe(from) + ": " + Describe(record.destination) + " is set to empty"});
-    return document->GetTextValue(from.section, from.key, "");
+    if (const std::string* value = image->Find(from.section, from.key))
+        return *value;
+    findings.push_back(
+        {"KT024", record.Line(),
+         "the image has no key " + Describe(from) + ": " + Describe(record.destination) + " is set to empty"});
+    return std::string();
 }
 
 /// The value itself can show that it is a secret where neither list nor table does.
@@ -106,35 +113,38 @@ bool ImageRules::IsLostToCipher(const TableRecord& record, const std::string& va
     return isLost;
 }
 
-void ImageRules::Write(const TableRecord& record, const std::string& value, bool isLost, Findings& findings)
+void ImageRules::Write(const TableRecord& record, const std::string& value, bool isLost, ImageFile& file,
+                       Findings& findings)
 {
     const Place& to = record.destination;
-    iniFile& document = *Document(record.destinationFile);
-    const std::string before = document.GetTextValue(to.section, to.key, "");
-    const bool isNew = !HasKey(document, to);
-    if (document.SetTextValue(to.section, to.key, isLost ? std::string() : value) == 0) {
+    const std::string* before = file.Find(to.section, to.key);
+    const bool isNew = before == nullptr;
+    const bool wasEmpty = isNew || before->empty();
+    if (!file.Set(to.section, to.key, isLost ? std::string() : value)) {
         if (IsStorable(to))
             findings.push_back({"KT029", record.Line(),
                                 "the store refuses the value, which ends in a line break or holds a zero byte: " +
                                     Describe(to) + " stays as it is"});
         return;
     }
-    if (!before.empty() && value.empty())
+    if (!wasEmpty && value.empty())
         findings.push_back({"KT025", record.Line(), "the value of " + Describe(to) + " is set to empty, and lost"});
     if (isNew && !record.IsInPlace())
         findings.push_back({"KT028", record.Line(), "the image has no key " + Describe(to) + ": it is made"});
 }
 
-iniFile* ImageRules::Document(const std::string& devicePath)
+ImageFile* ImageRules::Find(const std::string& devicePath)
 {
-    const auto path = phone_.Find(devicePath);
-    if (!path)
-        return nullptr;
-    const auto [place, isNew] = documents_.try_emplace(*path);
+    const auto [known, isNew] = files_.try_emplace(devicePath);
     if (isNew) {
-        auto document = std::make_unique<iniFile>();
-        if (document->LoadFromFile(path->c_str()) != 0)
-            place->second = std::move(document);
+        if (const auto path = phone_.Find(devicePath))
+            known->second = Load(*path);
     }
-    return place->second.get();
+    return known->second;
+}
+
+ImageFile* ImageRules::Load(const std::string& path)
+{
+    ImageFile& file = loaded_.try_emplace(path, path).first->second;
+    return file.Loads() ? &file : nullptr;
 }

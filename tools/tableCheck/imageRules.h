@@ -4,24 +4,23 @@
 #pragma once
 
 #include <map>
-#include <memory>
 #include <string>
 
 #include "finding.h"
-#include "iniFile.h"
+#include "imageFile.h"
 #include "keyedCipher.h"
 
 class PhoneFolder;
 struct TableRecord;
 
-/// Rules about what the table does to one phone. Takes the records in the table's order and works them off on documents
-/// in memory, so that a record meets what the ones before it have written. Nothing is saved.
+/// Rules about what the table does to one phone. Takes the records in the table's order and applies them to the image's
+/// files in memory, so that each record finds what earlier ones have written. Nothing is saved.
 ///
-/// The phone is taken for locked, whether it is or not: the next one may be.
+/// Assumes that the phone is locked: the worst case.
 class ImageRules
 {
 public:
-    /// @param phone  outlives this
+    /// @param phone  outlives this. Throws `ToolError`, as `Check` does, for a file of the image that cannot be read.
     explicit ImageRules(const PhoneFolder& phone);
 
     /// @param findings  holds what the other rules found in this record
@@ -31,11 +30,13 @@ private:
     std::string ReadSource(const TableRecord& record, Findings& findings);
     void CheckStaysEnciphered(const TableRecord& record, const std::string& value, Findings& findings) const;
     bool IsLostToCipher(const TableRecord& record, const std::string& value, Findings& findings) const;
-    void Write(const TableRecord& record, const std::string& value, bool isLost, Findings& findings);
-    iniFile* Document(const std::string& devicePath);
+    void Write(const TableRecord& record, const std::string& value, bool isLost, ImageFile& file, Findings& findings);
+    ImageFile* Find(const std::string& devicePath);
+    ImageFile* Load(const std::string& path);
 
     const PhoneFolder& phone_;
     std::string keyFile_; ///< before the cipher, which keeps its address
     KeyedCipher cipher_;
-    std::map<std::string, std::unique_ptr<iniFile>> documents_; ///< by path on this machine; null: does not load
+    std::map<std::string, ImageFile*> files_; ///< by device path; null: missing or does not load
+    std::map<std::string, ImageFile> loaded_; ///< by path on this machine: links of the phone lead to one file
 };

@@ -215,6 +215,26 @@ TEST(TableCheckReports, ATableWithoutReadPermissionCannotBeRead)
     EXPECT_EQ(result.exitStatus, 3);
 }
 
+TEST(TableCheckReports, WhatTheImageHidesCannotBeRead)
+{
+    const std::pair<const char*, const char*> rows[] = {
+        {"config/user/user.ini", "a file of the image cannot be read: "},
+        {"config/user", "cannot look up /config/user/user.ini in the image: Permission denied"},
+        {"phone/factory/certs/pwcipher.key", "the image's cipher key cannot be read: "},
+    };
+    for (const auto& [path, words] : rows) {
+        const ScratchFolder folder;
+        WriteBytes(folder.Path("config/user/user.ini"), "[Audio]\nnOld=1\n");
+        WriteBytes(folder.Path("phone/factory/certs/pwcipher.key"), "no key");
+        std::filesystem::permissions(folder.Path(path), std::filesystem::perms::none);
+        const ProcessResult result =
+            RunTableCheckWithoutPrivileges({"--root", folder.Path(), "rules/KT005.silent.xml"});
+        std::filesystem::permissions(folder.Path(path), std::filesystem::perms::owner_all);
+        EXPECT_EQ(result.exitStatus, 3) << result.output;
+        EXPECT_NE(result.errors.find(words), std::string::npos) << result.errors;
+    }
+}
+
 TEST(TableCheckReports, ANoteCanBeLeftOut)
 {
     EXPECT_EQ(RunTableCheck({"--severity=warning", "rules/KT009.fires.xml"}).output, "");

@@ -6,6 +6,7 @@
 
 #include "rules.h"
 
+#include <ctime>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <regex>
@@ -358,6 +359,80 @@ TEST(TableRules, AValueThatThePhoneHoldsEncipheredIsASecret)
     EXPECT_EQ(SummaryOf(table + "strCommunity'/></t>", SourcePath(kPhone)), "KT030 at 2");
     EXPECT_EQ(SummaryOf(table + "strNew'/></t>", SourcePath(kPhone)), "KT013 at 2");
     EXPECT_EQ(SummaryOf(table + "strNew' dstEncrypt='1'/></t>", SourcePath(kPhone)), "nothing");
+}
+
+/// A quadratic check of so many records takes a quarter of a minute.
+TEST(TableRules, ManyRecordsForOneFileOfTheImageTakeNoLongTime)
+{
+    const ScratchFolder folder;
+    std::string records;
+    std::string text = "[S]\n";
+    for (int i = 0; i < 20000; ++i) {
+        const std::string number = std::to_string(i);
+        text += "K" + number + "=1\n";
+        records += "<r srcFile='/config/a.ini' srcSec='S' srcKey='K" + number + "' dstKey='L" + number + "'/>\n";
+    }
+    WriteBytes(folder.Path("config/a.ini"), text);
+    const std::clock_t begin = std::clock();
+    EXPECT_NE(SummaryOf("<t>\n" + records + "</t>", folder.Path()), "nothing");
+    EXPECT_LT(std::clock() - begin, 5 * CLOCKS_PER_SEC);
+}
+
+TEST(TableRules, TheImageIsReadAsTheStoreReadsIt)
+{
+    const ScratchFolder folder;
+    WriteBytes(folder.Path("config/a.ini"), "\xEF\xBB\xBF"
+                                            "Early=1\n[S]\nA=\nA=2\n[T]\nB=1\n[S]\nB=3\nC=4\n");
+    const std::pair<const char*, const char*> rows[] = {
+        {"dstSec='S' dstKey='A'", "nothing"},    // empty, the later one does not count
+        {"dstSec='S' dstKey='B'", "KT025 at 2"}, // in the second section of that name
+        {"dstSec='T' dstKey='B'", "KT025 at 2"},     {"dstSec='T' dstKey='C'", "KT028 at 2"},
+        {"dstSec='S' dstKey='Early'", "KT028 at 2"}, // before the first section
+    };
+    for (const auto& [destination, found] : rows) {
+        const std::string record =
+            "<r srcFile='/config/a.ini' srcSec='S' srcKey='A' " + std::string(destination) + "/>";
+        EXPECT_EQ(SummaryOf("<t>\n<!-- kestrune-table-check: ignore KT020 -->" + record + "</t>", folder.Path()), found)
+            << destination;
+    }
+}
+
+TEST(TableRules, AFileOfTheImageIsKnownByItsContent)
+{
+    struct Row {
+        std::string content;
+        const char* asDestination;
+        const char* asSource;
+    };
+    const std::string keys = "[S]\nK=1\n";
+    const Row rows[] = {
+        {keys, "nothing", "nothing"},
+        {"\xEF\xBB\xBF" + keys, "nothing", "nothing"},
+        {"; < a comment\n" + keys, "nothing", "nothing"},
+        {"<?xml version='1.0'?>\n" + keys, "KT031 at 2", "KT033 at 2"},
+        {"\xEF\xBB\xBF\r\n <a>\n" + keys, "KT031 at 2", "KT033 at 2"},
+        {"-----BEGIN CERTIFICATE-----\n" + keys, "KT031 at 2", "KT033 at 2"},
+        {std::string("\0", 1) + "\n" + keys, "KT031 at 2", "KT033 at 2"},
+    };
+    for (const Row& row : rows) {
+        const ScratchFolder folder;
+        WriteBytes(folder.Path("config/user/user.ini"), keys);
+        WriteBytes(folder.Path("config/a.dat"), row.content);
+        EXPECT_EQ(SummaryOf(Record("srcSec='S' srcKey='K' dstFile='/config/a.dat'"), folder.Path()), row.asDestination)
+            << row.content;
+        EXPECT_EQ(
+            SummaryOf("<t>\n<r srcFile='/config/a.dat' srcSec='S' srcKey='K' dstFile='/config/user/user.ini'/></t>",
+                      folder.Path()),
+            row.asSource)
+            << row.content;
+    }
+}
+
+TEST(TableRules, AFolderInPlaceOfAFileDoesNotLoad)
+{
+    const ScratchFolder folder;
+    WriteBytes(folder.Path("config/user/user.ini/file"), "");
+    EXPECT_EQ(SummaryOf(Record("srcSec='S' srcKey='K' dstKey='L'"), folder.Path()), "KT022 at 2, KT023 at 2");
 }
 
 TEST(TableRules, LinksAndDotsDoNotLeadOutOfTheImage)
