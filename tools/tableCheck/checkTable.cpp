@@ -24,6 +24,7 @@
 #include "suppressions.h"
 #include "tableRecord.h"
 #include "translateConfigTable.h"
+#include "wellFormedness.h"
 #include "xmlFile.h"
 
 namespace
@@ -87,6 +88,7 @@ Findings CheckTable(const TableCheckInput& input)
         return {ExplainLoadFailure(table, input.table, errorDesc)};
     Findings findings;
     CheckFile(table, findings);
+    CheckWellFormedness(input.table, findings);
     CheckSuppressions(table, findings);
     const auto image = phone ? std::make_unique<ImageRules>(*phone) : nullptr;
     CheckRecords(table, list ? &*list : nullptr, image.get(), findings);

@@ -178,6 +178,11 @@ const std::vector<Rule>& Rules()
         {"KT035", Severity::Warning, "Section name with blanks at its ends",
          "The blanks are part of the name: \"[Audio ]\" is another section than \"[Audio]\".",
          "Remove the blanks, unless the phone's file has them as well."},
+        {"KT036", Severity::Warning, "Not well-formed XML",
+         "The program's XML library is lax: it loads the table, but drops a bare \"&\" and guesses at what else a "
+         "strict "
+         "parser refuses. \"Hold&Swap\" is read as \"HoldSwap\".",
+         "Write &amp;, &lt; and &quot; for these characters in a value, and correct what xmllint reports."},
     };
     return rules;
 }

@@ -307,6 +307,26 @@ TEST(TableRules, BlanksAtTheEndsOfASectionAreFound)
     }
 }
 
+TEST(TableRules, WhatStrictParsersRefuseIsFound)
+{
+    struct Row {
+        std::string table;
+        const char* found;
+    };
+    const std::string other = "<r srcFile='/config/a.ini' srcSec='S' srcKey='K&' dstKey='L'/>\n";
+    const Row rows[] = {
+        {Record("srcSec='S' srcKey='Hold&amp;Swap' dstKey='&lt;&gt;&quot;'"), "nothing"},
+        {Record("srcSec='S' srcKey='Hold&Swap' dstKey='L'"), "KT036 at 2"},
+        {Record("srcSec='S' srcKey='a & b & c' dstKey='x&y'"), "KT036 at 2"}, // one finding a line
+        {Record("srcSec='S' srcKey='a<b' dstKey='L'"), "KT036 at 2"},
+        {Record("srcSec='S' srcKey='\xff' dstKey='L'"), "KT036 at 2"},
+        {Record("srcSec='S' srcKey=K dstKey='L'"), "KT036 at 2"},
+        {"<t>\n" + other + "\n" + other + "</t>", "KT036 at 2, KT010 at 4, KT036 at 4"},
+    };
+    for (const Row& row : rows)
+        EXPECT_EQ(SummaryOf(row.table), row.found) << row.table;
+}
+
 TEST(TableRules, PlacesThatSteerTheProgramAreFound)
 {
     struct Row {
