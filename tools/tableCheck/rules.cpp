@@ -183,6 +183,13 @@ const std::vector<Rule>& Rules()
          "strict "
          "parser refuses. \"Hold&Swap\" is read as \"HoldSwap\".",
          "Write &amp;, &lt; and &quot; for these characters in a value, and correct what xmllint reports."},
+        {"KT037", Severity::Warning, "Secret by its name is written plain",
+         "The name of the source's or destination's key is that of a password, PIN or key, the record's encrypt flag "
+         "is "
+         "off, and the list of enciphered entries does not name the destination. If it is a secret, it is plain there "
+         "on a locked phone as well. An entry of the list that is not active says that the phone keeps a place plain "
+         "on purpose.",
+         "Set dstEncrypt to true, and add the destination to the list. For what is no secret, suppress this rule."},
     };
     return rules;
 }

@@ -3,12 +3,21 @@
 
 #include "secretRules.h"
 
+#include "preview/secrets/secretNames.h"
+
 namespace
 {
 
 std::string RecordAt(const TableRecord& record)
 {
     return "the record at line " + std::to_string(record.Line());
+}
+
+/// By the key's name. A switch ("bMenuPassword") says whether there is a secret, and is none.
+bool SoundsSecret(const std::string& key)
+{
+    const bool isSwitch = key.size() > 1 && key[0] == 'b' && key[1] >= 'A' && key[1] <= 'Z';
+    return !isSwitch && IsSecretName(key);
 }
 
 } // namespace
@@ -56,8 +65,20 @@ void SecretRules::Check(const TableRecord& record, Findings& findings) const
     const bool isConverted = list_ != nullptr && list_->converted.count(record.destination) != 0;
     if (record.isEnciphered || isConverted || !record.source)
         return;
-    if (const auto secret = secrets_.find(*record.source); secret != secrets_.end())
+    const Place& from = *record.source;
+    const Place& to = record.destination;
+    if (const auto secret = secrets_.find(from); secret != secrets_.end())
         findings.push_back({"KT030", record.Line(),
-                            Describe(*record.source) + " holds a secret (" + secret->second + "), and " +
-                                Describe(record.destination) + " gets it plain, also on a locked phone"});
+                            Describe(from) + " holds a secret (" + secret->second + "), and " + Describe(to) +
+                                " gets it plain, also on a locked phone"});
+    else if (!record.IsInPlace() && !IsPlainOnPurpose(from) && !IsPlainOnPurpose(to) &&
+             (SoundsSecret(from.key) || SoundsSecret(to.key)))
+        findings.push_back({"KT037", record.Line(),
+                            Describe(from) + " seems to hold a secret, and " + Describe(to) +
+                                " gets it plain, also on a locked phone"});
+}
+
+bool SecretRules::IsPlainOnPurpose(const Place& place) const
+{
+    return list_ != nullptr && list_->plain.count(place) != 0;
 }

@@ -22,6 +22,7 @@ public:
 
 private:
     void FollowMoves(const std::vector<TableRecord>& records);
+    bool IsPlainOnPurpose(const Place& place) const;
 
     const EntryList* list_;
     std::map<Place, std::string> secrets_; ///< why each of these places holds a secret

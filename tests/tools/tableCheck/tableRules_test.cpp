@@ -355,6 +355,35 @@ TEST(TableRules, PlacesThatSteerTheProgramAreFound)
     }
 }
 
+TEST(TableRules, ANameCanSayThatAValueIsASecret)
+{
+    struct Row {
+        const char* keys;
+        const char* found;
+    };
+    const Row rows[] = {
+        {"srcKey='strPwd' dstKey='strOther'", "KT037 at 2"},
+        {"srcKey='strOther' dstKey='UnlockPIN'", "KT037 at 2"},
+        {"srcKey='strPwd' dstKey='strListed' dstEncrypt='1'", "nothing"},
+        {"srcKey='strPwd' dstKey='strListed'", "KT013 at 2"},
+        {"srcKey='strListed' dstKey='strPwd'", "KT030 at 2"},
+        {"srcKey='strPwd' dstKey='strInactive'", "nothing"},
+        {"srcKey='strInactive' dstKey='strPwd'", "nothing"},
+        {"srcKey='strPwd'", "KT020 at 2"},
+        {"srcKey='bPassword' dstKey='bUsePassword'", "nothing"},
+        {"srcKey='bpassword' dstKey='strOther'", "KT037 at 2"},
+    };
+    const ScratchFolder folder;
+    WriteBytes(folder.Path("list.xml"),
+               "<l><e file='/config/user/user.ini' section='S' key='strListed'/>"
+               "<e file='/config/user/user.ini' section='S' key='strInactive' active='0'/></l>");
+    for (const Row& row : rows) {
+        WriteBytes(folder.Path("t"), Record("srcSec='S' " + std::string(row.keys)));
+        EXPECT_EQ(Summary(CheckTable({folder.Path("t"), /*image=*/"", folder.Path("list.xml")})), row.found)
+            << row.keys;
+    }
+}
+
 TEST(TableRules, TheFindingNamesTheReasonForASecret)
 {
     const ScratchFolder folder;
