@@ -66,9 +66,8 @@ void CheckRecords(const TiXmlDocument& table, const EntryList* list, ImageRules*
         if (image != nullptr)
             image->Check(record, found);
 
-        const std::set<std::string> suppressed = SuppressedRules(*record.element);
-        std::copy_if(found.begin(), found.end(), std::back_inserter(findings),
-                     [&](const Finding& finding) { return suppressed.count(std::string(finding.rule)) == 0; });
+        ApplySuppressions(*record.element, found);
+        findings.insert(findings.end(), found.begin(), found.end());
     }
 }
 

@@ -4,6 +4,7 @@
 #include "rules.h"
 
 #include <algorithm>
+#include <cctype>
 
 namespace
 {
@@ -79,12 +80,12 @@ const std::vector<Rule>& Rules()
         {"KT013", Severity::Warning, "Entry kept enciphered is written plain",
          "The destination is in the list of entries that the phone keeps enciphered, but the record's encrypt flag is "
          "off: on a locked phone the secret is written in clear, and stays so.",
-         "Set dstEncrypt to true, or take the entry off the list."},
+         "Set dstEncrypt to true, or take the entry off the list.", Basis::Phone},
         {"KT014", Severity::Warning, "Enciphered value is not in the entry list",
          "The record's encrypt flag is on, but no active entry of the list covers the destination. The password pass "
          "never converts it, so it keeps its form when the phone's lock changes. Entries per account cover "
          "sipAccount0.cfg to sipAccount3.cfg alone.",
-         "Add the destination to the list, or set dstEncrypt to false."},
+         "Add the destination to the list, or set dstEncrypt to false.", Basis::Phone},
         {"KT015", Severity::Error, "Relative path",
          "The path is looked up from the folder in which the program happens to be started. A source that is not "
          "found there empties the destination; a destination that is not found there ends the pass.",
@@ -119,45 +120,45 @@ const std::vector<Rule>& Rules()
         {"KT022", Severity::Error, "Destination file is not in the image",
          "The program never makes a destination file. On this phone the pass ends at this record: no later record is "
          "looked at.",
-         "Correct the path. Put records for files that a phone may lack last."},
+         "Correct the path. Put records for files that a phone may lack last.", Basis::Phone},
         {"KT023", Severity::Warning, "Source file is not in the image",
          "The value is empty, and this empty value is written to the destination.",
-         "Correct the path, or leave the record to phones that have the file."},
+         "Correct the path, or leave the record to phones that have the file.", Basis::Phone},
         {"KT024", Severity::Warning, "Source key is not in the image",
          "The value is empty, and this empty value is written to the destination; the key is made when absent, so "
          "that a default does not hold any more.",
-         "Correct section and key, or leave the record to phones that have the key."},
+         "Correct section and key, or leave the record to phones that have the key.", Basis::Phone},
         {"KT025", Severity::Error, "Value is emptied",
          "The destination holds a value on this phone, the source none: the value is overwritten with the empty one "
          "and lost.",
-         "Correct the source, or write to a key that holds nothing of worth."},
+         "Correct the source, or write to a key that holds nothing of worth.", Basis::Phone},
         {"KT026", Severity::Error, "Value too long to encipher is lost",
          "The encrypt flag is on and the value has 160 bytes or more, which the cipher's buffer does not hold. On a "
          "locked phone the destination is emptied.",
-         "Clear the encrypt flag of the record, or shorten the value on the phone before the upgrade."},
+         "Clear the encrypt flag of the record, or shorten the value on the phone before the upgrade.", Basis::Phone},
         {"KT027", Severity::Warning, "Value cannot be enciphered",
          "The encrypt flag is on, but the value has more than 103 bytes or a byte of 0x80 or above, or the phone's "
          "cipher key is unusable. On a locked phone the value stays, but plain.",
-         "Clear the encrypt flag of the record, or change the value on the phone before the upgrade."},
+         "Clear the encrypt flag of the record, or change the value on the phone before the upgrade.", Basis::Phone},
         {"KT028", Severity::Note, "Destination key is not in the image",
          "The key, and its section when absent, is made. This is how a setting moves to a new place, but a misspelt "
          "destination looks the same.",
-         "Compare section and key with what the new firmware reads."},
+         "Compare section and key with what the new firmware reads.", Basis::Phone},
         {"KT029", Severity::Warning, "Value that the store refuses",
          "The source's value holds a carriage return or a zero byte, which the store reads but does not write. Nothing "
          "is written, and the destination stays as it is.",
-         "Correct the value on the phone before the upgrade."},
+         "Correct the value on the phone before the upgrade.", Basis::Phone},
         {"KT030", Severity::Error, "Secret is written plain",
          "The source holds a secret: the list of enciphered entries names it, a record with the encrypt flag writes or "
          "reads it, another record brings a secret there, or the image holds it enciphered. The record's encrypt flag "
          "is off, and the list does not name the destination: the secret is plain there on a locked phone as well, and "
          "the password pass never enciphers it.",
-         "Set dstEncrypt to true, and add the destination to the list of enciphered entries."},
+         "Set dstEncrypt to true, and add the destination to the list of enciphered entries.", Basis::Phone},
         {"KT031", Severity::Error, "Destination is no configuration file",
          "The path ends as XML, certificates, keys, archives, pictures and programs do, or the image has such a file "
          "there. The program reads and writes any file as a configuration file: it appends section and key, which "
          "damages the file.",
-         "Write to a configuration file. The XML data files have passes of their own."},
+         "Write to a configuration file. The XML data files have passes of their own.", Basis::Phone},
         {"KT032", Severity::Warning, "Destination steers the program",
          "[PhoneSetting] EnLock of user.ini says in which form the password pass leaves the secrets, [SyncConfig] "
          "bEnableFromOld of version.ini whether contacts and other XML data are carried over, and [Sync] "
@@ -168,7 +169,7 @@ const std::vector<Rule>& Rules()
          "The path ends as XML, certificates, keys, archives, pictures and programs do, or the image has such a file "
          "there. Lines that look like sections and keys are rare in it: the value is empty, and this empty value is "
          "written to the destination.",
-         "Read from a configuration file."},
+         "Read from a configuration file.", Basis::Phone},
         {"KT034", Severity::Error, "Path that no phone has",
          "A path is taken literally. A placeholder (\"*\", \"?\", \"%d\", \"{n}\") stands for nothing, and a blank at "
          "the "
@@ -189,15 +190,25 @@ const std::vector<Rule>& Rules()
          "off, and the list of enciphered entries does not name the destination. If it is a secret, it is plain there "
          "on a locked phone as well. An entry of the list that is not active says that the phone keeps a place plain "
          "on purpose.",
-         "Set dstEncrypt to true, and add the destination to the list. For what is no secret, suppress this rule."},
+         "Set dstEncrypt to true, and add the destination to the list. For what is no secret, suppress this rule.",
+         Basis::Phone},
+        {"KT038", Severity::Warning, "Suppression without effect",
+         "The comment right before the record names a rule that finds nothing in it. The comment hides nothing now, "
+         "but "
+         "would hide a mistake that is made later. Rules about the list of enciphered entries or an image do not "
+         "count: "
+         "they depend on the phone.",
+         "Remove the rule from the comment."},
     };
     return rules;
 }
 
 const Rule* FindRule(std::string_view number)
 {
-    const auto found =
-        std::find_if(Rules().begin(), Rules().end(), [number](const Rule& rule) { return rule.number == number; });
+    const auto found = std::find_if(Rules().begin(), Rules().end(), [number](const Rule& rule) {
+        return std::equal(rule.number.begin(), rule.number.end(), number.begin(), number.end(),
+                          [](unsigned char one, unsigned char two) { return one == std::toupper(two); });
+    });
     return found == Rules().end() ? nullptr : &*found;
 }
 

@@ -13,6 +13,12 @@ enum class Severity {
     Error,
 };
 
+/// What a rule looks at.
+enum class Basis {
+    Table,
+    Phone, ///< the list of enciphered entries or an image as well: on the next phone it may find something else
+};
+
 /// One thing that can be wrong with a table.
 struct Rule {
     std::string_view number; ///< never changes its meaning, and is never given to another rule
@@ -20,12 +26,14 @@ struct Rule {
     std::string_view title;
     std::string_view effect; ///< what the program does on the phone
     std::string_view remedy; ///< what to do
+    Basis basis = Basis::Table;
 };
 
 /// All rules, by number.
 const std::vector<Rule>& Rules();
 
-/// @return the rule of that number, or null
+/// @param number  in any letter case
+/// @return the rule, or null
 const Rule* FindRule(std::string_view number);
 
 std::string_view SeverityName(Severity severity);

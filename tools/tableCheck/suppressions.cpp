@@ -3,6 +3,8 @@
 
 #include "suppressions.h"
 
+#include <algorithm>
+#include <cctype>
 #include <optional>
 #include <sstream>
 #include <tinyxml.h>
@@ -15,17 +17,36 @@ namespace
 
 constexpr char kMark[] = "kestrune-table-check:";
 
-/// @return the words behind the mark; nothing for a comment of another kind
-std::optional<std::vector<std::string>> WordsBehindMark(const TiXmlComment& comment)
+/// What a comment says after the mark.
+struct Suppression {
+    bool saysIgnore;
+    std::vector<std::string> rules; ///< as they are written; the text after them is the reason
+};
+
+/// @return true for "KT010" and "kt10": what is meant as a rule, whether there is one or not
+bool LooksLikeRule(std::string_view word)
+{
+    return word.size() > 2 && std::toupper(word[0]) == 'K' && std::toupper(word[1]) == 'T' &&
+           std::all_of(word.begin() + 2, word.end(), [](unsigned char byte) { return std::isdigit(byte) != 0; });
+}
+
+/// @return nothing for a comment of another kind
+std::optional<Suppression> ReadSuppression(const TiXmlComment& comment)
 {
     std::istringstream stream(comment.ValueStr());
     std::string word;
     if (!(stream >> word) || word != kMark)
         return std::nullopt;
-    std::vector<std::string> words;
-    while (stream >> word)
-        words.push_back(word);
-    return words;
+    Suppression suppression = {};
+    suppression.saysIgnore = stream >> word && word == "ignore";
+    while (stream >> word) {
+        if (word.back() == ',' || word.back() == ':')
+            word.pop_back();
+        if (!LooksLikeRule(word))
+            break; // the reason begins
+        suppression.rules.push_back(word);
+    }
+    return suppression;
 }
 
 const TiXmlNode* SkipComments(const TiXmlNode* node)
@@ -42,24 +63,32 @@ bool StandsBeforeRecord(const TiXmlComment& comment)
     return next != nullptr && next->ToElement() != nullptr && comment.Parent() == document->RootElement();
 }
 
-void CheckWords(const std::vector<std::string>& words, int line, Findings& findings)
-{
-    if (words.size() < 2 || words.front() != "ignore")
-        findings.push_back({"KT021", line, "the comment does not say \"ignore\" and a rule: nothing is suppressed"});
-    for (std::size_t i = 1; i < words.size(); ++i) {
-        if (FindRule(words[i]) == nullptr)
-            findings.push_back({"KT021", line, "there is no rule " + QuotedText(words[i]) + " to suppress"});
-    }
-}
-
 void CheckComment(const TiXmlComment& comment, Findings& findings)
 {
-    const auto words = WordsBehindMark(comment);
-    if (!words)
+    const std::optional<Suppression> suppression = ReadSuppression(comment);
+    if (!suppression)
         return;
-    CheckWords(*words, comment.Row(), findings);
+    if (!suppression->saysIgnore || suppression->rules.empty())
+        findings.push_back(
+            {"KT021", comment.Row(), "the comment does not say \"ignore\" and a rule: nothing is suppressed"});
+    for (const std::string& rule : suppression->rules) {
+        if (FindRule(rule) == nullptr)
+            findings.push_back({"KT021", comment.Row(), "there is no rule " + QuotedText(rule) + " to suppress"});
+    }
     if (!StandsBeforeRecord(comment))
         findings.push_back({"KT021", comment.Row(), "no record follows the comment: nothing is suppressed"});
+}
+
+/// Removes the rule's findings, or adds that there are none.
+void Suppress(const Rule& rule, int line, Findings& findings)
+{
+    const auto kept = std::remove_if(findings.begin(), findings.end(),
+                                     [&rule](const Finding& finding) { return finding.rule == rule.number; });
+    const bool isFound = kept != findings.end();
+    findings.erase(kept, findings.end());
+    if (!isFound && rule.basis == Basis::Table)
+        findings.push_back(
+            {"KT038", line, std::string(rule.number) + " is suppressed, but finds nothing in the record"});
 }
 
 /// @param depth  how many levels below the node are looked at
@@ -75,22 +104,24 @@ void CheckChildren(const TiXmlNode& node, int depth, Findings& findings)
 
 } // namespace
 
-std::set<std::string> SuppressedRules(const TiXmlNode& record)
+void ApplySuppressions(const TiXmlNode& record, Findings& findings)
 {
-    std::set<std::string> rules;
     for (const TiXmlNode* node = record.PreviousSibling(); node != nullptr; node = node->PreviousSibling()) {
         const TiXmlComment* comment = node->ToComment();
         if (comment == nullptr)
             break;
-        const auto words = WordsBehindMark(*comment);
-        if (words && !words->empty() && words->front() == "ignore")
-            rules.insert(words->begin() + 1, words->end());
+        const std::optional<Suppression> suppression = ReadSuppression(*comment);
+        if (!suppression || !suppression->saysIgnore)
+            continue;
+        for (const std::string& name : suppression->rules) {
+            if (const Rule* rule = FindRule(name))
+                Suppress(*rule, comment->Row(), findings);
+        }
     }
-    return rules;
 }
 
 void CheckSuppressions(const TiXmlDocument& table, Findings& findings)
 {
-    constexpr int kLevels = 3; // beside the root, beside the records, within a record
+    constexpr int kLevels = 3; // next to the root, next to the records, within a record
     CheckChildren(table, kLevels, findings);
 }

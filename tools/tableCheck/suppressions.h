@@ -3,18 +3,17 @@
 
 #pragma once
 
-#include <set>
-#include <string>
-
 #include "finding.h"
 
 class TiXmlDocument;
 class TiXmlNode;
 
-/// @param record  an element of the table
-/// @return the numbers of the rules that the comments right before the record suppress, as in
-///         "<!-- kestrune-table-check: ignore KT010 KT011 -->"
-std::set<std::string> SuppressedRules(const TiXmlNode& record);
+/// Removes what the comments right before the record suppress, as in
+/// "<!-- kestrune-table-check: ignore KT010 KT011 (the reason) -->", and adds what is suppressed without effect.
+///
+/// @param record    an element of the table
+/// @param findings  those of the record
+void ApplySuppressions(const TiXmlNode& record, Findings& findings);
 
 /// Finds the comments that were meant to suppress something and do not.
 void CheckSuppressions(const TiXmlDocument& table, Findings& findings);

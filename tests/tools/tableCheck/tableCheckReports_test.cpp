@@ -273,6 +273,7 @@ TEST(TableCheckReports, ValuesOfThePhoneAreNeverPrinted)
 TEST(TableCheckReports, ExplainTellsEffectAndRemedy)
 {
     const ProcessResult result = RunTableCheck({"--explain", "KT010"});
+    EXPECT_EQ(RunTableCheck({"--explain", "kt010"}).output, result.output);
     EXPECT_EQ(result.output, "KT010 warning: Two records with one destination\n"
                              "\n"
                              "Records are worked off from top to bottom, and the later one overwrites what\n"

@@ -163,6 +163,32 @@ TEST(TableRules, OfSeveralWritersTheLastIsNamed)
     EXPECT_NE(findings.back().text.find("line 3"), std::string::npos) << findings.back().text;
 }
 
+TEST(TableRules, ASuppressionTakesRulesAndThenAReason)
+{
+    const std::pair<const char*, const char*> rows[] = {
+        {"ignore KT004", "KT020 at 3"},
+        {"ignore KT004 KT020", "nothing"},
+        {"ignore KT004, KT020", "nothing"},
+        {"ignore kt004 Kt020: the reason", "nothing"},
+        {"ignore KT004 KT020 (why)", "nothing"},
+        {"ignore KT004 (why) KT020", "KT020 at 3"},
+        {"ignore KT004 KT020 because KT999 is none", "nothing"},
+        {"ignore KT004 KT020 KT4", "KT021 at 2"},
+        {"ignore KT004 KT020 KT001", "KT038 at 2"}, // about the file
+        {"ignore KT004 KT020 KT004", "KT038 at 2"},
+        {"ignore KT004 KT020 KT024 KT013", "nothing"}, // on another phone they may find something
+        {"ignore (why) KT004", "KT021 at 2, KT004 at 3, KT020 at 3"},
+        {"ignore", "KT021 at 2, KT004 at 3, KT020 at 3"},
+        {"", "KT021 at 2, KT004 at 3, KT020 at 3"},
+        {"IGNORE KT004", "KT021 at 2, KT004 at 3, KT020 at 3"},
+    };
+    for (const auto& [words, found] : rows) {
+        const std::string comment = "<!-- kestrune-table-check: " + std::string(words) + " -->\n";
+        const std::string record = "<r srcFile='/config/a.ini' srcSec='S' srcKey='K' comment='x'/>\n";
+        EXPECT_EQ(SummaryOf("<t>\n" + comment + record + "</t>"), found) << words;
+    }
+}
+
 TEST(TableRules, ASuppressionWithinARecordSuppressesNothing)
 {
     const std::string record = "<record srcFile='/config/a.ini' srcSec='S' srcKey='K'>\n"
@@ -433,7 +459,7 @@ TEST(TableRules, TheImageIsReadAsTheStoreReadsIt)
     WriteBytes(folder.Path("config/a.ini"), "\xEF\xBB\xBF"
                                             "Early=1\n[S]\nA=\nA=2\n[T]\nB=1\n[S]\nB=3\nC=4\n");
     const std::pair<const char*, const char*> rows[] = {
-        {"dstSec='S' dstKey='A'", "nothing"},    // empty, the later one does not count
+        {"dstSec='S' dstKey='A'", "KT020 at 2"}, // empty, the later one does not count
         {"dstSec='S' dstKey='B'", "KT025 at 2"}, // in the second section of that name
         {"dstSec='T' dstKey='B'", "KT025 at 2"},     {"dstSec='T' dstKey='C'", "KT028 at 2"},
         {"dstSec='S' dstKey='Early'", "KT028 at 2"}, // before the first section
@@ -441,8 +467,7 @@ TEST(TableRules, TheImageIsReadAsTheStoreReadsIt)
     for (const auto& [destination, found] : rows) {
         const std::string record =
             "<r srcFile='/config/a.ini' srcSec='S' srcKey='A' " + std::string(destination) + "/>";
-        EXPECT_EQ(SummaryOf("<t>\n<!-- kestrune-table-check: ignore KT020 -->" + record + "</t>", folder.Path()), found)
-            << destination;
+        EXPECT_EQ(SummaryOf("<t>\n" + record + "</t>", folder.Path()), found) << destination;
     }
 }
 
