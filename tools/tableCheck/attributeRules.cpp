@@ -46,19 +46,39 @@ std::size_t Distance(std::string_view from, std::string_view to)
     return row.back();
 }
 
-/// @return the known name that was probably meant, or an empty text
-std::string_view MeantName(std::string_view name)
+void Replace(std::string& text, std::string_view from, std::string_view to)
+{
+    if (const std::size_t found = text.find(from); found != std::string::npos)
+        text.replace(found, from.size(), to);
+}
+
+/// @return the name in small letters, and with the short words of the known names in place of longer ones
+std::string Shortened(std::string_view name)
+{
+    std::string text = LowerCase(name);
+    Replace(text, "source", "src");
+    Replace(text, "destination", "dst");
+    Replace(text, "dest", "dst");
+    Replace(text, "section", "sec");
+    return text;
+}
+
+/// @return the known name, or the two of source and destination, that were probably meant; empty when none is close
+std::string MeantName(std::string_view name)
 {
     constexpr std::size_t kLongestName = 32;
     if (name.size() > kLongestName)
         return {};
-    const auto distance = [lower = LowerCase(name)](std::string_view known) {
-        return Distance(lower, LowerCase(known));
-    };
+    const std::string given = Shortened(name);
+    for (const std::string part : {"File", "Sec", "Key", "Encrypt"}) {
+        if (given == LowerCase(part))
+            return "src" + part + " or dst" + part;
+    }
+    const auto distance = [&given](std::string_view known) { return Distance(given, LowerCase(known)); };
     const auto closest =
         std::min_element(std::begin(kKnownAttributes), std::end(kKnownAttributes),
                          [&](std::string_view one, std::string_view two) { return distance(one) < distance(two); });
-    return distance(*closest) <= kMostSlips ? *closest : std::string_view();
+    return distance(*closest) <= kMostSlips ? std::string(*closest) : "";
 }
 
 void CheckName(const TiXmlAttribute& attribute, Findings& findings)
@@ -67,7 +87,7 @@ void CheckName(const TiXmlAttribute& attribute, Findings& findings)
     if (std::find(std::begin(kKnownAttributes), std::end(kKnownAttributes), name) != std::end(kKnownAttributes))
         return;
     std::string text = "attribute " + QuotedText(name) + " is unknown and counts for nothing";
-    const std::string_view meant = MeantName(name);
+    const std::string meant = MeantName(name);
     if (!meant.empty())
         text.append("; is ").append(meant).append(" meant?");
     findings.push_back({"KT004", attribute.Row(), text});
