@@ -10,6 +10,7 @@
 #include <tuple>
 
 #include "attributeRules.h"
+#include "consequences.h"
 #include "entryList.h"
 #include "entryListRules.h"
 #include "fileRules.h"
@@ -57,6 +58,7 @@ void CheckRecords(const TiXmlDocument& table, const EntryList* list, ImageRules*
     for (const TableRecord& record : records) {
         Findings found;
         CheckAttributes(*record.element, found);
+        CheckRecordContent(*record.element, found);
         CheckPlaces(record, found);
         CheckSteering(record, found);
         order.Check(record, found);
@@ -66,6 +68,7 @@ void CheckRecords(const TiXmlDocument& table, const EntryList* list, ImageRules*
         if (image != nullptr)
             image->Check(record, found);
 
+        DropConsequences(found);
         ApplySuppressions(*record.element, found);
         findings.insert(findings.end(), found.begin(), found.end());
     }

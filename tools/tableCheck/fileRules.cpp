@@ -52,24 +52,11 @@ std::string FindDoubledAttribute(const std::string& path)
     return walk.Name();
 }
 
-void CheckIgnored(const TiXmlNode& node, Findings& findings)
-{
-    if (node.ToElement() != nullptr)
-        findings.push_back({"KT018", node.Row(),
-                            "element " + QuotedText(node.ValueStr()) + " stands within a record and is never read"});
-    else if (node.ToText() != nullptr)
-        findings.push_back({"KT018", node.Row(), "the text is never read: records have attributes only"});
-}
-
-void CheckChildren(const TiXmlElement& root, Findings& findings)
+void CheckTextBetweenRecords(const TiXmlElement& root, Findings& findings)
 {
     for (const TiXmlNode* child = root.FirstChild(); child != nullptr; child = child->NextSibling()) {
-        if (child->ToElement() == nullptr) {
-            CheckIgnored(*child, findings);
-            continue;
-        }
-        for (const TiXmlNode* inner = child->FirstChild(); inner != nullptr; inner = inner->NextSibling())
-            CheckIgnored(*inner, findings);
+        if (child->ToText() != nullptr)
+            findings.push_back({"KT018", child->Row(), "the text between records is never read"});
     }
 }
 
@@ -93,9 +80,21 @@ void CheckFile(const TiXmlDocument& table, Findings& findings)
         findings.push_back({"KT002", root == nullptr ? 1 : root->Row(), "the table has no record: the pass ends"});
     if (root == nullptr)
         return;
-    CheckChildren(*root, findings);
+    CheckTextBetweenRecords(*root, findings);
     for (const TiXmlElement* other = root->NextSiblingElement(); other != nullptr; other = other->NextSiblingElement())
         findings.push_back(
             {"KT019", other->Row(),
-             "element " + QuotedText(other->ValueStr()) + " stands behind the root: none of its records is looked at"});
+             "element " + QuotedText(other->ValueStr()) + " follows the root: none of its records is looked at"});
+}
+
+void CheckRecordContent(const TiXmlElement& record, Findings& findings)
+{
+    for (const TiXmlNode* child = record.FirstChild(); child != nullptr; child = child->NextSibling()) {
+        if (child->ToElement() == nullptr && child->ToText() == nullptr)
+            continue;
+        const std::string what = child->ToElement() == nullptr ? "text" : "element " + QuotedText(child->ValueStr());
+        findings.push_back(
+            {"KT018", child->Row(), what + " within the record is never read: records have attributes only"});
+        return; // the others have the same cause
+    }
 }

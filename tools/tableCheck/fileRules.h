@@ -8,6 +8,7 @@
 #include "finding.h"
 
 class TiXmlDocument;
+class TiXmlElement;
 
 /// Says why the program's loader did not take the table.
 ///
@@ -15,5 +16,8 @@ class TiXmlDocument;
 /// @param errorDesc  what `LoadXmlFile` said
 Finding ExplainLoadFailure(const TiXmlDocument& document, const std::string& path, const std::string& errorDesc);
 
-/// Rules about what stands outside the records' attributes: no record, content and elements that nobody reads.
+/// Rules about the file as a whole: no record, text between records, elements after the root.
 void CheckFile(const TiXmlDocument& table, Findings& findings);
+
+/// Rules about what is in a record next to its attributes.
+void CheckRecordContent(const TiXmlElement& record, Findings& findings);

@@ -37,7 +37,6 @@ void ImageRules::Check(const TableRecord& record, Findings& findings)
 {
     if (NamesNoFile(record.destinationFile))
         return; // the pass ends here on every phone
-    const std::string value = ReadSource(record, findings);
     ImageFile* file = Find(record.destinationFile);
     if (file == nullptr) {
         findings.push_back(
@@ -49,34 +48,30 @@ void ImageRules::Check(const TableRecord& record, Findings& findings)
         findings.push_back(
             {"KT031", AttributeLine(*record.element, "dstFile"),
              QuotedText(record.destinationFile) + " is no configuration file in the image: the key is appended to it"});
-    const bool isLost = record.isEnciphered && IsLostToCipher(record, value, findings);
+    Source source = ReadSource(record, findings);
     if (!record.isEnciphered)
-        CheckStaysEnciphered(record, value, findings);
-    Write(record, value, isLost, *file, findings);
+        CheckStaysEnciphered(record, source.value, findings);
+    else if (IsLostToCipher(record, source.value, findings))
+        source.written.clear();
+    Write(record, source, *file, findings);
 }
 
-std::string ImageRules::ReadSource(const TableRecord& record, Findings& findings)
+ImageRules::Source ImageRules::ReadSource(const TableRecord& record, Findings& findings)
 {
     const char* file = record.element->Attribute("srcFile");
     if (!record.source || NamesNoFile(file))
-        return std::string(); // no source on any phone
+        return {}; // no source on any phone
     const ImageFile* image = Find(file);
-    if (image == nullptr) {
-        findings.push_back({"KT023", AttributeLine(*record.element, "srcFile"),
-                            "the image has no file " + QuotedText(file) +
-                                " that loads: " + Describe(record.destination) + " is set to empty"});
-        return std::string();
-    }
+    if (image == nullptr)
+        return {"", "", "KT023", AttributeLine(*record.element, "srcFile"),
+                "the image has no file " + QuotedText(file) + " that loads"};
     if (image->IsForeign() && !HasForeignEnding(file) && record.element->Attribute("dstFile") != nullptr)
         findings.push_back({"KT033", AttributeLine(*record.element, "srcFile"),
                             QuotedText(file) + " is no configuration file in the image: its keys are hardly found"});
     const Place& from = *record.source;
     if (const std::string* value = image->Find(from.section, from.key))
-        return *value;
-    findings.push_back(
-        {"KT024", record.Line(),
-         "the image has no key " + Describe(from) + ": " + Describe(record.destination) + " is set to empty"});
-    return std::string();
+        return {*value, *value, "", record.Line(), Describe(from) + " is empty"};
+    return {"", "", "KT024", record.Line(), "the image has no key " + Describe(from)};
 }
 
 /// The value itself can show that it is a secret where neither list nor table does.
@@ -113,22 +108,24 @@ bool ImageRules::IsLostToCipher(const TableRecord& record, const std::string& va
     return isLost;
 }
 
-void ImageRules::Write(const TableRecord& record, const std::string& value, bool isLost, ImageFile& file,
-                       Findings& findings)
+void ImageRules::Write(const TableRecord& record, const Source& source, ImageFile& file, Findings& findings)
 {
     const Place& to = record.destination;
     const std::string* before = file.Find(to.section, to.key);
     const bool isNew = before == nullptr;
     const bool wasEmpty = isNew || before->empty();
-    if (!file.Set(to.section, to.key, isLost ? std::string() : value)) {
+    if (!file.Set(to.section, to.key, source.written)) {
         if (IsStorable(to))
             findings.push_back({"KT029", record.Line(),
-                                "the store refuses the value, which ends in a line break or holds a zero byte: " +
+                                "the store refuses the value, which has a line break or a zero byte in it: " +
                                     Describe(to) + " stays as it is"});
         return;
     }
-    if (!wasEmpty && value.empty())
-        findings.push_back({"KT025", record.Line(), "the value of " + Describe(to) + " is set to empty, and lost"});
+    if (!wasEmpty && source.value.empty())
+        findings.push_back({"KT025", record.Line(),
+                            source.whyEmpty + ": the value of " + Describe(to) + " is set to empty, and lost"});
+    else if (!source.rule.empty())
+        findings.push_back({source.rule, source.line, source.whyEmpty + ": " + Describe(to) + " is set to empty"});
     if (isNew && !record.IsInPlace())
         findings.push_back({"KT028", record.Line(), "the image has no key " + Describe(to) + ": it is made"});
 }

@@ -5,6 +5,7 @@
 
 #include <map>
 #include <string>
+#include <string_view>
 
 #include "finding.h"
 #include "imageFile.h"
@@ -27,10 +28,19 @@ public:
     void Check(const TableRecord& record, Findings& findings);
 
 private:
-    std::string ReadSource(const TableRecord& record, Findings& findings);
+    /// What a record reads, and what to report where that empties the destination.
+    struct Source {
+        std::string value;
+        std::string written;   ///< the value, but for one that the cipher loses
+        std::string_view rule; ///< that the source breaks; empty when the image has it
+        int line = 0;
+        std::string whyEmpty;
+    };
+
+    Source ReadSource(const TableRecord& record, Findings& findings);
     void CheckStaysEnciphered(const TableRecord& record, const std::string& value, Findings& findings) const;
     bool IsLostToCipher(const TableRecord& record, const std::string& value, Findings& findings) const;
-    void Write(const TableRecord& record, const std::string& value, bool isLost, ImageFile& file, Findings& findings);
+    void Write(const TableRecord& record, const Source& source, ImageFile& file, Findings& findings);
     ImageFile* Find(const std::string& devicePath);
     ImageFile* Load(const std::string& path);
 

@@ -71,7 +71,7 @@ void CheckDestinationFile(const TableRecord& record, Findings& findings)
     const Given file = FirstGiven(element, "dstFile", "srcFile");
     const int line = AttributeLine(element, file.name);
     if (element.Attribute(file.name) == nullptr)
-        findings.push_back({"KT006", line, "neither dstFile nor srcFile is given: the pass ends here"});
+        findings.push_back({"KT006", line, "the record has no attribute dstFile or srcFile: the pass ends here"});
     else if (NamesNoFile(file.text))
         findings.push_back({"KT006", line, file.Quoted() + " names no file to write to: the pass ends here"});
     else if (const std::string_view why = WhyNoPhoneHas(file.text); !why.empty())
@@ -123,7 +123,8 @@ void CheckSourceAttributes(const TableRecord& record, Findings& findings)
         return;
     const std::string effect =
         NamesNoFile(record.destinationFile) ? "" : ", and " + Describe(record.destination) + " is set to empty";
-    findings.push_back({"KT005", record.Line(), "no " + missing + ": nothing is read" + effect});
+    findings.push_back(
+        {"KT005", record.Line(), "the record has no attribute " + missing + ": nothing is read" + effect});
 }
 
 /// A section's name keeps its blanks, unlike a key's, so that it is another section than the one that was meant.

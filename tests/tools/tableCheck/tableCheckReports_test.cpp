@@ -18,8 +18,7 @@ constexpr char kText[] =
     "overwritten [KT010]\n"
     "reports.xml:5: warning: srcEncrypt=\"50%,:yes\" is no boolean: the attribute counts as absent [KT007]\n"
     "reports.xml:5: note: srcEncrypt is never read: dstEncrypt is given, and counts alone [KT009]\n"
-    "reports.xml:6: error: no srcFile: nothing is read [KT005]\n"
-    "reports.xml:6: error: neither dstFile nor srcFile is given: the pass ends here [KT006]\n";
+    "reports.xml:6: error: the record has no attribute dstFile or srcFile: the pass ends here [KT006]\n";
 
 constexpr char kGithub[] =
     "::warning file=reports.xml,line=3,title=KT010::[Audio] nNew of /config/user/user.ini has been written by the "
@@ -27,8 +26,7 @@ constexpr char kGithub[] =
     "::warning file=reports.xml,line=5,title=KT007::srcEncrypt=\"50%25,:yes\" is no boolean: the attribute counts as "
     "absent\n"
     "::notice file=reports.xml,line=5,title=KT009::srcEncrypt is never read: dstEncrypt is given, and counts alone\n"
-    "::error file=reports.xml,line=6,title=KT005::no srcFile: nothing is read\n"
-    "::error file=reports.xml,line=6,title=KT006::neither dstFile nor srcFile is given: the pass ends here\n";
+    "::error file=reports.xml,line=6,title=KT006::the record has no attribute dstFile or srcFile: the pass ends here\n";
 
 constexpr char kJson[] = R"({
   "version": 1,
@@ -47,7 +45,7 @@ constexpr char kJson[] = R"({
       "line": 5,
       "severity": "error",
       "rule": "KT005",
-      "text": "no srcFile, srcSec, srcKey: nothing is read, and [Audio] nThird of /config/user/user.ini is set to empty"
+      "text": "the record has no attribute srcFile, srcSec, srcKey: nothing is read, and [Audio] nThird of /config/user/user.ini is set to empty"
     },
     {
       "line": 6,
@@ -65,13 +63,13 @@ constexpr char kJson[] = R"({
       "line": 7,
       "severity": "error",
       "rule": "KT005",
-      "text": "no srcFile, srcSec, srcKey: nothing is read, and [Audio] nFourth of /config/user/user.ini is set to empty"
+      "text": "the record has no attribute srcFile, srcSec, srcKey: nothing is read, and [Audio] nFourth of /config/user/user.ini is set to empty"
     },
     {
       "line": 7,
       "severity": "warning",
       "rule": "KT018",
-      "text": "the text is never read: records have attributes only"
+      "text": "the text between records is never read"
     }
   ]
 }

@@ -236,7 +236,10 @@ TEST(TableRulesAndProgram, WhatIsFoundInOneRecordComesTrue)
         } else {
             EXPECT_FALSE(trial.isStopped);
             // Whether a value is too long to encipher matters on a locked phone only.
-            if (!trial.Found({"KT026"})) {
+            // A record that has no source on any phone is found as that, whatever the destination holds.
+            if (trial.Found({"KT005", "KT017"})) {
+                EXPECT_FALSE(trial.Found({"KT025"}));
+            } else if (!trial.Found({"KT026"})) {
                 EXPECT_EQ(trial.isEmptied, trial.Found({"KT025"}));
             }
         }
