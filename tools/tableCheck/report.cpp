@@ -4,6 +4,7 @@
 #include "report.h"
 
 #include <algorithm>
+#include <map>
 #include <nlohmann/json.hpp>
 
 #include "phoneImage/printable.h"
@@ -29,6 +30,36 @@ std::string PercentEncoded(std::string_view text, std::string_view reserved)
             encoded.append({'%', kDigits[character / 16], kDigits[character % 16]});
     }
     return encoded;
+}
+
+struct SameNotes {
+    std::size_t first; ///< its index among those that are shown
+    int count;
+    int lastLine;
+};
+
+/// @return the findings with one note for each rule, which counts the others: these lines are for people
+Findings WithNotesSummedUp(const Findings& findings)
+{
+    Findings shown;
+    std::map<std::string_view, SameNotes> notes;
+    for (const Finding& finding : findings) {
+        const bool isNote = SeverityOf(finding) == Severity::Note;
+        if (const auto known = notes.find(finding.rule); isNote && known != notes.end()) {
+            ++known->second.count;
+            known->second.lastLine = finding.line;
+            continue;
+        }
+        if (isNote)
+            notes.insert({finding.rule, {shown.size(), 1, finding.line}});
+        shown.push_back(finding);
+    }
+    for (const auto& [rule, same] : notes) {
+        if (same.count > 1)
+            shown[same.first].text += " (the first of " + std::to_string(same.count) +
+                                      " such records, the last is at line " + std::to_string(same.lastLine) + ")";
+    }
+    return shown;
 }
 
 std::string_view GithubCommand(Severity severity)
@@ -75,7 +106,7 @@ void KeepFrom(Severity least, Findings& findings)
 std::string TextReport(const std::string& path, const Findings& findings)
 {
     std::string report;
-    for (const Finding& finding : findings) {
+    for (const Finding& finding : WithNotesSummedUp(findings)) {
         report.append(Printable(path)).append(":").append(std::to_string(finding.line)).append(": ");
         report.append(SeverityName(SeverityOf(finding))).append(": ").append(finding.text);
         report.append(" [").append(finding.rule).append("]\n");
@@ -103,7 +134,7 @@ std::string JsonReport(const std::string& path, const Findings& findings)
 std::string GithubReport(const std::string& path, const Findings& findings)
 {
     std::string report;
-    for (const Finding& finding : findings) {
+    for (const Finding& finding : WithNotesSummedUp(findings)) {
         report.append("::").append(GithubCommand(SeverityOf(finding)));
         report.append(" file=").append(PercentEncoded(Printable(path), "%:,"));
         report.append(",line=").append(std::to_string(finding.line)).append(",title=").append(finding.rule);

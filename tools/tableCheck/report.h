@@ -24,11 +24,11 @@ int ExitStatus(const Findings& findings);
 void KeepFrom(Severity least, Findings& findings);
 
 /// @param path  the table's, as it was given
-/// @return a line "path:line: severity: text [KT000]" for each finding
+/// @return a line "path:line: severity: text [KT000]" for each error and warning, and one for all notes of a rule
 std::string TextReport(const std::string& path, const Findings& findings);
 
-/// @return one JSON object (docs/table-check.md)
+/// @return one JSON object with every finding (docs/table-check.md)
 std::string JsonReport(const std::string& path, const Findings& findings);
 
-/// @return a line for each finding, in the form of workflow commands: a code review shows them beside the table
+/// @return the same lines in the form of workflow commands: a code review shows them next to the table
 std::string GithubReport(const std::string& path, const Findings& findings);

@@ -3,6 +3,7 @@
 
 // Whole runs of kestrune-table-check: what it prints, and its exit status.
 
+#include <algorithm>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -98,6 +99,30 @@ TEST(TableCheckReports, JsonListsWhatIsNotSuppressed)
     const ProcessResult result = RunTableCheck({"--format=json", "suppressed.xml"});
     EXPECT_EQ(result.output, kJson);
     EXPECT_EQ(result.exitStatus, 2);
+}
+
+TEST(TableCheckReports, TextAndGithubSumUpTheNotesOfARule)
+{
+    const std::string text =
+        "the image has no key [Audio] nMade of /config/user/user.ini: it is made (the first of 2 such "
+        "records, the last is at line 4)";
+    EXPECT_EQ(RunTableCheck({"--root", "phone", "rules/KT028.fires.xml"}).output,
+              "rules/KT028.fires.xml:3: note: " + text + " [KT028]\n");
+    EXPECT_EQ(RunTableCheck({"--root", "phone", "--format=github", "rules/KT028.fires.xml"}).output,
+              "::notice file=rules/KT028.fires.xml,line=3,title=KT028::" + text + "\n");
+    const std::string json = RunTableCheck({"--root", "phone", "--format=json", "rules/KT028.fires.xml"}).output;
+    EXPECT_EQ(nlohmann::json::parse(json).at("findings").size(), 2u);
+    EXPECT_EQ(nlohmann::json::parse(json).at("notes"), 2);
+    const std::string warnings = RunTableCheck({"rules/KT007.fires.xml"}).output;
+    EXPECT_EQ(std::count(warnings.begin(), warnings.end(), '\n'), 2);
+}
+
+TEST(TableCheckReports, TheExampleHasAShortReport)
+{
+    const std::string table = SourcePath("examples/phone/phone/resource/kestrune.xml");
+    const ProcessResult result = RunTableCheck({"--root", SourcePath("examples/phone"), table});
+    EXPECT_EQ(result.exitStatus, 0);
+    EXPECT_LE(std::count(result.output.begin(), result.output.end(), '\n'), 2) << result.output;
 }
 
 TEST(TableCheckReports, JsonOfACleanTableHasNoFindings)
