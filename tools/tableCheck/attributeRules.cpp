@@ -19,7 +19,7 @@ namespace
 constexpr std::string_view kKnownAttributes[] = {"srcFile", "srcSec", "srcKey", "srcEncrypt",
                                                  "dstFile", "dstSec", "dstKey", "dstEncrypt"};
 
-/// Names further from a known one than this are no slips of the pen.
+/// Names with more differences from a known one are not taken for typing errors.
 constexpr std::size_t kMostSlips = 2;
 
 std::string LowerCase(std::string_view text)
@@ -86,7 +86,7 @@ void CheckName(const TiXmlAttribute& attribute, Findings& findings)
     const std::string_view name = attribute.Name();
     if (std::find(std::begin(kKnownAttributes), std::end(kKnownAttributes), name) != std::end(kKnownAttributes))
         return;
-    std::string text = "attribute " + QuotedText(name) + " is unknown and counts for nothing";
+    std::string text = "attribute " + QuotedText(name) + " is unknown and ignored";
     const std::string meant = MeantName(name);
     if (!meant.empty())
         text.append("; is ").append(meant).append(" meant?");
@@ -108,7 +108,7 @@ void CheckFlag(const TiXmlElement& record, const char* name, Findings& findings)
     const std::string given = name + ("=" + QuotedText(text));
     if (!QueryXmlFlag(&record, name, flag))
         findings.push_back(
-            {"KT007", AttributeLine(record, name), given + " is no boolean: the attribute counts as absent"});
+            {"KT007", AttributeLine(record, name), given + " is not a boolean: the attribute counts as absent"});
     else if (!IsBooleanWord(text))
         findings.push_back({"KT008", AttributeLine(record, name),
                             given + " is read by its beginning, as " + (flag ? "true" : "false")});
@@ -124,6 +124,6 @@ void CheckAttributes(const TiXmlElement& record, Findings& findings)
     CheckFlag(record, "srcEncrypt", findings);
     bool flag = false;
     if (record.Attribute("srcEncrypt") != nullptr && QueryXmlFlag(&record, "dstEncrypt", flag))
-        findings.push_back({"KT009", AttributeLine(record, "srcEncrypt"),
-                            "srcEncrypt is never read: dstEncrypt is given, and counts alone"});
+        findings.push_back(
+            {"KT009", AttributeLine(record, "srcEncrypt"), "srcEncrypt is never read: dstEncrypt is given"});
 }

@@ -13,6 +13,6 @@ void CheckEntryList(const TableRecord& record, const EntryList& list, Findings& 
     if (!isListed && record.isEnciphered)
         findings.push_back({"KT014", record.Line(),
                             Describe(record.destination) +
-                                " is no active entry of the list, but the encrypt flag is on: the password pass will "
-                                "never convert it"});
+                                " is not an active entry of the list, but the encrypt flag is on: the password pass "
+                                "never converts it"});
 }

@@ -84,7 +84,7 @@ void CheckFile(const TiXmlDocument& table, Findings& findings)
     for (const TiXmlElement* other = root->NextSiblingElement(); other != nullptr; other = other->NextSiblingElement())
         findings.push_back(
             {"KT019", other->Row(),
-             "element " + QuotedText(other->ValueStr()) + " follows the root: none of its records is looked at"});
+             "element " + QuotedText(other->ValueStr()) + " follows the root: its records are never read"});
 }
 
 void CheckRecordContent(const TiXmlElement& record, Findings& findings)

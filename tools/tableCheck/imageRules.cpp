@@ -17,7 +17,7 @@
 namespace
 {
 
-/// @return false when the names alone keep the store from writing there
+/// @return false when the store refuses the names, whatever the value
 bool IsStorable(const Place& place)
 {
     iniFile probe;
@@ -66,8 +66,9 @@ ImageRules::Source ImageRules::ReadSource(const TableRecord& record, Findings& f
         return {"", "", "KT023", AttributeLine(*record.element, "srcFile"),
                 "the image has no file " + QuotedText(file) + " that loads"};
     if (image->IsForeign() && !HasForeignEnding(file) && record.element->Attribute("dstFile") != nullptr)
-        findings.push_back({"KT033", AttributeLine(*record.element, "srcFile"),
-                            QuotedText(file) + " is no configuration file in the image: its keys are hardly found"});
+        findings.push_back(
+            {"KT033", AttributeLine(*record.element, "srcFile"),
+             QuotedText(file) + " is no configuration file in the image: it is unlikely to have the key"});
     const Place& from = *record.source;
     if (const std::string* value = image->Find(from.section, from.key))
         return {*value, *value, "", record.Line(), Describe(from) + " is empty"};
@@ -87,7 +88,7 @@ void ImageRules::CheckStaysEnciphered(const TableRecord& record, const std::stri
                                 " gets it plain, also on a locked phone"});
 }
 
-/// The value in memory keeps the form that it has on the phone: whether it can be enciphered depends on that alone.
+/// The value in memory keeps the form that it has on the phone: that decides whether it can be enciphered.
 bool ImageRules::IsLostToCipher(const TableRecord& record, const std::string& value, Findings& findings) const
 {
     if (value.find('\0') != std::string::npos)
@@ -127,7 +128,7 @@ void ImageRules::Write(const TableRecord& record, const Source& source, ImageFil
     else if (!source.rule.empty())
         findings.push_back({source.rule, source.line, source.whyEmpty + ": " + Describe(to) + " is set to empty"});
     if (isNew && !record.IsInPlace())
-        findings.push_back({"KT028", record.Line(), "the image has no key " + Describe(to) + ": it is made"});
+        findings.push_back({"KT028", record.Line(), "the image has no key " + Describe(to) + ": it is added"});
 }
 
 ImageFile* ImageRules::Find(const std::string& devicePath)

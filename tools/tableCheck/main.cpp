@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// kestrune-table-check: says what a translation table will do on the phones, before it is shipped.
+// kestrune-table-check: reports what a translation table will do on the phones, before it is shipped.
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
@@ -16,7 +16,7 @@
 namespace
 {
 
-/// The command line is wrong, or something but the table cannot be read.
+/// Exit status when nothing could be checked.
 constexpr int kNotChecked = 3;
 
 struct Options {
@@ -30,20 +30,20 @@ struct Options {
 void Describe(CLI::App& app, Options& options)
 {
     app.add_option("TABLE", options.input.table, "the translation table");
-    app.add_option("--root", options.input.image, "check against a phone: a folder with its config, phone and tmp")
+    app.add_option("--root", options.input.image, "phone to check against: a folder with its config, phone and tmp")
         ->type_name("IMAGE")
         ->check(CLI::ExistingDirectory.description(""));
-    app.add_option("--entry-list", options.input.entryList, "the entries kept enciphered, in place of the image's list")
+    app.add_option("--entry-list", options.input.entryList, "list of enciphered entries to use instead of the image's")
         ->type_name("FILE")
         ->check(CLI::ExistingFile.description(""));
-    app.add_option("--format", options.format, "how to report")
+    app.add_option("--format", options.format, "format of the report")
         ->type_name("FORMAT")
         ->check(CLI::IsMember({"text", "json", "github"}));
     app.add_option("--severity", options.least, "the least severity to report")
         ->type_name("SEVERITY")
         ->check(CLI::IsMember({"note", "warning", "error"}));
-    app.add_option("--explain", options.explained, "say what a rule means, such as KT004")->type_name("RULE");
-    app.add_flag("--list-rules", options.listRules, "list all rules");
+    app.add_option("--explain", options.explained, "describe a rule, such as KT004, and exit")->type_name("RULE");
+    app.add_flag("--list-rules", options.listRules, "list all rules and exit");
     app.footer("Exit status: 2 with errors, 1 with warnings, 0 without either, 3 when nothing could be checked.");
 }
 

@@ -29,8 +29,8 @@ void OrderRules::Check(const TableRecord& record, Findings& findings)
     if (record.source) {
         if (const auto mover = movers_.find(*record.source); mover != movers_.end())
             findings.push_back({"KT011", record.Line(),
-                                Describe(*record.source) + " holds by now what " + RecordAt(mover->second) +
-                                    " has written: that value is moved on"});
+                                Describe(*record.source) + " now has the value that " + RecordAt(mover->second) +
+                                    " has written: this value is moved on"});
     }
     writers_.insert_or_assign(to, record.Line());
     if (record.IsInPlace())

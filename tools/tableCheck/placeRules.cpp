@@ -43,7 +43,7 @@ Given FirstGiven(const TiXmlElement& record, const char* name, const char* fallb
     return {fallbackName, text == nullptr ? "" : text};
 }
 
-/// @return true when a path has what stands for several files or for a number in lists and scripts
+/// @return true when a path has a wildcard, or a format that takes a number or a name
 bool HasPlaceholder(std::string_view path)
 {
     return path.find_first_of("*?{}") != std::string_view::npos || path.find("%d") != std::string_view::npos ||
@@ -103,7 +103,8 @@ void CheckSourceFile(const TableRecord& record, Findings& findings)
             {"KT034", line,
              given.Quoted() + " " + std::string(why) + ": " + Describe(record.destination) + " is set to empty"});
     else if (HasForeignEnding(given.text))
-        findings.push_back({"KT033", line, given.Quoted() + " is no configuration file: its keys are hardly found"});
+        findings.push_back(
+            {"KT033", line, given.Quoted() + " is no configuration file: it is unlikely to have the key"});
     else if (IsRelative(given.text))
         findings.push_back(
             {"KT015", line,

@@ -56,7 +56,7 @@ const TiXmlNode* SkipComments(const TiXmlNode* node)
     return node;
 }
 
-bool StandsBeforeRecord(const TiXmlComment& comment)
+bool IsBeforeRecord(const TiXmlComment& comment)
 {
     const TiXmlNode* next = SkipComments(&comment);
     const TiXmlDocument* document = comment.GetDocument();
@@ -75,7 +75,7 @@ void CheckComment(const TiXmlComment& comment, Findings& findings)
         if (FindRule(rule) == nullptr)
             findings.push_back({"KT021", comment.Row(), "there is no rule " + QuotedText(rule) + " to suppress"});
     }
-    if (!StandsBeforeRecord(comment))
+    if (!IsBeforeRecord(comment))
         findings.push_back({"KT021", comment.Row(), "no record follows the comment: nothing is suppressed"});
 }
 

@@ -21,7 +21,7 @@ struct Place {
     bool operator<(const Place& other) const { return Parts() < other.Parts(); }
 };
 
-/// @param file  as it stands in the table
+/// @param file  as the table has it
 Place MakePlace(const std::string& file, const std::string& section, const std::string& key);
 
 /// One record as the program reads it.
@@ -29,7 +29,7 @@ struct TableRecord {
     const TiXmlElement* element;
     std::optional<Place> source; ///< nothing when an attribute is absent
     Place destination;
-    std::string destinationFile; ///< as it stands in the table
+    std::string destinationFile; ///< as the table has it
     bool isEnciphered = false;   ///< the encrypt flag
 
     int Line() const;

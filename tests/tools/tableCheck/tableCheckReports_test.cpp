@@ -17,16 +17,17 @@ namespace
 constexpr char kText[] =
     "reports.xml:3: warning: [Audio] nNew of /config/user/user.ini has been written by the record at line 2 and is "
     "overwritten [KT010]\n"
-    "reports.xml:5: warning: srcEncrypt=\"50%,:yes\" is no boolean: the attribute counts as absent [KT007]\n"
-    "reports.xml:5: note: srcEncrypt is never read: dstEncrypt is given, and counts alone [KT009]\n"
+    "reports.xml:5: warning: srcEncrypt=\"50%,:yes\" is not a boolean: the attribute counts as absent [KT007]\n"
+    "reports.xml:5: note: srcEncrypt is never read: dstEncrypt is given [KT009]\n"
     "reports.xml:6: error: the record has no attribute dstFile or srcFile: the pass ends here [KT006]\n";
 
 constexpr char kGithub[] =
     "::warning file=reports.xml,line=3,title=KT010::[Audio] nNew of /config/user/user.ini has been written by the "
     "record at line 2 and is overwritten\n"
-    "::warning file=reports.xml,line=5,title=KT007::srcEncrypt=\"50%25,:yes\" is no boolean: the attribute counts as "
+    "::warning file=reports.xml,line=5,title=KT007::srcEncrypt=\"50%25,:yes\" is not a boolean: the attribute counts "
+    "as "
     "absent\n"
-    "::notice file=reports.xml,line=5,title=KT009::srcEncrypt is never read: dstEncrypt is given, and counts alone\n"
+    "::notice file=reports.xml,line=5,title=KT009::srcEncrypt is never read: dstEncrypt is given\n"
     "::error file=reports.xml,line=6,title=KT006::the record has no attribute dstFile or srcFile: the pass ends here\n";
 
 constexpr char kJson[] = R"({
@@ -40,7 +41,7 @@ constexpr char kJson[] = R"({
       "line": 5,
       "severity": "warning",
       "rule": "KT004",
-      "text": "attribute \"comment\" is unknown and counts for nothing"
+      "text": "attribute \"comment\" is unknown and ignored"
     },
     {
       "line": 5,
@@ -58,7 +59,7 @@ constexpr char kJson[] = R"({
       "line": 7,
       "severity": "warning",
       "rule": "KT004",
-      "text": "attribute \"comment\" is unknown and counts for nothing"
+      "text": "attribute \"comment\" is unknown and ignored"
     },
     {
       "line": 7,
@@ -104,7 +105,7 @@ TEST(TableCheckReports, JsonListsWhatIsNotSuppressed)
 TEST(TableCheckReports, TextAndGithubSumUpTheNotesOfARule)
 {
     const std::string text =
-        "the image has no key [Audio] nMade of /config/user/user.ini: it is made (the first of 2 such "
+        "the image has no key [Audio] nMade of /config/user/user.ini: it is added (the first of 2 such "
         "records, the last is at line 4)";
     EXPECT_EQ(RunTableCheck({"--root", "phone", "rules/KT028.fires.xml"}).output,
               "rules/KT028.fires.xml:3: note: " + text + " [KT028]\n");
@@ -134,9 +135,9 @@ TEST(TableCheckReports, JsonOfACleanTableHasNoFindings)
 
 TEST(TableCheckReports, ControlBytesOfATableAreEscaped)
 {
-    const std::string name = "attribute \"comment\\u202e\\x9b2J\" is unknown and counts for nothing";
+    const std::string name = "attribute \"comment\\u202e\\x9b2J\" is unknown and ignored";
     const std::string flag =
-        "dstEncrypt=\"\\x1b]0;title\\x07\\n::error::\\x7f\" is no boolean: the attribute counts as absent";
+        "dstEncrypt=\"\\x1b]0;title\\x07\\n::error::\\x7f\" is not a boolean: the attribute counts as absent";
     const std::string refusal =
         "other XML parsers refuse the table: Specification mandates value for attribute comment";
     EXPECT_EQ(RunTableCheck({"control-bytes.xml"}).output,
@@ -172,7 +173,7 @@ TEST(TableCheckReports, LettersOutsideAsciiAreShownAsTheyAre)
     const ScratchFolder folder;
     const std::string path = folder.Path("tëst/Größe.xml");
     WriteBytes(path, "<t><r srcFile='/config/a.ini' srcSec='S' srcKey='K' dstKey='L' größe='1'/></t>");
-    const std::string text = "attribute \"größe\" is unknown and counts for nothing";
+    const std::string text = "attribute \"größe\" is unknown and ignored";
     EXPECT_EQ(RunTableCheck({path}).output, path + ":1: warning: " + text + " [KT004]\n");
     EXPECT_EQ(RunTableCheck({"--format=github", path}).output,
               "::warning file=" + path + ",line=1,title=KT004::" + text + "\n");
@@ -268,7 +269,7 @@ TEST(TableCheckReports, ANoteCanBeLeftOut)
               std::string(kText).substr(std::string(kText).find("reports.xml:6")));
 }
 
-TEST(TableCheckReports, AnEntryListStandsInForThatOfTheImage)
+TEST(TableCheckReports, AnEntryListReplacesThatOfTheImage)
 {
     const ScratchFolder folder;
     WriteBytes(folder.Path("list.xml"), "<l><e file='/config/user/user.ini' section='Audio' key='nNew'/></l>");
@@ -293,13 +294,13 @@ TEST(TableCheckReports, ValuesOfThePhoneAreNeverPrinted)
     }
 }
 
-TEST(TableCheckReports, ExplainTellsEffectAndRemedy)
+TEST(TableCheckReports, ExplainNamesEffectAndRemedy)
 {
     const ProcessResult result = RunTableCheck({"--explain", "KT010"});
     EXPECT_EQ(RunTableCheck({"--explain", "kt010"}).output, result.output);
     EXPECT_EQ(result.output, "KT010 warning: Two records with one destination\n"
                              "\n"
-                             "Records are worked off from top to bottom, and the later one overwrites what\n"
+                             "Records are processed from top to bottom, and the later one overwrites what\n"
                              "the earlier one wrote, also with an empty value.\n"
                              "\n"
                              "What to do:\n"

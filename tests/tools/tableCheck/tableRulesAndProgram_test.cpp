@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-// What the rules say of random tables on random phones, held against what the real program does with them.
+// What the rules say of random tables on random phones, compared with what the real program does with them.
 
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -87,7 +87,7 @@ void PutRandomFiles(PhoneImage& phone, Dice& dice)
     }
 }
 
-/// Mostly one of the good texts; rarely one that makes sense to nobody, and rarely nothing.
+/// Mostly one of the good texts; rarely a meaningless one, and rarely nothing.
 std::string RandomAttribute(Dice& dice, const std::string& name, const std::vector<std::string>& good,
                             const std::vector<std::string>& bad, unsigned absentOnceIn)
 {

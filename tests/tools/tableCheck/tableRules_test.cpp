@@ -33,7 +33,7 @@ Findings Check(const std::string& table, const std::string& image = SourcePath(k
     return CheckTable({table, image, ""});
 }
 
-/// Checks a table that stands in a test.
+/// Checks a table given as text.
 std::string SummaryOf(const std::string& text, const std::string& image = "")
 {
     const ScratchFolder folder;
@@ -129,22 +129,22 @@ TEST(TableRules, AMiswrittenNameIsRecognised)
         const char* ending;
     };
     const Row rows[] = {
-        {"dstkey", "nothing; is dstKey meant?"},
-        {"DSTKEY", "nothing; is dstKey meant?"},
-        {"dstKye", "nothing; is dstKey meant?"},
-        {"dstSect", "nothing; is dstSec meant?"},
-        {"destFile", "nothing; is dstFile meant?"},
-        {"srcEncrypted", "nothing; is srcEncrypt meant?"},
-        {"dstSection", "nothing; is dstSec meant?"},
-        {"sourceFile", "nothing; is srcFile meant?"},
-        {"DestinationKey", "nothing; is dstKey meant?"},
-        {"encrypt", "nothing; is srcEncrypt or dstEncrypt meant?"},
-        {"file", "nothing; is srcFile or dstFile meant?"},
-        {"section", "nothing; is srcSec or dstSec meant?"},
-        {"Key", "nothing; is srcKey or dstKey meant?"},
-        {"comment", "nothing"},
-        {"dst", "nothing"},
-        {"destination-file-of-the-record", "nothing"},
+        {"dstkey", "ignored; is dstKey meant?"},
+        {"DSTKEY", "ignored; is dstKey meant?"},
+        {"dstKye", "ignored; is dstKey meant?"},
+        {"dstSect", "ignored; is dstSec meant?"},
+        {"destFile", "ignored; is dstFile meant?"},
+        {"srcEncrypted", "ignored; is srcEncrypt meant?"},
+        {"dstSection", "ignored; is dstSec meant?"},
+        {"sourceFile", "ignored; is srcFile meant?"},
+        {"DestinationKey", "ignored; is dstKey meant?"},
+        {"encrypt", "ignored; is srcEncrypt or dstEncrypt meant?"},
+        {"file", "ignored; is srcFile or dstFile meant?"},
+        {"section", "ignored; is srcSec or dstSec meant?"},
+        {"Key", "ignored; is srcKey or dstKey meant?"},
+        {"comment", "ignored"},
+        {"dst", "ignored"},
+        {"destination-file-of-the-record", "ignored"},
     };
     for (const Row& row : rows) {
         const ScratchFolder folder;
@@ -152,7 +152,7 @@ TEST(TableRules, AMiswrittenNameIsRecognised)
         const Findings findings = Check(folder.Path("t"), /*image=*/"");
         ASSERT_EQ(Summary(findings), "KT004 at 2") << row.name;
         const std::string text = findings.front().text;
-        EXPECT_EQ(text, "attribute \"" + std::string(row.name) + "\" is unknown and counts for " + row.ending);
+        EXPECT_EQ(text, "attribute \"" + std::string(row.name) + "\" is unknown and " + row.ending);
     }
 }
 
@@ -558,7 +558,7 @@ TEST(TableRules, LinksAndDotsDoNotLeadOutOfTheImage)
     }
 }
 
-TEST(TableRules, TheKeyOfTheImageTellsWhatIsEnciphered)
+TEST(TableRules, TheKeyOfTheImageDecidesWhatIsEnciphered)
 {
     const std::string table = TablePath(*FindRule("KT027"), "silent");
     EXPECT_EQ(Summary(Check(table)), "nothing");
