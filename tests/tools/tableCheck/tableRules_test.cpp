@@ -223,12 +223,21 @@ TEST(TableRules, OneMistakeIsOneFinding)
         {"<r srcFile='/config/user/user.ini' srcSec='Audio' srcKey='nNone' dstKey='nNew'/>", "KT025 at 2"},
         {"<r srcFile='/config/none.ini' srcSec='Audio' srcKey='nOld' dstFile='/config/user/user.ini'/>", "KT025 at 2"},
         {"<r srcFile='/config/*.ini' srcSec='Audio' srcKey='nOld' dstFile='/config/user/user.ini'/>", "KT034 at 2"},
+        {"<r srcFile='/config/user/user.ini' srcSec='Audio' srcKey='nNone' dstEncrypt='1'/>", "KT014 at 2, KT024 at 2"},
         {"<r srcFile='/config/none.ini' srcSec='Audio' srcKey='nOld'/>", "KT020 at 2, KT022 at 2"},
         {"<r srcFile='/config/user/user.ini' srcSec='Audio' srcKey='nOld' dstKey='nNew'>\n<a/><b/>\ntext</r>",
          "KT018 at 3"},
     };
     for (const Row& row : rows)
         EXPECT_EQ(SummaryOf("<t>\n" + std::string(row.records) + "</t>", SourcePath(kPhone)), row.found) << row.records;
+}
+
+TEST(TableRules, AnIntendedMistakeIsSuppressedWithItsConsequences)
+{
+    EXPECT_EQ(SummaryOf("<t><!-- kestrune-table-check: ignore KT005 -->"
+                        "<r dstFile='/config/user/user.ini' dstSec='Audio' dstKey='nOld'/></t>",
+                        SourcePath(kPhone)),
+              "nothing");
 }
 
 TEST(TableRules, LimitsOfTheLoaderAreThoseOfTheProgram)
@@ -381,6 +390,7 @@ TEST(TableRules, WhatStrictParsersRefuseIsFound)
         {Record("srcSec='S' srcKey='a<b' dstKey='L'"), "KT036 at 2"},
         {Record("srcSec='S' srcKey='\xff' dstKey='L'"), "KT036 at 2"},
         {Record("srcSec='S' srcKey=K dstKey='L'"), "KT036 at 2"},
+        {Record("srcSec='S' srcKey='K' dstKey='L' x:note='1'"), "KT004 at 2"}, // well-formed, a namespace is missing
         {"<t>\n" + other + "\n" + other + "</t>", "KT036 at 2, KT010 at 4, KT036 at 4"},
     };
     for (const Row& row : rows)
@@ -503,6 +513,10 @@ TEST(TableRules, TheImageIsReadAsTheStoreReadsIt)
             "<r srcFile='/config/a.ini' srcSec='S' srcKey='A' " + std::string(destination) + "/>";
         EXPECT_EQ(SummaryOf("<t>\n" + record + "</t>", folder.Path()), found) << destination;
     }
+    const std::string early = "<r srcFile='/config/a.ini' srcSec='' srcKey='Early' dstSec='S' dstKey='X'/>\n";
+    const std::string later = "<r srcFile='/config/a.ini' srcSec='S' srcKey='X' dstSec='T' dstKey='B'/>\n";
+    EXPECT_EQ(SummaryOf("<t>\n" + early + later + "</t>", folder.Path()),
+              "KT017 at 2, KT028 at 2, KT011 at 3, KT025 at 3"); // a key before the first section has no value
 }
 
 TEST(TableRules, AFileOfTheImageIsKnownByItsContent)
