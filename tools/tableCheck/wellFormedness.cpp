@@ -14,10 +14,10 @@ namespace
 
 using DocumentPointer = std::unique_ptr<xmlDoc, decltype(&xmlFreeDoc)>;
 
+/// The parser goes through the file from top to bottom.
 bool IsFoundAt(const Findings& findings, int line)
 {
-    return std::any_of(findings.begin(), findings.end(),
-                       [line](const Finding& finding) { return finding.rule == "KT036" && finding.line == line; });
+    return !findings.empty() && findings.back().rule == "KT036" && findings.back().line == line;
 }
 
 void AddError(const xmlError& error, Findings& findings)
