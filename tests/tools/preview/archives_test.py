@@ -7,6 +7,7 @@
 import gzip
 import io
 import os
+import stat
 import subprocess
 import tarfile
 
@@ -85,6 +86,15 @@ class Archives(previewTool.PreviewTest):
         self.assertEqual([file["path"] for file in shown.preview["files"]], ["/config/user/real.ini"])
         self.assertEqual(os.readlink(self.folder / "after/config/user/user.ini"), "real.ini")
 
+    def test_bits_do_not_depend_on_the_umask(self):
+        image = self.pack([USER, member("config/all", b"x", mode=0o666), member("config/few", b"x", mode=0o640)])
+        for umask in (0o000, 0o077):
+            after = self.folder / f"after{umask}"
+            result = subprocess.run([previewTool.PREVIEW, "--save-phone", after, image, "all"], umask=umask, check=False,
+                                    stdout=subprocess.DEVNULL)
+            self.assertEqual(result.returncode, previewTool.SOMETHING_CHANGES)
+            self.assertEqual([bits(after / "config" / name) for name in ("all", "few")], [0o666, 0o640])
+
     def test_two_names_of_one_file_become_two_files(self):
         image = self.pack([USER, member("config/user/again.ini", kind=tarfile.LNKTYPE, target="config/user/user.ini")])
         shown = self.show(image, "fix-ups-only")
@@ -107,6 +117,33 @@ class Archives(previewTool.PreviewTest):
         subprocess.run(["tar", "--create", "--sparse", "--file", self.folder / "image.tar", "--directory", image, "config"],
                        check=True)
         self.check_refused(self.folder / "image.tar")
+
+    def test_a_file_that_is_one_hole_is_zeros(self):
+        image = self.phone({"/config/user/user.ini": INI})
+        (image / "config/hole").touch()
+        os.truncate(image / "config/hole", 1 << 20)
+        subprocess.run(["tar", "--create", "--sparse", "--file", self.folder / "image.tar", "--directory", image, "config"],
+                       check=True)
+        self.assertLess((self.folder / "image.tar").stat().st_size, 1 << 16)
+        self.show("--save-phone", self.folder / "after", self.folder / "image.tar", "all")
+        self.assertEqual((self.folder / "after/config/hole").read_bytes(), bytes(1 << 20))
+
+    def test_holes_count_as_bytes(self):
+        """Ten files of 60 MiB, each of them one hole."""
+        image = self.phone({"/config/user/user.ini": INI})
+        for number in range(10):
+            (image / f"config/{number}").touch()
+            os.truncate(image / f"config/{number}", 60 << 20)
+        subprocess.run(["tar", "--create", "--sparse", "--file", self.folder / "image.tar", "--directory", image, "config"],
+                       check=True)
+        self.check_refused(self.folder / "image.tar")
+        self.check_refused(image)
+
+    def test_folders_nested_without_end_are_refused(self):
+        deep = "config/" + "d/" * 150
+        self.check_refused(self.pack([USER, member(deep + "x", b"x")]))
+        image = self.phone({"/config/user/user.ini": INI, "/" + deep + "x": ""})
+        self.check_refused(image)
 
     def test_files_without_end_are_refused(self):
         members = [member(f"config/{number // 1000}/{number}") for number in range(100_100)]
@@ -154,6 +191,23 @@ class Archives(previewTool.PreviewTest):
         (image / "config/large").touch()
         os.truncate(image / "config/large", 1 << 32)
         self.check_refused(image)
+
+    def test_bits_that_change_the_user_are_taken_away(self):
+        """In the extracted archive, in the copy and in the phone that is saved; sticky folders stay."""
+        members = [member("config", kind=tarfile.DIRTYPE, mode=0o7755), USER, member("config/run", b"x", mode=0o7711)]
+        folder = self.phone({"/config/user/user.ini": INI, "/config/run": "x"})
+        os.chmod(folder / "config", 0o7755)
+        os.chmod(folder / "config/run", 0o7711)
+        for image, copies in ((self.pack(members), ("archive", "phone")), (folder, ("phone",))):
+            with self.subTest(image.name):
+                with previewTool.hold(self.folder, image, "all") as scratch:
+                    for copy in copies:
+                        self.assertEqual(bits(scratch / copy / "config/run"), 0o711)
+                        self.assertEqual(bits(scratch / copy / "config"), 0o1755)
+
+
+def bits(path):
+    return stat.S_IMODE(os.lstat(path).st_mode)
 
 
 if __name__ == "__main__":

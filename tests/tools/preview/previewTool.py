@@ -3,6 +3,7 @@
 
 """Phones in folders, and the preview run on them."""
 
+import contextlib
 import dataclasses
 import json
 import os
@@ -10,6 +11,7 @@ import pathlib
 import shutil
 import subprocess
 import tempfile
+import time
 import unittest
 
 import phones
@@ -24,7 +26,11 @@ MEMORY = "/dev/shm"  # each phone is made, read and thrown away: none of them ne
 if os.access(MEMORY, os.W_OK):
     os.environ["TMPDIR"] = MEMORY
 
+USER = "/config/user/user.ini"
+DONE = "[Feature]\nRingbackTimeout=120\n"  # nothing changes in it
 NOTHING_CHANGES, ERROR, SOMETHING_CHANGES = 0, 1, 2
+SKIPPED = 77
+SCRATCH = "kestrune-preview-scratch."  # how the names of its folders begin
 
 
 @dataclasses.dataclass(frozen=True)
@@ -67,6 +73,34 @@ def show(folder, *arguments):
                  (folder / "preview.html").read_text() if written else "")
 
 
+@contextlib.contextmanager
+def hold(folder, *arguments):
+    """Starts a preview that waits for a program which does not end, and gives its scratch folder; ends it afterwards."""
+    with running(folder, *arguments) as process:
+        scratch = next(path.parents[2] for path in (folder / "scratch").glob("*/phone/config/runs"))
+        yield scratch
+        process.terminate()
+
+
+@contextlib.contextmanager
+def running(folder, *arguments):
+    """The process of a preview whose program has begun and does not end; its scratch folders are in folder/scratch."""
+    program, scratch = folder / "program", folder / "scratch"
+    program.write_text("#!/bin/sh\ntouch /config/runs\nsleep 50\n")
+    program.chmod(0o755)
+    scratch.mkdir(exist_ok=True)
+    before = set(scratch.glob("*/phone/config/runs"))
+    with subprocess.Popen([PREVIEW, "--program", program, *map(str, arguments)], stdout=subprocess.DEVNULL,
+                          stderr=subprocess.DEVNULL, env={**os.environ, "TMPDIR": str(scratch)}) as process:
+        while not set(scratch.glob("*/phone/config/runs")) - before:
+            assert process.poll() is None, "it ended before its program began"
+            time.sleep(0.01)
+        try:
+            yield process
+        finally:
+            process.kill()
+
+
 class PreviewTest(unittest.TestCase):
     """A test with a folder of its own."""
 
@@ -88,6 +122,16 @@ class PreviewTest(unittest.TestCase):
             file.write_bytes(content.encode() if isinstance(content, str) else content)
         (root / "config").mkdir(parents=True, exist_ok=True)
         return root
+
+    def images(self, **contents):
+        """Images by these names; each has one file with the content."""
+        made = []
+        for name, content in contents.items():
+            file = self.folder / name / USER[1:]
+            file.parent.mkdir(parents=True)
+            file.write_text(content)
+            made.append(self.folder / name)
+        return made
 
     def show(self, *arguments):
         return show(self.folder, *arguments)
