@@ -3,50 +3,34 @@
 
 #include "printable.h"
 
-#include <cstdint>
+#include <algorithm>
 #include <cstdio>
+#include <iterator>
+#include <utf8.h>
 
 namespace
 {
 
-struct Character {
-    std::uint32_t code;
-    std::size_t size; ///< 0: no UTF-8
+struct Range {
+    char32_t first;
+    char32_t last;
 };
 
-bool IsContinuation(char byte)
+/// Controls, line breaks, and what Unicode 15 calls "default ignorable": it shows nothing or turns the line's direction.
+constexpr Range kNotSeen[] = {
+    {0x0, 0x1F},      {0x7F, 0x9F},     {0xAD, 0xAD},       {0x34F, 0x34F},     {0x61C, 0x61C},
+    {0x115F, 0x1160}, {0x17B4, 0x17B5}, {0x180B, 0x180F},   {0x200B, 0x200F},   {0x2028, 0x202E},
+    {0x2060, 0x206F}, {0x3164, 0x3164}, {0xFE00, 0xFE0F},   {0xFEFF, 0xFEFF},   {0xFFA0, 0xFFA0},
+    {0xFFF0, 0xFFFC}, {0xFFFE, 0xFFFF}, {0x1BCA0, 0x1BCA3}, {0x1D173, 0x1D17A}, {0xE0000, 0xE0FFF},
+};
+
+bool IsSeen(char32_t code)
 {
-    return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
+    return std::none_of(std::begin(kNotSeen), std::end(kNotSeen),
+                        [code](const Range& range) { return code >= range.first && code <= range.last; });
 }
 
-Character Decode(std::string_view text)
-{
-    constexpr std::uint32_t kLeast[] = {0, 0, 0x80, 0x800, 0x10000};
-    const auto lead = static_cast<unsigned char>(text.front());
-    if (lead < 0x80)
-        return {lead, 1};
-    const std::size_t size = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
-    if (lead < 0xC2 || lead > 0xF4 || text.size() < size)
-        return {lead, 0};
-    std::uint32_t code = lead & (0xFFu >> (size + 1));
-    for (std::size_t i = 1; i < size; ++i) {
-        if (!IsContinuation(text[i]))
-            return {lead, 0};
-        code = code << 6 | (static_cast<unsigned char>(text[i]) & 0x3Fu);
-    }
-    if (code < kLeast[size] || code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF))
-        return {lead, 0};
-    return {code, size};
-}
-
-bool IsHarmful(std::uint32_t code)
-{
-    return code < 0x20 || (code >= 0x7F && code < 0xA0) || // controls
-           code == 0x61C || code == 0x200E || code == 0x200F || (code >= 0x2028 && code <= 0x202E) ||
-           (code >= 0x2066 && code <= 0x2069) || code == 0xFEFF || (code >= 0xFFF0 && code <= 0xFFFF && code != 0xFFFD);
-}
-
-std::string Escape(std::uint32_t code)
+std::string Escape(char32_t code)
 {
     if (code == '\n')
         return "\\n";
@@ -54,25 +38,38 @@ std::string Escape(std::uint32_t code)
         return "\\r";
     if (code == '\t')
         return "\\t";
-    char text[8];
-    std::snprintf(text, sizeof text, code < 0x100 ? "\\x%02x" : "\\u%04x", code);
+    char text[12];
+    const auto number = static_cast<unsigned>(code);
+    if (code < 0x100)
+        std::snprintf(text, sizeof text, "\\x%02x", number);
+    else if (code < 0x10000)
+        std::snprintf(text, sizeof text, "\\u%04x", number);
+    else
+        std::snprintf(text, sizeof text, "\\U%08x", number);
     return text;
 }
 
 } // namespace
 
-std::string Printable(std::string_view bytes)
+std::string Printable(std::string_view bytes, Backslashes backslashes)
 {
     std::string text;
     text.reserve(bytes.size());
-    while (!bytes.empty()) {
-        const Character character = Decode(bytes);
-        const std::size_t size = character.size == 0 ? 1 : character.size;
-        if (character.size == 0 || IsHarmful(character.code))
-            text += Escape(character.code);
-        else
-            text.append(bytes.substr(0, size));
-        bytes.remove_prefix(size);
+    for (;;) {
+        const std::string_view valid = bytes.substr(0, utf8::find_invalid(bytes));
+        for (auto at = valid.begin(); at != valid.end();) {
+            const auto begin = at;
+            const char32_t code = utf8::next(at, valid.end());
+            if (code == '\\' && backslashes == Backslashes::Doubled)
+                text += "\\\\";
+            else if (IsSeen(code))
+                text.append(begin, at);
+            else
+                text += Escape(code);
+        }
+        if (valid.size() == bytes.size())
+            return text;
+        text += Escape(static_cast<unsigned char>(bytes[valid.size()]));
+        bytes.remove_prefix(valid.size() + 1);
     }
-    return text;
 }

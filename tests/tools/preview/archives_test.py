@@ -180,6 +180,25 @@ class Archives(previewTool.PreviewTest):
         self.assertNotIn("<b>\\xff<b>", shown.html)
         self.assertIn("\\xff&lt;b&gt;", shown.html)
 
+    def test_what_cannot_be_seen_is_shown_as_escapes(self):
+        """Rows of a value, and of how it is shown. A backslash is doubled: an escape and its text differ."""
+        rows = [("\x1b", "\\x1b"), ("\\x1b", "\\\\x1b"), ("a\u200bb", "a\\u200bb"), ("a\u200db", "a\\u200db"),
+                ("a\u2060b", "a\\u2060b"), ("a\u00adb", "a\\xadb"), ("a\ufeffb", "a\\ufeffb"), ("a\u202eb", "a\\u202eb"),
+                ("a\U000e0041b", "a\\U000e0041b"), ("a\ufe0fb", "a\\ufe0fb"), ("a\U0001f600b", "a\U0001f600b"),
+                ("a\u3042b", "a\u3042b"), ("a\ufffdb", "a\ufffdb"), ("a\u0085b", "a\\x85b"), ("C:\\new", "C:\\\\new"),
+                (b"\xe2\x82", "\\xe2\\x82"), (b"\xc0\xaf", "\\xc0\\xaf"), (b"\xed\xa0\x80", "\\xed\\xa0\\x80"),
+                (b"\xf4\x90\x80\x80", "\\xf4\\x90\\x80\\x80"), (b"\xffA\xc3", "\\xffA\\xc3")]
+        keys = [f"k{number}" for number in range(len(rows))]
+        ini = b"[A]\n" + b"".join(key.encode() + b"=" + (value if isinstance(value, bytes) else value.encode()) + b"\n"
+                                  for key, (value, _) in zip(keys, rows))
+        table = "<t>" + "".join(f'<r srcFile="/config/user/user.ini" srcSec="A" srcKey="{key}" dstSec="B" dstKey="{key}"/>'
+                                for key in keys) + "</t>"
+        shown = self.show(self.phone({"/config/user/user.ini": ini, "/phone/resource/kestrune.xml": table}), "dev")
+        for key, (value, expected) in zip(keys, rows):
+            with self.subTest(value):
+                self.assertEqual(shown.change("/config/user/user.ini", "B", key)["after"], expected)
+                self.assertIn(f"+ {key} = {expected}  (", shown.text)
+
     def test_folders_are_held_to_the_same(self):
         image = self.phone({"/config/user/user.ini": INI})
         os.mkfifo(image / "config/pipe")
