@@ -4,6 +4,9 @@
 
 """A browser draws the page on wide and narrow screens and on paper."""
 
+import html
+import json
+import re
 import shutil
 import struct
 import subprocess
@@ -29,12 +32,44 @@ def pixels(image):
     return width, height, zlib.decompress(packed)
 
 
+MEASURE = """
+onload = () => {
+    const page = document.querySelector("iframe").contentDocument;
+    const lines = cell => {
+        const range = page.createRange();
+        range.selectNodeContents(cell);
+        return new Set([...range.getClientRects()].map(box => Math.round(box.bottom))).size;
+    };
+    const texts = ".chart th, .chart td:last-child, svg text";
+    const result = {
+        firstColumn: [...page.querySelectorAll(".wide td:first-child")].map(lines),
+        brokenNames: [...page.querySelectorAll("td.name")].filter(cell => lines(cell) > 2 && /^\\S+ \\S+$/.test(cell.innerText))
+            .map(cell => cell.innerText),
+        chartText: [...page.querySelectorAll(texts)].filter(text => text.textContent).map(
+            text => text.getBoundingClientRect().height / lines(text)),
+        pageWidth: page.documentElement.scrollWidth,
+        bars: [...page.querySelectorAll("rect")].map(bar => bar.getBoundingClientRect().width),
+    };
+    document.body.textContent = "MEASURED" + JSON.stringify(result) + "END";
+};
+"""
+
+
 class PageDrawn(previewTool.PreviewTest):
     def draw(self, *options):
         result = subprocess.run([BROWSER, "--headless", "--no-sandbox", "--disable-gpu", "--hide-scrollbars",
                                  f"--user-data-dir={self.folder}/profile", *options,
                                  f"file://{self.folder}/preview.html"], capture_output=True, timeout=120, check=False)
         self.assertEqual(result.returncode, 0, result.stderr.decode(errors="replace"))
+        return result.stdout.decode()
+
+    def measure(self, page, width):
+        """Draws the page in a frame of that width and measures its texts there."""
+        (self.folder / "preview.html").write_text(
+            f'<!DOCTYPE html><body><script>{MEASURE}</script><iframe width="{width}" height="800" style="border: 0" '
+            f'srcdoc="{html.escape(page)}"></iframe></body>')
+        drawn = self.draw("--window-size=1200,900", "--dump-dom")
+        return json.loads(html.unescape(re.search("<body>MEASURED(.*)END", drawn)[1]))
 
     def test_on_screens_of_any_width(self):
         self.show(self.phone({}, base="example"), "all")
@@ -44,6 +79,18 @@ class PageDrawn(previewTool.PreviewTest):
             drawn_width, drawn_height, data = pixels(picture.read_bytes())
             self.assertEqual((drawn_width, drawn_height), (width, 1200))
             self.assertGreater(len(set(data)), 50)  # more than an empty page
+
+    def test_texts_can_be_read_on_a_narrow_screen(self):
+        page = self.show(self.phone({}, base="example"), "all").html
+        for width in (390, 1000):
+            with self.subTest(width):
+                measured = self.measure(page, width)
+                self.assertEqual(set(measured["firstColumn"]), {1})  # "added" stays whole
+                self.assertEqual(measured["brokenNames"], [])
+                self.assertGreater(min(measured["chartText"]), 11)  # a line of 9 px letters
+                self.assertLessEqual(measured["pageWidth"], width)
+                self.assertGreater(max(measured["bars"]), width / 6)
+                self.assertGreater(min(measured["bars"]), 0)
 
     def test_on_paper(self):
         self.show(self.phone({}, base="example"), "all")

@@ -10,13 +10,7 @@
 namespace
 {
 
-constexpr int kRowHeight = 20;
-constexpr int kTextWidth = 280;
-constexpr int kBarWidth = 260;
-constexpr int kWidth = kTextWidth + kBarWidth + 60;
-constexpr int kBaseLine = 14;
 constexpr std::size_t kMostFiles = 12;
-constexpr std::size_t kLongestLabel = 40;
 
 struct Bar {
     std::string label;
@@ -73,54 +67,31 @@ std::vector<Bar> BarsByFile(const Preview& preview)
     return bars;
 }
 
-/// Begins with what tells names apart: the end of a path.
-std::string ShortLabel(const std::string& label)
+/// The text of a bar is HTML, which keeps its size on every screen; the bar is a drawing, which gets the width that is left.
+std::string Row(const Bar& bar, int most)
 {
-    if (label.size() <= kLongestLabel)
-        return label;
-    std::size_t begin = label.size() - kLongestLabel;
-    while (begin < label.size() && (static_cast<unsigned char>(label[begin]) & 0xC0) == 0x80)
-        ++begin; // not within a character
-    return "\u2026" + label.substr(begin);
+    const std::string width = std::to_string(std::max(0.5, 100.0 * bar.count / most));
+    return "<tr><th>" + EscapeHtml(bar.label) +
+           "</th><td><svg viewBox=\"0 0 100 1\" preserveAspectRatio=\"none\" aria-hidden=\"true\"><rect width=\"" +
+           width + "\" height=\"1\"/></svg></td><td>" + std::to_string(bar.count) + "</td></tr>\n";
 }
 
-std::string Number(int value)
+std::string Chart(const char* title, const std::vector<Bar>& bars)
 {
-    return std::to_string(value);
-}
-
-void Draw(std::string& svg, int& y, const char* title, const std::vector<Bar>& bars)
-{
+    if (bars.empty())
+        return std::string();
     int most = 1;
     for (const Bar& bar : bars)
         most = std::max(most, bar.count);
-    svg += "<text x=\"0\" y=\"" + Number(y + kBaseLine) + "\" class=\"title\">" + EscapeHtml(title) + "</text>";
-    y += kRowHeight;
-    for (const Bar& bar : bars) {
-        const int width = std::max(2, static_cast<int>(std::int64_t{bar.count} * kBarWidth / most));
-        svg += "<text x=\"" + Number(kTextWidth - 8) + "\" y=\"" + Number(y + kBaseLine) + "\" text-anchor=\"end\">" +
-               EscapeHtml(ShortLabel(bar.label)) + "</text>";
-        svg += "<rect x=\"" + Number(kTextWidth) + "\" y=\"" + Number(y + 3) + "\" width=\"" + Number(width) +
-               "\" height=\"" + Number(kRowHeight - 6) + "\"/>";
-        svg += "<text x=\"" + Number(kTextWidth + width + 6) + "\" y=\"" + Number(y + kBaseLine) + "\">" +
-               Number(bar.count) + "</text>";
-        y += kRowHeight;
-    }
-    y += kRowHeight / 2;
+    std::string html = "<table class=\"chart\"><caption>" + EscapeHtml(title) + "</caption>\n";
+    for (const Bar& bar : bars)
+        html += Row(bar, most);
+    return html + "</table>\n";
 }
 
 } // namespace
 
 std::string ChangesChart(const Preview& preview)
 {
-    if (preview.files.empty())
-        return std::string();
-    std::string bars;
-    int height = 0;
-    const std::vector<Bar> byPass = BarsByPass(preview);
-    if (!byPass.empty())
-        Draw(bars, height, "Changes by pass", byPass);
-    Draw(bars, height, "Changes by file", BarsByFile(preview));
-    return "<svg viewBox=\"0 0 " + Number(kWidth) + " " + Number(height) +
-           "\" role=\"img\" aria-label=\"Changes by pass and by file\">" + bars + "</svg>\n";
+    return Chart("Changes by pass", BarsByPass(preview)) + Chart("Changes by file", BarsByFile(preview));
 }

@@ -7,6 +7,6 @@
 
 #include "shown/shownPreview.h"
 
-/// A picture of how many values each pass changed, and how many changed in each file: bars, as one SVG element. Empty when
-/// nothing changed.
+/// @return bar charts of how many values each pass changed and how many changed in each file, as tables; empty when
+///         nothing changed
 std::string ChangesChart(const Preview& preview);

@@ -3,7 +3,8 @@
 
 #pragma once
 
-/// How the page looks: plain, dark where the reader's screen is, and black on white on paper.
+/// The style of the page: dark on a dark screen, black on white on paper. The first column of a table never breaks; a table
+/// that is too wide for the screen scrolls.
 constexpr char kPageStyle[] = R"css(
 :root { color-scheme: light dark; --ink: #1d2733; --dim: #66717e; --line: #d8dee5; --paper: #fff; --shade: #f4f6f8;
   --added: #1a7f4b; --changed: #0b66a8; --emptied: #9a6a00; --removed: #b3261e; --bar: #4a90c4; }
@@ -20,20 +21,23 @@ h3 { font-size: 1rem; margin: 1.4rem 0 .3rem; overflow-wrap: anywhere; }
 .tiles { display: flex; flex-wrap: wrap; gap: .6rem; margin: 1rem 0; padding: 0; list-style: none; }
 .tiles li { flex: 1 1 9rem; padding: .6rem .8rem; background: var(--shade); border-radius: .4rem; }
 .tiles b { display: block; font-size: 1.4rem; }
-svg { display: block; width: 100%; max-width: 46rem; height: auto; margin: 1rem 0; }
-svg text { font: 12px system-ui, sans-serif; fill: var(--ink); } svg .title { font-weight: bold; }
-svg rect { fill: var(--bar); }
+.chart { max-width: 46rem; margin: 1rem 0; } .chart caption { font-weight: 600; text-align: left; }
+.chart th, .chart td { padding: .1rem .4rem; border: 0; background: none; vertical-align: middle; }
+.chart th { font-weight: normal; text-align: right; overflow-wrap: anywhere; }
+.chart td:nth-child(2) { width: 50%; } .chart svg { display: block; width: 100%; height: .9em; fill: var(--bar); }
 .wide { overflow-x: auto; } table { border-collapse: collapse; width: 100%; }
 th, td { padding: .2rem .5rem; text-align: left; vertical-align: top; border-bottom: 1px solid var(--line);
-  overflow-wrap: anywhere; }
+  overflow-wrap: break-word; }
+td:first-child { white-space: nowrap; }
 th { font-weight: 600; background: var(--shade); } td.name { font-family: ui-monospace, monospace; font-size: .9em; }
 .warning { margin: .6rem 0; padding: .5rem .8rem; background: var(--shade); border-left: .3rem solid var(--emptied); }
 .warning b { margin-right: .5rem; }
 pre { margin: .4rem 0; padding: .6rem; background: var(--shade); white-space: pre-wrap; overflow-wrap: anywhere;
   font-size: .85em; }
 @media (max-width: 40rem) { body { padding: .6rem; font-size: 14px; } th, td { padding: .2rem .3rem; }
-  svg text { font-size: 13px; } }
+  .chart td:nth-child(2) { width: 25%; } }
 @media print { :root { color-scheme: light; --ink: #000; --dim: #444; --line: #999; --paper: #fff; --shade: #fff;
   --added: #000; --changed: #000; --emptied: #000; --removed: #000; --bar: #777; }
-  body { max-width: none; padding: 0; font-size: 10pt; } h3 { break-after: avoid; } tr, .warning { break-inside: avoid; } }
+  body { max-width: none; padding: 0; font-size: 10pt; } h3 { break-after: avoid; } tr, .warning { break-inside: avoid; }
+  .wide { overflow: visible; } td { overflow-wrap: anywhere; } }
 )css";

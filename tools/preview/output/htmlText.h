@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-/// A text for between tags and within quoted attributes.
+/// @return the text as it is written between tags and in quoted attributes
 std::string EscapeHtml(std::string_view text);
 
 /// @return "<NAME class="CLASS">escaped text</NAME>"
