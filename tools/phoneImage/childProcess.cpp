@@ -10,7 +10,6 @@
 #include <memory>
 #include <poll.h>
 #include <spawn.h>
-#include <sstream>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -143,15 +142,4 @@ int RunInSteps(const std::vector<std::string>& arguments, const std::function<vo
             break; // it has ended, which its status tells
     }
     return child->Wait();
-}
-
-std::string SandboxWords(const ChildResult& result)
-{
-    std::string words;
-    std::istringstream errors(result.errors);
-    for (std::string line; std::getline(errors, line);) {
-        if (line.rfind("bwrap: ", 0) == 0)
-            words += (words.empty() ? "" : "; ") + line;
-    }
-    return words.empty() ? "exit status " + std::to_string(result.exitStatus) : words;
 }

@@ -25,6 +25,3 @@ ChildResult RunChild(const std::vector<std::string>& arguments, const std::strin
 /// @param atLine  called with each line, before the program goes on
 /// @return the program's exit status
 int RunInSteps(const std::vector<std::string>& arguments, const std::function<void(const std::string&)>& atLine);
-
-/// What the sandbox itself said of its failure: its own lines alone, since those of the program in it may hold secrets.
-std::string SandboxWords(const ChildResult& result);

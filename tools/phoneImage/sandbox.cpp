@@ -4,15 +4,19 @@
 #include "sandbox.h"
 
 #include <initializer_list>
+#include <sstream>
 
 #include "imageLimits.h"
+#include "scratch.h"
+#include "toolError.h"
 
 namespace fs = std::filesystem;
 
 std::vector<std::string> SandboxCommand(const fs::path& phone, const fs::path& program,
                                         const std::vector<std::string>& arguments)
 {
-    std::vector<std::string> command = {"bwrap", "--die-with-parent", "--new-session"};
+    // Without capabilities a program that root starts cannot mount this machine's folders again to write to them.
+    std::vector<std::string> command = {"bwrap", "--die-with-parent", "--new-session", "--cap-drop", "ALL"};
     const auto add = [&command](const std::vector<std::string>& options) {
         command.insert(command.end(), options.begin(), options.end());
     };
@@ -31,4 +35,15 @@ std::vector<std::string> SandboxCommand(const fs::path& phone, const fs::path& p
     add({"--remount-ro", "/", "--chdir", "/", "--", "/kestrune"});
     add(arguments);
     return command;
+}
+
+std::string SandboxWords(const ChildResult& result)
+{
+    std::string words;
+    std::istringstream errors(result.errors);
+    for (std::string line; std::getline(errors, line);) {
+        if (line.rfind("bwrap: ", 0) == 0)
+            words += (words.empty() ? "" : "; ") + line;
+    }
+    return words.empty() ? "exit status " + std::to_string(result.exitStatus) : words;
 }

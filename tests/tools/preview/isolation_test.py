@@ -1,0 +1,60 @@
+#!/usr/bin/env python3
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
+"""What the program in the sandbox can reach of this machine: no network, and nothing to write to but the phone."""
+
+import socket
+import subprocess
+
+import previewTool
+
+PROBE = """#!/bin/bash
+(: </dev/tcp/127.0.0.1/{port}) 2>/dev/null && echo connected
+echo probed
+"""
+
+WRITER = """#!/bin/sh
+for place in / /usr /usr/bin /usr/lib /etc /root /home /var /run /sys /mnt {folder}; do
+    (echo written >"$place/written-by-the-probe") 2>/dev/null && echo "$place" >>/config/written
+done
+(echo written >>/kestrune) 2>/dev/null && echo /kestrune >>/config/written
+mount -o remount,rw,bind /usr 2>/dev/null && echo remounted >>/config/written
+mount -t tmpfs none /usr 2>/dev/null && echo mounted >>/config/written
+for tree in config phone tmp; do
+    echo written >/$tree/probe
+done
+"""
+
+
+class Isolation(previewTool.PreviewTest):
+    def program(self, text):
+        program = self.folder / "program"
+        program.write_text(text)
+        program.chmod(0o755)
+        return program
+
+    def test_there_is_no_network(self):
+        with socket.create_server(("127.0.0.1", 0)) as listener:
+            probe = self.program(PROBE.format(port=listener.getsockname()[1]))
+            outside = subprocess.run([probe], capture_output=True, text=True, check=False)
+            self.assertEqual(outside.stdout, "connected\nprobed\n")  # or the probe would prove nothing
+            listener.accept()[0].close()
+            shown = self.show("--reports", "--program", probe, self.phone({}), "all")
+            self.assertEqual((shown.errors, shown.preview["reports"][0]["output"]), ("", ["probed"]))
+            listener.settimeout(0)
+            self.assertRaises(BlockingIOError, listener.accept)
+
+    def test_nothing_but_the_phone_can_be_written_to(self):
+        writer = self.program(WRITER.format(folder=self.folder))
+        self.show("--program", writer, "--save-phone", self.folder / "after", self.phone({}), "all")
+        for tree in ("config", "phone", "tmp"):
+            self.assertTrue((self.folder / "after" / tree / "probe").exists(), tree)
+        written = self.folder / "after/config/written"
+        self.assertEqual(written.read_text() if written.exists() else "", "")
+        self.assertFalse((self.folder / "written-by-the-probe").exists())
+        self.assertNotIn("written\n", writer.read_text()[-8:])
+
+
+if __name__ == "__main__":
+    previewTool.main()
