@@ -4,85 +4,73 @@
 #include "scratch.h"
 
 #include <cerrno>
-#include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
-#include <mutex>
-#include <set>
+#include <sys/file.h>
 #include <sys/stat.h>
-#include <thread>
 #include <unistd.h>
+#include <vector>
 
 #include "descriptor.h"
 #include "toolError.h"
 
+namespace fs = std::filesystem;
+
 namespace
 {
 
-/// All folders that are there. Never released: the thread that waits for signals may outlive everything else.
-struct Folders {
-    std::mutex mutex;
-    std::set<std::filesystem::path> paths;
-};
+constexpr const char* kStem = "kestrune-preview-scratch";
 
-Folders& AllFolders()
+fs::path ParentFolder()
 {
-    static auto* folders = new Folders;
-    return *folders;
+    const char* parent = std::getenv("TMPDIR");
+    return parent == nullptr || *parent == '\0' ? "/tmp" : parent;
 }
 
-sigset_t Interruptions()
+/// Locks a new folder against a process that looks for folders to remove.
+///
+/// @return false when such a process was faster
+bool Lock(const Temporary& folder)
 {
-    sigset_t signals;
-    sigemptyset(&signals);
-    for (const int signal : {SIGHUP, SIGINT, SIGTERM})
-        sigaddset(&signals, signal);
-    return signals;
+    if (flock(folder.Number(), LOCK_EX | LOCK_NB) != 0 && (errno == EWOULDBLOCK || errno == EBADF))
+        return false; // on a file system without locks no folder is removed
+    return fs::exists(folder.Path());
 }
 
-[[noreturn]] void EndAtInterruption()
+/// @return whether it is a folder of this user, and not a link to one, that no process has locked; it is locked then
+bool IsLeftBehind(const Descriptor& folder)
 {
-    const sigset_t signals = Interruptions();
-    int signal = 0;
-    while (sigwait(&signals, &signal) != 0) {
-    }
-    const std::lock_guard lock(AllFolders().mutex); // kept: nobody makes another one
-    std::error_code ignored;                        // nobody is left to tell
-    for (const std::filesystem::path& path : AllFolders().paths)
-        std::filesystem::remove_all(path, ignored);
-    _exit(128 + signal);
+    struct stat status = {};
+    return folder.IsOpen() && fstat(folder.Number(), &status) == 0 && status.st_uid == geteuid() &&
+           flock(folder.Number(), LOCK_EX | LOCK_NB) == 0;
 }
 
 } // namespace
 
-void RemoveScratchWhenInterrupted()
-{
-    const sigset_t signals = Interruptions();
-    (void)pthread_sigmask(SIG_BLOCK, &signals, /*oldset=*/nullptr); // threads to come inherit it
-    std::thread(&EndAtInterruption).detach();
-}
-
 Scratch::Scratch()
 {
-    const std::lock_guard lock(AllFolders().mutex);
-    const char* parent = std::getenv("TMPDIR");
-    std::string name = std::string(parent == nullptr || *parent == '\0' ? "/tmp" : parent) + "/kestrune-preview-XXXXXX";
-    if (mkdtemp(name.data()) == nullptr)
-        throw ToolError("cannot make a folder " + name + ": " + std::strerror(errno));
-    folder_ = name;
-    AllFolders().paths.insert(folder_);
+    do
+        folder_.emplace(ParentFolder() / kStem, Temporary::Kind::Folder);
+    while (!Lock(*folder_));
 }
 
-Scratch::~Scratch()
+void RemoveScratchOfEndedProcesses()
 {
-    std::error_code ignored; // nobody is left to tell
-    std::filesystem::remove_all(folder_, ignored);
-    const std::lock_guard lock(AllFolders().mutex);
-    AllFolders().paths.erase(folder_);
+    std::error_code ignored; // as the header says
+    std::vector<fs::path> found;
+    for (fs::directory_iterator entry(ParentFolder(), ignored), end; entry != end; entry.increment(ignored)) {
+        if (entry->path().stem() == kStem)
+            found.push_back(entry->path());
+    }
+    for (const fs::path& path : found) {
+        const Descriptor folder(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+        if (IsLeftBehind(folder))
+            fs::remove_all(path, ignored);
+    }
 }
 
-std::string ReadWhole(const std::filesystem::path& path, std::size_t mostBytes)
+std::string ReadWhole(const fs::path& path, std::size_t mostBytes)
 {
     const Descriptor file(open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
     struct stat status = {};
@@ -102,11 +90,9 @@ std::string ReadWhole(const std::filesystem::path& path, std::size_t mostBytes)
     return bytes;
 }
 
-void WriteWhole(const std::filesystem::path& path, const std::string& bytes, Readers readers)
+void WriteWhole(const fs::path& path, const std::string& bytes, Readers readers)
 {
-    const mode_t bits = readers == Readers::Owner ? 0600 : 0666;
-    const int descriptor = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, bits);
-    const Descriptor file(descriptor);
+    const Descriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, readers == Readers::Owner ? 0600 : 0666));
     if (!file.IsOpen() || !WriteAll(file.Number(), bytes))
         throw ToolError("cannot write " + path.string() + ": " + std::strerror(errno));
 }

@@ -4,29 +4,30 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <string>
 
-/// A folder of our own that goes with the object, for its owner alone: copies of phones hold secrets.
+#include "temporary.h"
+
+/// A folder in $TMPDIR, or in /tmp when that is not set, that goes with the object. Only its owner may use it, because
+/// copies of phones hold secrets.
 class Scratch
 {
 public:
-    /// In $TMPDIR, else in /tmp. Throws `ToolError`.
+    /// Throws `ToolError`.
     Scratch();
-    ~Scratch();
-    Scratch(const Scratch&) = delete;
-    Scratch& operator=(const Scratch&) = delete;
 
-    std::filesystem::path Path(const std::string& name) const { return folder_ / name; }
+    std::filesystem::path Path(const std::string& name) const { return folder_->Path() / name; }
 
 private:
-    std::filesystem::path folder_;
+    std::optional<Temporary> folder_; ///< locked as long as it is used
 };
 
-/// From now on, whoever interrupts or ends the process ends it, but the folders of all `Scratch` objects go first. To be
-/// called before the first thread and the first object.
-void RemoveScratchWhenInterrupted();
+/// Removes the `Scratch` folders of this user whose process has ended without removing them, as one that is killed does.
+/// What cannot be removed stays.
+void RemoveScratchOfEndedProcesses();
 
-/// Reads a regular file that is no link, whole. Throws `ToolError` when it cannot be read or has more bytes than that.
+/// Reads a regular file that is no link, whole. Throws `ToolError` when it cannot be read or is larger than `mostBytes`.
 std::string ReadWhole(const std::filesystem::path& path, std::size_t mostBytes);
 
 /// Who may read a file that we make.

@@ -70,6 +70,7 @@ int CompareWithApproved(const Options& options, const std::vector<Preview>& prev
 
 int Run(const Options& options)
 {
+    RemoveScratchOfEndedProcesses();
     const std::vector<Preview> previews = MakePreviews(options.images, options.request, options.jobs);
     WriteToTerminal(options, previews);
     int status = StatusOf(previews);
@@ -89,7 +90,7 @@ int main(int argumentCount, char** arguments)
     (void)std::setlocale(LC_CTYPE, "C.UTF-8"); // names in archives; without it those outside of ASCII are refused
     (void)std::signal(SIGPIPE, SIG_IGN);       // a program that ends early is seen at its write
     try {
-        RemoveScratchWhenInterrupted(); // copies of phones hold secrets
+        RemoveTemporariesWhenInterrupted(); // copies of phones hold secrets
         Options options;
         switch (ReadOptions(argumentCount, arguments, options)) {
         case OptionsResult::Done:
