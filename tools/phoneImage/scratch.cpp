@@ -90,9 +90,9 @@ std::string ReadWhole(const fs::path& path, std::size_t mostBytes)
     return bytes;
 }
 
-void WriteWhole(const fs::path& path, const std::string& bytes, Readers readers)
+void WriteWhole(const fs::path& path, const std::string& bytes)
 {
-    const Descriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, readers == Readers::Owner ? 0600 : 0666));
+    const Descriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
     if (!file.IsOpen() || !WriteAll(file.Number(), bytes))
         throw ToolError("cannot write " + path.string() + ": " + std::strerror(errno));
 }

@@ -30,8 +30,5 @@ void RemoveScratchOfEndedProcesses();
 /// Reads a regular file that is no link, whole. Throws `ToolError` when it cannot be read or is larger than `mostBytes`.
 std::string ReadWhole(const std::filesystem::path& path, std::size_t mostBytes);
 
-/// Who may read a file that we make.
-enum class Readers { Owner, AsUmaskSays };
-
-/// Makes or replaces a file. Throws `ToolError`.
-void WriteWhole(const std::filesystem::path& path, const std::string& bytes, Readers readers = Readers::Owner);
+/// Makes or overwrites a file in a `Scratch` folder; a new one is for its owner only. Throws `ToolError`.
+void WriteWhole(const std::filesystem::path& path, const std::string& bytes);

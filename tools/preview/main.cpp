@@ -5,12 +5,14 @@
 #include <csignal>
 #include <iostream>
 #include <nlohmann/json.hpp>
+#include <optional>
 
 #include "expectation.h"
 #include "fleet.h"
 #include "options.h"
 #include "output/htmlOutput.h"
 #include "output/jsonOutput.h"
+#include "output/outputFile.h"
 #include "output/tableOutput.h"
 #include "output/textOutput.h"
 #include "phoneImage/printable.h"
@@ -24,23 +26,50 @@ constexpr int kNothingChanges = 0;
 constexpr int kError = 1;
 constexpr int kSomethingChanges = 2;
 
-void WriteFiles(const Options& options, const std::vector<Preview>& previews)
+/// Finds out what would stop the run at its end before the work is done.
+void RequireOutputs(const Options& options)
 {
-    const Readers readers = options.request.secrecy == Secrecy::Revealed ? Readers::Owner : Readers::AsUmaskSays;
+    for (const std::filesystem::path& path : {options.jsonFile, options.htmlFile}) {
+        if (!path.empty() && path != "-")
+            RequireWritable(path);
+    }
+    if (!options.request.savedPhone.empty())
+        RequireNewFolder(options.request.savedPhone);
+}
+
+/// Writes a document to where it was asked for.
+///
+/// @param path  "-" for standard output; empty for none
+/// @param file  receives the file that is still to be committed, if there is one
+void Write(const std::filesystem::path& path, const std::string& text, Readers readers, std::optional<OutputFile>& file)
+{
+    if (path == "-")
+        std::cout << text;
+    else if (!path.empty())
+        file.emplace(path, text, readers);
+}
+
+void WriteDocuments(const Options& options, const std::vector<Preview>& previews)
+{
+    const bool isRevealed = options.request.secrecy == Secrecy::Revealed;
+    const Readers readers = isRevealed ? Readers::Owner : Readers::AsBefore;
+    std::optional<OutputFile> jsonFile;
+    std::optional<OutputFile> htmlFile;
     if (!options.jsonFile.empty()) {
-        const std::string text = ToJson(previews, options.withReports).dump(2) + "\n";
-        if (options.jsonFile == "-")
-            std::cout << text;
-        else
-            WriteWhole(options.jsonFile, text, readers);
+        const nlohmann::ordered_json document = ToJson(previews, options.withReports);
+        Write(options.jsonFile, document.dump(2) + "\n", readers, jsonFile);
     }
     if (!options.htmlFile.empty())
-        WriteWhole(options.htmlFile, HtmlPage(previews, options.withReports), readers);
+        Write(options.htmlFile, HtmlPage(previews, options.withReports), readers, htmlFile);
+    if (jsonFile)
+        jsonFile->Commit();
+    if (htmlFile)
+        htmlFile->Commit();
 }
 
 void WriteToTerminal(const Options& options, const std::vector<Preview>& previews)
 {
-    if (options.jsonFile == "-")
+    if (options.jsonFile == "-" || options.htmlFile == "-")
         return;
     if (previews.size() > 1)
         WriteTable(std::cout, previews);
@@ -70,13 +99,14 @@ int CompareWithApproved(const Options& options, const std::vector<Preview>& prev
 
 int Run(const Options& options)
 {
+    RequireOutputs(options);
     RemoveScratchOfEndedProcesses();
     const std::vector<Preview> previews = MakePreviews(options.images, options.request, options.jobs);
     WriteToTerminal(options, previews);
     int status = StatusOf(previews);
     if (!options.expectedFile.empty() && status != kError)
         status = CompareWithApproved(options, previews); // before a new JSON takes the place of the approved one
-    WriteFiles(options, previews);
+    WriteDocuments(options, previews);
     std::cout.flush();
     if (!std::cout)
         throw ToolError("cannot write to standard output");
@@ -88,7 +118,8 @@ int Run(const Options& options)
 int main(int argumentCount, char** arguments)
 {
     (void)std::setlocale(LC_CTYPE, "C.UTF-8"); // names in archives; without it those outside of ASCII are refused
-    (void)std::signal(SIGPIPE, SIG_IGN);       // a program that ends early is seen at its write
+    (void)std::signal(SIGPIPE, SIG_IGN);       // the write fails instead, which is reported
+    (void)std::signal(SIGXFSZ, SIG_IGN);
     try {
         RemoveTemporariesWhenInterrupted(); // copies of phones hold secrets
         Options options;

@@ -3,6 +3,7 @@
 
 #include "preview.h"
 
+#include "output/outputFile.h"
 #include "phoneImage/childProcess.h"
 #include "phoneImage/imageCopy.h"
 #include "phoneImage/printable.h"
@@ -34,7 +35,7 @@ std::vector<RunReports> RunModes(const PreviewRequest& request, const fs::path& 
 /// The phone between the passes.
 ///
 /// @return empty when the passes, run one by one, end with another phone than the program did
-std::vector<PassState> RunPassByPass(const PreviewRequest& request, const StepsClient& helper, const fs::path& phone,
+std::vector<PassState> RunPassByPass(const PreviewRequest& request, const StepsClient& steps, const fs::path& phone,
                                      const Snapshot& before, const Snapshot& after)
 {
     std::vector<PassState> states = {{std::string(), before}};
@@ -43,27 +44,28 @@ std::vector<PassState> RunPassByPass(const PreviewRequest& request, const StepsC
         const auto keep = [&](const std::string& pass) {
             states.push_back({prefix + pass, TakeSnapshot(phone, states.back().phone)});
         };
-        if (!helper.RunSteps(mode, keep))
+        if (!steps.RunSteps(mode, keep))
             return {};
     }
     return states.back().phone == after ? std::move(states) : std::vector<PassState>();
 }
 
-/// A preview in the making: the copies of the phone and what was seen of them.
+/// Runs the modes on copies of the phone and keeps what was seen of them.
 class PreviewRun
 {
 public:
-    PreviewRun(const fs::path& image, const PreviewRequest& request)
-        : request_(request), phone_(scratch_.Path("phone")), helper_(request.programs.steps, phone_)
+    PreviewRun(const fs::path& image, const PreviewRequest& request, const Scratch& scratch)
+        : request_(request), phone_(scratch.Path("phone")), steps_(request.programs.steps, phone_)
     {
-        CopyImage(image, phone_, scratch_.Path("archive"));
-        CopyPhone(phone_, scratch_.Path("steps"));
+        CopyImage(image, phone_, scratch.Path("archive"));
+        const fs::path stepsPhone = scratch.Path("steps");
+        CopyPhone(phone_, stepsPhone);
         before_ = TakeSnapshot(phone_);
-        lists_ = helper_.ReadLists();
+        lists_ = steps_.ReadLists();
         reports_ = RunModes(request_, phone_);
         after_ = TakeSnapshot(phone_, before_);
-        states_ = RunPassByPass(request_, StepsClient(request_.programs.steps, scratch_.Path("steps")),
-                                scratch_.Path("steps"), before_, after_);
+        const StepsClient stepsOfCopy(request_.programs.steps, stepsPhone);
+        states_ = RunPassByPass(request_, stepsOfCopy, stepsPhone, before_, after_);
         SavePhone();
         (void)RunModes(request_, phone_); // its reports say nothing new
         afterSecondRun_ = TakeSnapshot(phone_, after_);
@@ -91,9 +93,10 @@ private:
     {
         if (request_.savedPhone.empty())
             return;
-        if (fs::exists(fs::symlink_status(request_.savedPhone)))
-            throw ToolError(request_.savedPhone.string() + " is there already");
-        CopyPhone(phone_, request_.savedPhone);
+        RequireNewFolder(request_.savedPhone);
+        Temporary folder(request_.savedPhone, Temporary::Kind::Folder); // a copy that fails leaves nothing
+        CopyPhone(phone_, folder.Path());
+        folder.RenameTo(request_.savedPhone);
     }
 
     void LearnAll(Secrets& secrets) const
@@ -103,13 +106,12 @@ private:
             secrets.Learn(state.phone);
         secrets.Learn(after_);
         secrets.Learn(afterSecondRun_);
-        secrets.Decipher(helper_);
+        secrets.Decipher(steps_);
     }
 
     const PreviewRequest& request_;
-    Scratch scratch_;
     fs::path phone_;
-    StepsClient helper_;
+    StepsClient steps_;
     PhoneLists lists_;
     Snapshot before_;
     Snapshot after_;
@@ -118,11 +120,19 @@ private:
     std::vector<RunReports> reports_;
 };
 
-/// "backups/phone-7.tar.gz" and "backups/phone-7/" by their last names.
+/// The last name of a path: "phone-7.tar.gz", or "phone-7" for "backups/phone-7/".
 std::string NameOf(const fs::path& image)
 {
     const fs::path name = image.has_filename() ? image.filename() : image.parent_path().filename();
     return Printable(name.string());
+}
+
+/// The same image has to give the same error wherever it and our copy of it are.
+std::string WithoutPath(std::string text, const std::string& path)
+{
+    for (std::size_t at = text.find(path); at != std::string::npos; at = text.find(path, at))
+        text.erase(at, path.size());
+    return text;
 }
 
 } // namespace
@@ -134,7 +144,12 @@ Preview MakePreview(const fs::path& image, const PreviewRequest& request)
     for (const std::string& mode : request.modes)
         preview.modes.push_back(Printable(mode));
     try {
-        PreviewRun(image, request).Show(preview);
+        const Scratch scratch;
+        try {
+            PreviewRun(image, request, scratch).Show(preview);
+        } catch (const std::exception& error) {
+            preview.error = Printable(WithoutPath(WithoutPath(error.what(), scratch.Path("")), image / ""));
+        }
     } catch (const std::exception& error) {
         preview.error = Printable(error.what());
     }

@@ -23,6 +23,6 @@ struct PreviewRequest {
     std::filesystem::path savedPhone; ///< folder to make with the phone as it is after the run; empty for none
 };
 
-/// Runs the modes, one after another, on a copy of the image, and tells what they changed. Never throws: an image of
-/// which there is no preview gives one with an error.
+/// Runs the modes, one after another, on a copy of the image, and finds what they changed. Does not throw:
+/// when it fails, the preview's `error` says why.
 Preview MakePreview(const std::filesystem::path& image, const PreviewRequest& request);
