@@ -3,7 +3,9 @@
 
 #include "expectation.h"
 
+#include <algorithm>
 #include <nlohmann/json.hpp>
+#include <utf8.h>
 
 #include "output/jsonOutput.h"
 #include "phoneImage/printable.h"
@@ -17,15 +19,15 @@ namespace
 
 constexpr std::size_t kMostBytes = 256 << 20;
 
-json ReadExpected(const std::filesystem::path& path)
+json Read(const std::filesystem::path& path)
 {
-    json expected = json::parse(ReadWhole(path, kMostBytes), /*cb=*/nullptr, /*allow_exceptions=*/false);
-    if (!expected.is_object() || expected.value("format", "") != "kestrune-preview" ||
-        !expected.value("previews", json()).is_array())
+    json approved = json::parse(ReadWhole(path, kMostBytes), /*cb=*/nullptr, /*allow_exceptions=*/false);
+    if (!approved.is_object() || approved.value("format", "") != "kestrune-preview" ||
+        !approved.value("previews", json()).is_array())
         throw ToolError(path.string() + " is no JSON text of a preview");
-    if (expected.value("version", 0) != kJsonVersion)
+    if (approved.value("version", 0) != kJsonVersion)
         throw ToolError(path.string() + " has another version of the form");
-    return expected;
+    return approved;
 }
 
 /// Names the members of a list by some of their own texts: a file that comes in between moves no other then, and what
@@ -74,11 +76,16 @@ json EssenceOfAll(const json& document)
     return all;
 }
 
+/// The texts of an approved preview are printable already, unless somebody changed the file.
 std::string Words(const json& value)
 {
     constexpr std::size_t kLongest = 200;
-    const std::string text = Printable(value.dump(-1, ' ', false, json::error_handler_t::replace));
-    return text.size() > kLongest ? text.substr(0, kLongest) + "..." : text;
+    std::string text = Printable(value.dump(-1, ' ', false, json::error_handler_t::replace), Backslashes::Kept);
+    if (text.size() <= kLongest)
+        return text;
+    text.resize(kLongest);
+    text.resize(std::min(text.size(), utf8::find_invalid(text))); // the last character may be cut
+    return text + "...";
 }
 
 std::string WordsAt(const json& document, const json::json_pointer& pointer)
@@ -91,25 +98,32 @@ std::string PlaceOf(std::string pointer)
 {
     for (std::size_t at = pointer.find('~'); at != std::string::npos; at = pointer.find('~', at + 1))
         pointer.replace(at, 2, pointer.compare(at, 2, "~1") == 0 ? "/" : "~");
-    return Printable(pointer);
+    return Printable(pointer, Backslashes::Kept);
 }
 
 } // namespace
 
-std::vector<std::string> CompareWithExpected(const std::vector<Preview>& previews, const std::filesystem::path& path)
+Approved ReadApproved(const std::filesystem::path& path, Secrecy secrecy)
 {
     try {
-        const json expected = EssenceOfAll(ReadExpected(path));
-        const json found = EssenceOfAll(json::parse(ToJson(previews, /*withReports=*/false).dump()));
-        std::vector<std::string> differences;
-        for (const json& step : json::diff(expected, found)) {
-            const std::string place = step.at("path").get<std::string>();
-            const json::json_pointer pointer(place);
-            differences.push_back(PlaceOf(place) + ": approved " + WordsAt(expected, pointer) + ", now " +
-                                  (step.contains("value") ? Words(step.at("value")) : "nothing"));
-        }
-        return differences;
+        const json document = Read(path);
+        const bool isRevealed = document.at("revealed").get<bool>();
+        if (isRevealed != (secrecy == Secrecy::Revealed))
+            throw ToolError(path.string() + (isRevealed ? " was" : " was not") + " made with --reveal-secrets");
+        return std::make_shared<const json>(EssenceOfAll(document));
     } catch (const json::exception&) {
         throw ToolError(path.string() + " is no JSON text of a preview");
     }
+}
+
+std::vector<std::string> DifferencesFrom(const Approved& approved, const std::vector<Preview>& previews)
+{
+    const json found = EssenceOfAll(json::parse(ToJson(previews, JsonStyle()).dump()));
+    std::vector<std::string> differences;
+    for (const json& step : json::diff(*approved, found)) {
+        const std::string place = step.at("path").get<std::string>();
+        differences.push_back(PlaceOf(place) + ": approved " + WordsAt(*approved, json::json_pointer(place)) +
+                              ", now " + (step.contains("value") ? Words(step.at("value")) : "nothing"));
+    }
+    return differences;
 }

@@ -4,14 +4,23 @@
 #pragma once
 
 #include <filesystem>
+#include <memory>
+#include <nlohmann/json_fwd.hpp>
 #include <string>
 #include <vector>
 
+#include "secrets/secrets.h"
 #include "shown/shownPreview.h"
 
-/// Compares previews with an approved JSON text of them. The reports do not count: their order is the file system's.
-/// Neither do the names of the images. Throws `ToolError` when the file cannot be read or is no such text.
+/// What counts in an approved preview; never null.
+using Approved = std::shared_ptr<const nlohmann::json>;
+
+/// Reads a JSON file that `--json` wrote earlier. Throws `ToolError` when it cannot be read or is something else, and when
+/// it shows secrets and this run does not, or the other way round: the comparison would be of no use, and would show them.
+Approved ReadApproved(const std::filesystem::path& path, Secrecy secrecy);
+
+/// Compares previews with the approved ones, in their order. The names of the images, the reports and the version of the
+/// program that made them do not count; errors do.
 ///
-/// @return what differs, a line each; empty when nothing does
-std::vector<std::string> CompareWithExpected(const std::vector<Preview>& previews,
-                                             const std::filesystem::path& expected);
+/// @return one line for each difference, printable; empty when they are equal
+std::vector<std::string> DifferencesFrom(const Approved& approved, const std::vector<Preview>& previews);

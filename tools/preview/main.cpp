@@ -56,7 +56,7 @@ void WriteDocuments(const Options& options, const std::vector<Preview>& previews
     std::optional<OutputFile> jsonFile;
     std::optional<OutputFile> htmlFile;
     if (!options.jsonFile.empty()) {
-        const nlohmann::ordered_json document = ToJson(previews, options.withReports);
+        const nlohmann::ordered_json document = ToJson(previews, {options.withReports, isRevealed});
         Write(options.jsonFile, document.dump(2) + "\n", readers, jsonFile);
     }
     if (!options.htmlFile.empty())
@@ -89,9 +89,9 @@ int StatusOf(const std::vector<Preview>& previews)
     return status;
 }
 
-int CompareWithApproved(const Options& options, const std::vector<Preview>& previews)
+int CompareWithApproved(const Approved& approved, const std::vector<Preview>& previews)
 {
-    const std::vector<std::string> differences = CompareWithExpected(previews, options.expectedFile);
+    const std::vector<std::string> differences = DifferencesFrom(approved, previews);
     for (const std::string& difference : differences)
         std::cerr << "kestrune-preview: " << difference << "\n";
     return differences.empty() ? kNothingChanges : kError;
@@ -100,12 +100,13 @@ int CompareWithApproved(const Options& options, const std::vector<Preview>& prev
 int Run(const Options& options)
 {
     RequireOutputs(options);
+    Approved approved; // read before a new JSON takes its place
+    if (!options.expectedFile.empty())
+        approved = ReadApproved(options.expectedFile, options.request.secrecy);
     RemoveScratchOfEndedProcesses();
     const std::vector<Preview> previews = MakePreviews(options.images, options.request, options.jobs);
     WriteToTerminal(options, previews);
-    int status = StatusOf(previews);
-    if (!options.expectedFile.empty() && status != kError)
-        status = CompareWithApproved(options, previews); // before a new JSON takes the place of the approved one
+    const int status = approved == nullptr ? StatusOf(previews) : CompareWithApproved(approved, previews);
     WriteDocuments(options, previews);
     std::cout.flush();
     if (!std::cout)

@@ -98,10 +98,14 @@ Json PreviewToJson(const Preview& preview, bool withReports)
 
 } // namespace
 
-Json ToJson(const std::vector<Preview>& previews, bool withReports)
+Json ToJson(const std::vector<Preview>& previews, const JsonStyle& style)
 {
-    Json json = {{"format", "kestrune-preview"}, {"version", kJsonVersion}, {"previews", Json::array()}};
+    Json json = {{"format", "kestrune-preview"},
+                 {"version", kJsonVersion},
+                 {"madeBy", "kestrune-preview " KESTRUNE_VERSION},
+                 {"revealed", style.isRevealed},
+                 {"previews", Json::array()}};
     for (const Preview& preview : previews)
-        json["previews"].push_back(PreviewToJson(preview, withReports));
+        json["previews"].push_back(PreviewToJson(preview, style.withReports));
     return json;
 }

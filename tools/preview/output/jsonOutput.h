@@ -9,8 +9,13 @@
 #include "shown/shownPreview.h"
 
 /// The version of the form, which preview.schema.json describes. It changes when a reader of the old form would be misled.
-constexpr int kJsonVersion = 1;
+constexpr int kJsonVersion = 2;
 
-/// The previews as JSON. The same images, modes and programs give the same text: it holds no time and no path of this
+struct JsonStyle {
+    bool withReports = false;
+    bool isRevealed = false; ///< the previews show secrets
+};
+
+/// The previews as JSON. The same images, modes and programs give the same text: it contains no time and no path of this
 /// machine.
-nlohmann::ordered_json ToJson(const std::vector<Preview>& previews, bool withReports);
+nlohmann::ordered_json ToJson(const std::vector<Preview>& previews, const JsonStyle& style);
