@@ -19,40 +19,54 @@ namespace
 
 constexpr const char* kModes[] = {"all", "dev", "pwd", "1", "2"};
 
-/// Further arguments are images up to the first that is a mode of the program, or that looks like no image.
-bool IsImage(const std::string& argument)
+/// The command line as it was given.
+struct Arguments {
+    std::vector<std::string> words; ///< IMAGE... MODE...
+    std::string colour = "auto";
+    fs::path program;
+    bool isRevealed = false;
+    bool isAnyMode = false;
+};
+
+/// Reports an error of the command line.
+OptionsResult Refuse(const std::string& reason)
 {
-    if (std::find(std::begin(kModes), std::end(kModes), argument) != std::end(kModes))
-        return false;
+    std::cerr << "kestrune-preview: " << reason << "\n";
+    return OptionsResult::Wrong;
+}
+
+bool LooksLikeImage(const std::string& word)
+{
     std::error_code ignored; // what cannot be looked at is no image
-    return argument.find('/') != std::string::npos || argument.find(".tar") != std::string::npos ||
-           fs::exists(argument, ignored);
+    return word.find('/') != std::string::npos || word.find(".tar") != std::string::npos || fs::exists(word, ignored);
 }
 
-void SortArguments(const std::vector<std::string>& arguments, Options& options)
+bool IsMode(const std::string& word, bool isAnyMode)
 {
-    auto next = arguments.begin();
-    do
-        options.images.emplace_back(*next++);
-    while (next != arguments.end() && IsImage(*next));
-    options.request.modes.assign(next, arguments.end());
+    return std::find(std::begin(kModes), std::end(kModes), word) != std::end(kModes) ||
+           (isAnyMode && !LooksLikeImage(word));
 }
 
-/// An image behind the modes would be taken for a mode that does next to nothing.
-bool AreModes(const std::vector<std::string>& modes)
+/// Divides the words into images, up to the first that is a mode, and modes.
+OptionsResult DivideWords(const Arguments& given, Options& options)
 {
-    if (modes.empty())
-        std::cerr << "kestrune-preview: no MODE given; the program's own are all, dev, pwd, 1 and 2\n";
-    for (const std::string& mode : modes) {
-        if (IsImage(mode)) {
-            std::cerr << "kestrune-preview: " << Printable(mode) << " is no MODE; IMAGEs stand before the modes\n";
-            return false;
-        }
-    }
-    return !modes.empty();
+    const auto isMode = [&given](const std::string& word) { return IsMode(word, given.isAnyMode); };
+    const auto firstMode = std::find_if(given.words.begin() + 1, given.words.end(), isMode);
+    options.images.assign(given.words.begin(), firstMode);
+    options.request.modes.assign(firstMode, given.words.end());
+
+    const std::string hint = "; modes are all, dev, pwd, 1 and 2, and come after the images";
+    auto wrong = std::find_if_not(firstMode, given.words.end(), isMode);
+    if (given.words.size() == 1)
+        return Refuse("there is no MODE" + hint);
+    if (firstMode == given.words.end())
+        --wrong; // a mistyped mode, in all likelihood
+    if (wrong != given.words.end())
+        return Refuse("\"" + Printable(*wrong) + "\" is no MODE" + hint);
+    return OptionsResult::Run;
 }
 
-/// An empty name, as an unset variable of a script gives it, must not pass for an option that was left out.
+/// A script that passes a variable which is not set must not get what leaving the option out gives.
 std::string RefuseEmptyName(const std::string& name)
 {
     return name.empty() ? "the name is empty" : "";
@@ -68,10 +82,10 @@ bool IsColourWanted(const std::string& when)
            !(terminal != nullptr && std::string(terminal) == "dumb");
 }
 
-/// The programs stand beside this one, or where the build puts them.
+/// The programs are in the folder of this one, or where the build puts them.
 PreviewPrograms FindPrograms(const fs::path& wanted)
 {
-    std::error_code ignored; // without /proc the programs are not found, which is told then
+    std::error_code ignored; // without /proc the programs are not found, which is reported then
     const fs::path folder = fs::read_symlink("/proc/self/exe", ignored).parent_path();
     fs::path program = wanted;
     if (program.empty())
@@ -79,60 +93,80 @@ PreviewPrograms FindPrograms(const fs::path& wanted)
     return {fs::absolute(program).lexically_normal(), folder / "kestrune-preview-steps"};
 }
 
-bool AreThere(const PreviewPrograms& programs)
+/// "folder/" and "folder" are the same folder.
+fs::path WithoutLastSlash(const fs::path& path)
 {
-    for (const fs::path& program : {programs.program, programs.steps}) {
-        if (access(program.c_str(), X_OK) != 0) {
-            std::cerr << "kestrune-preview: no program " << Printable(program.string()) << "\n";
-            return false;
-        }
+    return path.has_filename() || !path.has_relative_path() ? path : path.parent_path();
+}
+
+OptionsResult Complete(const Arguments& given, Options& options)
+{
+    if (DivideWords(given, options) != OptionsResult::Run)
+        return OptionsResult::Wrong;
+    options.withColour = IsColourWanted(given.colour);
+    options.request.secrecy = given.isRevealed ? Secrecy::Revealed : Secrecy::Hidden;
+    options.request.programs = FindPrograms(given.program);
+    options.request.savedPhone = WithoutLastSlash(options.request.savedPhone);
+    if (options.jsonFile == "-" && options.htmlFile == "-")
+        return Refuse("only one of --json and --html can go to standard output");
+    if (options.images.size() > 1 && !options.request.savedPhone.empty())
+        return Refuse("--save-phone takes one IMAGE");
+    for (const fs::path& program : {options.request.programs.program, options.request.programs.steps}) {
+        if (access(program.c_str(), X_OK) != 0)
+            return Refuse("no program " + Printable(program.string()));
     }
-    return true;
+    return OptionsResult::Run;
+}
+
+void Describe(CLI::App& app, Arguments& given, Options& options)
+{
+    app.add_option("IMAGE... MODE", given.words, "backups of phones (folders, .tar, .tar.gz), then the modes to run")
+        ->option_text(" ")
+        ->required();
+    app.add_flag("--reports", options.withReports, "show what the program reported, too");
+    app.add_flag("--reveal-secrets", given.isRevealed, "show passwords, PINs and keys instead of hiding them");
+    app.add_option("--color", given.colour, "colour the text: auto, always or never")
+        ->option_text("WHEN")
+        ->check(CLI::IsMember({"auto", "always", "never"}));
+    app.add_option("--json", options.jsonFile, "write the preview to this file as JSON; - is standard output")
+        ->option_text("FILE")
+        ->check(&RefuseEmptyName);
+    app.add_option("--html", options.htmlFile, "write the preview to this file as an HTML page; - is standard output")
+        ->option_text("FILE")
+        ->check(&RefuseEmptyName);
+    app.add_option("--expect", options.expectedFile, "compare with an approved preview, which --json wrote")
+        ->option_text("FILE")
+        ->check(&RefuseEmptyName);
+    app.add_option("--jobs", options.jobs, "number of images to process in parallel (default: number of processors)")
+        ->option_text("NUMBER")
+        ->check(CLI::Range(1u, 256u));
+    app.add_option("--program", given.program, "run this kestrune")->option_text("FILE");
+    app.add_option("--save-phone", options.request.savedPhone, "save the phone as it is after the run to a new folder")
+        ->option_text("FOLDER")
+        ->check(&RefuseEmptyName);
+    app.add_flag("--any-mode", given.isAnyMode, "allow modes other than all, dev, pwd, 1 and 2");
+    app.set_version_flag("--version", "kestrune-preview " KESTRUNE_VERSION, "show the version and exit");
+    app.set_help_flag("-h,--help", "show this help and exit");
+    app.footer("IMAGE arguments come before MODE arguments. Several modes run one after another on one copy.\n"
+               "Exit status: 0 nothing changes, 2 something changes, 1 error; with --expect: 0 as approved, 1 not.");
 }
 
 } // namespace
 
 OptionsResult ReadOptions(int argumentCount, const char* const* arguments, Options& options)
 {
-    CLI::App app("Shows what an upgrade will do to a phone: runs kestrune on a copy of its backup and tells what "
-                 "changed. Exit status: 0 nothing changes, 2 something does, 1 error.",
+    CLI::App app("Shows what an upgrade will do to a phone: runs kestrune on a copy of its backup.",
                  "kestrune-preview");
-    std::vector<std::string> words;
-    std::string colour = "auto";
-    fs::path program;
-    bool isRevealed = false;
+    Arguments given;
     options.jobs = std::max(1u, std::thread::hardware_concurrency());
-    app.add_option("IMAGE... MODE...", words,
-                   "backups of phones (folders, .tar, .tar.gz), then the modes to run one after another")
-        ->required();
-    app.add_flag("--reports", options.withReports, "show what the program reported as well");
-    app.add_flag("--reveal-secrets", isRevealed, "show passwords, PINs and keys instead of hiding them");
-    app.add_option("--color", colour, "colour the text: auto, always or never")
-        ->check(CLI::IsMember({"auto", "always", "never"}));
-    app.add_option("--json", options.jsonFile, "write the preview as JSON to this file, - for standard output")
-        ->check(&RefuseEmptyName);
-    app.add_option("--html", options.htmlFile, "write the preview as one HTML page to this file")
-        ->check(&RefuseEmptyName);
-    app.add_option("--expect", options.expectedFile, "compare with the JSON of an approved preview; 0 equal, 1 not")
-        ->check(&RefuseEmptyName);
-    app.add_option("--jobs", options.jobs, "so many images at once")->check(CLI::Range(1u, 256u));
-    app.add_option("--program", program, "the kestrune to run");
-    app.add_option("--save-phone", options.request.savedPhone, "make this folder with the phone as it is after the run")
-        ->check(&RefuseEmptyName);
+    Describe(app, given, options);
     try {
         app.parse(argumentCount, arguments);
     } catch (const CLI::ParseError& error) {
-        return app.exit(error, std::cout, std::cerr) == 0 ? OptionsResult::Done : OptionsResult::Wrong;
+        if (error.get_exit_code() != 0)
+            return Refuse(Printable(error.what()) + "; see kestrune-preview --help");
+        (void)app.exit(error, std::cout, std::cerr); // help or the version
+        return OptionsResult::Done;
     }
-    SortArguments(words, options);
-    options.withColour = IsColourWanted(colour);
-    options.request.secrecy = isRevealed ? Secrecy::Revealed : Secrecy::Hidden;
-    options.request.programs = FindPrograms(program);
-    if (!AreModes(options.request.modes))
-        return OptionsResult::Wrong;
-    if (options.images.size() > 1 && !options.request.savedPhone.empty()) {
-        std::cerr << "kestrune-preview: --save-phone takes one IMAGE\n";
-        return OptionsResult::Wrong;
-    }
-    return AreThere(options.request.programs) ? OptionsResult::Run : OptionsResult::Wrong;
+    return Complete(given, options);
 }

@@ -15,15 +15,17 @@ struct Options {
     PreviewRequest request;
     bool withReports = false;
     bool withColour = false;
-    unsigned jobs = 1;
-    std::filesystem::path jsonFile; ///< "-" for standard output; empty for none, as for the other two
-    std::filesystem::path htmlFile;
-    std::filesystem::path expectedFile;
+    unsigned jobs = 1;                  ///< how many images are processed in parallel, from 1
+    std::filesystem::path jsonFile;     ///< "-" for standard output, empty for none
+    std::filesystem::path htmlFile;     ///< likewise
+    std::filesystem::path expectedFile; ///< JSON of an approved preview, empty for none
 };
 
-enum class OptionsResult { Run, Done, Wrong };
+enum class OptionsResult {
+    Run,
+    Done,  ///< help or the version was asked for, and written
+    Wrong, ///< the command line has an error, which was reported
+};
 
-/// Reads the command line. Help and faults are told at once.
-///
-/// @return `Done` when there is nothing more to do (help), `Wrong` for a fault
+/// Reads the command line.
 OptionsResult ReadOptions(int argumentCount, const char* const* arguments, Options& options);

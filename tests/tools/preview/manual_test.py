@@ -2,7 +2,7 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""The manual page, the completion and the page in docs/ tell of every option and of every rule, and of no other."""
+"""The manual page, the completion and the page in docs/ describe every option and every rule, and no other."""
 
 import re
 import shutil

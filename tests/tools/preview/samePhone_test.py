@@ -28,7 +28,7 @@ class SamePhone(previewTool.PreviewTest):
         given = pack(image, self.folder / "image.tar.gz") if as_archive else image
         before = phones.snapshot(image)
         bytes_before = given.read_bytes() if as_archive else None
-        shown = self.show("--reports", "--save-phone", self.folder / "after", given, *modes)
+        shown = self.show("--any-mode", "--reports", "--save-phone", self.folder / "after", given, *modes)
 
         self.assertEqual(phones.snapshot(image), before)
         if as_archive:
