@@ -37,6 +37,24 @@ std::vector<std::string> SandboxCommand(const fs::path& phone, const fs::path& p
     return command;
 }
 
+void RequireSandbox()
+{
+    const Scratch phone;
+    for (const char* tree : kPhoneTrees)
+        fs::create_directory(phone.Path(tree));
+    std::string reason;
+    try {
+        const ChildResult result = RunChild(SandboxCommand(phone.Path(""), "/bin/true", {}));
+        if (result.exitStatus != 0)
+            reason = SandboxWords(result);
+    } catch (const ToolError& error) {
+        reason = error.what();
+    }
+    if (!reason.empty())
+        throw ToolError("no sandbox: " + reason +
+                        " (it needs the package bubblewrap and, in a container, the right to make user namespaces)");
+}
+
 std::string SandboxWords(const ChildResult& result)
 {
     std::string words;

@@ -17,6 +17,9 @@
 std::vector<std::string> SandboxCommand(const std::filesystem::path& phone, const std::filesystem::path& program,
                                         const std::vector<std::string>& arguments);
 
+/// Checks that this machine can run programs in a sandbox. Throws a `ToolError` that says what is missing.
+void RequireSandbox();
+
 /// @return why a run in the sandbox failed: the sandbox's own lines only, since those of the program in it may contain
 ///         secrets
 std::string SandboxWords(const ChildResult& result);

@@ -4,6 +4,7 @@
 #include "fleet.h"
 
 #include <algorithm>
+#include <atomic>
 #include <mutex>
 #include <thread>
 
@@ -14,16 +15,13 @@ std::vector<Preview> MakePreviews(const std::vector<std::filesystem::path>& imag
 {
     std::vector<Preview> previews(images.size());
     const ProgressBar bar(images.size());
-    std::mutex mutex;
-    std::size_t next = 0;
+    std::mutex barMutex;
     std::size_t done = 0;
+    std::atomic<std::size_t> next = 0;
     const auto work = [&] {
-        for (std::unique_lock lock(mutex); next < images.size();) {
-            const std::size_t own = next++;
-            lock.unlock();
-            Preview preview = MakePreview(images[own], request);
-            lock.lock();
-            previews[own] = std::move(preview);
+        for (std::size_t own = next++; own < images.size(); own = next++) {
+            previews[own] = MakePreview(images[own], request);
+            const std::lock_guard lock(barMutex);
             bar.Show(++done);
         }
     };

@@ -8,8 +8,9 @@
 
 #include "preview.h"
 
-/// Makes the previews of several images, some of them side by side, with a progress bar.
+/// Makes the previews of several images, with a progress bar.
 ///
+/// @param jobs  how many images are processed in parallel, from 1
 /// @return in the order of the images
 std::vector<Preview> MakePreviews(const std::vector<std::filesystem::path>& images, const PreviewRequest& request,
                                   unsigned jobs);

@@ -16,6 +16,7 @@
 #include "output/tableOutput.h"
 #include "output/textOutput.h"
 #include "phoneImage/printable.h"
+#include "phoneImage/sandbox.h"
 #include "phoneImage/scratch.h"
 #include "phoneImage/toolError.h"
 
@@ -69,11 +70,15 @@ void WriteDocuments(const Options& options, const std::vector<Preview>& previews
 
 void WriteToTerminal(const Options& options, const std::vector<Preview>& previews)
 {
+    for (const Preview& preview : previews) {
+        if (!preview.error.empty())
+            std::cerr << "kestrune-preview: " << preview.image << ": " << preview.error << "\n";
+    }
     if (options.jsonFile == "-" || options.htmlFile == "-")
         return;
     if (previews.size() > 1)
         WriteTable(std::cout, previews);
-    else
+    else if (previews.front().error.empty())
         WriteText(std::cout, previews.front(), {options.withColour, options.withReports});
 }
 
@@ -104,6 +109,8 @@ int Run(const Options& options)
     if (!options.expectedFile.empty())
         approved = ReadApproved(options.expectedFile, options.request.secrecy);
     RemoveScratchOfEndedProcesses();
+    RequireSandbox();
+
     const std::vector<Preview> previews = MakePreviews(options.images, options.request, options.jobs);
     WriteToTerminal(options, previews);
     const int status = approved == nullptr ? StatusOf(previews) : CompareWithApproved(approved, previews);

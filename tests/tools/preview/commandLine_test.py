@@ -2,36 +2,21 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""Exit statuses, options, approved previews, and several images at once."""
+"""Exit statuses, options, what goes to the terminal, and several images at once."""
 
 import json
 import os
 import pty
 import re
-import shutil
-import signal
 import subprocess
-import time
 
 import jsonschema
 
 import previewTool
-
-USER = "/config/user/user.ini"
-DONE = "[Feature]\nRingbackTimeout=120\n"
+from previewTool import DONE, USER
 
 
 class CommandLine(previewTool.PreviewTest):
-    def images(self, **contents):
-        """Images by these names; each has one file with the content."""
-        made = []
-        for name, content in contents.items():
-            file = self.folder / name / USER[1:]
-            file.parent.mkdir(parents=True)
-            file.write_text(content)
-            made.append(self.folder / name)
-        return made
-
     def test_the_exit_status_tells_whether_something_changes(self):
         image, done = self.images(image="", done=DONE)
         self.assertEqual(previewTool.run(image, "all").returncode, previewTool.SOMETHING_CHANGES)
@@ -50,7 +35,40 @@ class CommandLine(previewTool.PreviewTest):
             with self.subTest(words):
                 result = previewTool.run(*arguments)
                 self.assertEqual(result.returncode, previewTool.ERROR)
-                self.assertIn(words, result.stdout + result.stderr)
+                self.assertEqual(result.stdout, "")
+                self.assertRegex(result.stderr, "^kestrune-preview: .*" + words)
+
+    def test_a_mistyped_mode_or_image_is_an_error(self):
+        image, = self.images(image="")
+        missing = self.folder / "image2"
+        for words in ([image, "al"], [image, "ALL"], [image, ""], [image, "all", "pdw"], [image, "all", "1 "],
+                      [image, "--", "--all"], [image, missing, "al"]):
+            with self.subTest(words):
+                result = previewTool.run(*words)
+                self.assertEqual((result.returncode, result.stdout), (previewTool.ERROR, ""))
+                self.assertIn(f'"{words[-1]}" is no MODE', result.stderr)
+        result = previewTool.run(image, missing, "all")
+        self.assertEqual(result.returncode, previewTool.ERROR)
+        self.assertEqual(result.stderr, "kestrune-preview: image2: no such image\n")
+        self.assertEqual(len(result.stdout.splitlines()), 3)
+
+    def test_any_mode(self):
+        image, other = self.images(image="", other="")
+        text = previewTool.run("--any-mode", image, "fix", "all").stdout
+        self.assertTrue(text.startswith("image: mode fix, then all\n"))
+        self.assertIn("\nother ", previewTool.run("--any-mode", image, other, "fix").stdout)
+        self.assertIn("is no MODE", previewTool.run("--any-mode", image, "fix", other).stderr)
+        self.assertIn("is no MODE", previewTool.run("--any-mode", image, "fix", "two.tar").stderr)
+
+    def test_odd_bytes_of_the_command_line_are_shown_as_escapes(self):
+        image, = self.images(image="")
+        for arguments in (["--no\x1b[2J"], ["--color", "b\x1blue"], ["--jobs", "\x1b"], [image, "a\x1bll"],
+                          ["--program", "/no\x1b", image, "all"], ["--json", "/no/\x1b", image, "all"]):
+            with self.subTest(arguments):
+                result = previewTool.run(*arguments, *([] if "all" in arguments else [image, "all"]))
+                self.assertEqual(result.returncode, previewTool.ERROR)
+                self.assertIn("\\x1b", result.stderr)
+                self.assertNotIn("\x1b", result.stderr)
 
     def test_a_tree_that_is_a_link_is_not_taken_for_a_missing_one(self):
         image, other = self.images(image="", other="")
@@ -73,7 +91,7 @@ class CommandLine(previewTool.PreviewTest):
         program.chmod(0o755)
         result = previewTool.run("--program", program, *self.images(image=""), "all")
         self.assertEqual(result.returncode, previewTool.ERROR)
-        self.assertIn("error: the run of mode all failed: exit status 3", result.stdout)
+        self.assertEqual(result.stderr, "kestrune-preview: image: the run of mode all failed: exit status 3\n")
         self.assertNotIn("plover", result.stdout + result.stderr)
 
     def test_help(self):
@@ -81,6 +99,31 @@ class CommandLine(previewTool.PreviewTest):
         self.assertEqual(result.returncode, 0)
         for option in ("--reports", "--reveal-secrets", "--color", "--json", "--html", "--expect", "--jobs"):
             self.assertIn(option, result.stdout)
+
+    def test_version(self):
+        result = previewTool.run("--version")
+        version = re.search(r"^project\(kestrune VERSION ([0-9.]+)", (previewTool.PROJECT / "CMakeLists.txt").read_text(),
+                            re.MULTILINE)[1]
+        self.assertEqual((result.returncode, result.stdout), (0, f"kestrune-preview {version}\n"))
+        made = json.loads(previewTool.run("--json", "-", *self.images(image=""), "all").stdout)
+        self.assertEqual(made["madeBy"], f"kestrune-preview {version}")
+
+    def test_without_bubblewrap_there_is_one_hint(self):
+        images = self.images(one="", two="")
+        folder = self.folder / "bin"
+        folder.mkdir()
+        rows = [("", "cannot start bwrap"), ("#!/bin/sh\necho 'bwrap: No permissions' >&2\nexit 1\n", "bwrap: No permissions")]
+        for stub, words in rows:
+            with self.subTest(words):
+                if stub:
+                    (folder / "bwrap").write_text(stub)
+                    (folder / "bwrap").chmod(0o755)
+                result = previewTool.run(*images, "all", environment={"PATH": str(folder)})
+                self.assertEqual((result.returncode, result.stdout), (previewTool.ERROR, ""))
+                self.assertEqual(len(result.stderr.splitlines()), 1)
+                self.assertIn(words, result.stderr)
+                self.assertIn("package bubblewrap", result.stderr)
+                self.assertIn("user namespaces", result.stderr)
 
     def test_colours_are_for_terminals_and_for_who_asks(self):
         image, = self.images(image="")
@@ -105,66 +148,15 @@ class CommandLine(previewTool.PreviewTest):
         os.close(own)
         return output.decode()
 
-    def test_json_on_standard_output_stands_alone(self):
-        result = previewTool.run("--json", "-", *self.images(image=""), "all")
-        jsonschema.validate(json.loads(result.stdout), json.loads(previewTool.SCHEMA.read_text()))
-
     def test_the_same_image_gives_the_same_json(self):
         image = self.phone({}, base="small")
         first, second = (previewTool.run("--json", "-", image, "all").stdout for _ in range(2))
         self.assertEqual(first, second)
 
-    def test_an_approved_preview(self):
-        image, other = self.images(image="[A]\na=1\n", other="[A]\na=1\n")
-        approved = self.folder / "approved.json"
-        previewTool.run("--json", approved, image, "all")
-        self.assertEqual(previewTool.run("--expect", approved, image, "all").returncode, 0)
-        self.assertEqual(previewTool.run("--expect", approved, "--reports", other, "all").returncode, 0)
-        (image / "config/user/voip").mkdir()
-        (image / "config/user/voip/sipAccount0.cfg").write_text("[account]\nCancelTimer=90\n")
-        result = previewTool.run("--expect", approved, image, "all")
-        self.assertEqual(result.returncode, previewTool.ERROR)
-        self.assertIn('/0/files//config/user/user.ini/changes/Feature RingbackTimeout/after: approved "180", now "90"\n',
-                      result.stderr)
-        self.assertIn("/0/files//config/user/voip/sipAccount0.cfg: approved nothing, now {", result.stderr)
-        self.assertEqual(previewTool.run("--expect", approved, other, image, "all").returncode, previewTool.ERROR)
-
-    def test_an_approved_preview_is_compared_before_it_is_written_anew(self):
-        image, other = self.images(image="[A]\na=1\n", other=DONE)
-        approved = self.folder / "approved.json"
-        previewTool.run("--json", approved, image, "all")
-        renewal = ("--json", approved, "--expect", approved, other, "all")
-        self.assertEqual(previewTool.run(*renewal).returncode, previewTool.ERROR)
-        self.assertEqual(previewTool.run(*renewal).returncode, 0)
-
-    def test_values_of_like_names_are_compared_each(self):
-        table = ('<t><r srcFile="/config/user/user.ini" srcSec="S" srcKey="k" dstSec="A" dstKey="B C"/>'
-                 '<r srcFile="/config/user/user.ini" srcSec="S" srcKey="l" dstSec="A B" dstKey="C"/></t>')
-        files = {USER: "[S]\nk=one\nl=two\n", "/phone/resource/kestrune.xml": table}
-        approved = self.folder / "approved.json"
-        previewTool.run("--json", approved, self.phone(files), "dev")
-        self.assertEqual(previewTool.run("--expect", approved, self.phone(files), "dev").returncode, 0)
-        for before, after in (("one", "other"), ("two", "other")):
-            with self.subTest(before):
-                image = self.phone(files | {USER: files[USER].replace(before, after)})
-                result = previewTool.run("--expect", approved, image, "dev")
-                self.assertEqual(result.returncode, previewTool.ERROR)
-                self.assertIn(f'approved "{before}", now "{after}"', result.stderr)
-
-    def test_what_is_no_approved_preview(self):
-        image, = self.images(image="")
-        approved = self.folder / "approved.json"
-        for text in ("", "[]", "{}", '{"format": "kestrune-preview", "version": 2, "previews": []}',
-                     '{"format": "kestrune-preview", "version": 1, "previews": [{"files": 1}]}',
-                     '{"format": 7, "version": 1, "previews": []}', "[" * 100_000):
-            approved.write_text(text)
-            result = previewTool.run("--expect", approved, image, "all")
-            self.assertEqual(result.returncode, previewTool.ERROR)
-            self.assertRegex(result.stderr, "approved.json (is no JSON text of a preview|has another version)")
-
     def test_several_images_give_a_row_each(self):
         images = self.images(one="", two=DONE, three="[B]\n")
-        result = previewTool.run("--jobs", "2", "--json", self.folder / "all.json", *images, self.folder / "none/", "fix")
+        result = previewTool.run("--any-mode", "--jobs", "2", "--json", self.folder / "all.json", *images,
+                                 self.folder / "none/", "fix")
         rows = [re.split(r"  +", line) for line in result.stdout.splitlines()]
         self.assertEqual(rows, [["image", "files", "keys", "warnings", "second run"],
                                 ["one", "+0 ~1 !0 -0", "+1 ~0 !0 -0", "0", "0"],
@@ -172,16 +164,33 @@ class CommandLine(previewTool.PreviewTest):
                                 ["three", "+0 ~1 !0 -0", "+1 ~0 !0 -0", "0", "0"],
                                 ["none", "error: no such image"]])
         self.assertEqual(result.returncode, previewTool.ERROR)
+        self.assertEqual(result.stderr, "kestrune-preview: none: no such image\n")
         written = json.loads((self.folder / "all.json").read_text())
         jsonschema.validate(written, json.loads(previewTool.SCHEMA.read_text()))
         self.assertEqual([preview["image"] for preview in written["previews"]], ["one", "two", "three", "none"])
-        self.assertEqual(previewTool.run(*images, "fix").returncode, previewTool.SOMETHING_CHANGES)
+        self.assertEqual(previewTool.run(*images, "pwd").returncode, previewTool.SOMETHING_CHANGES)
+
+    def test_columns_count_characters(self):
+        images = self.images(**{"\u00e4\u00f6\u00fc\u3042": "", "ascii": ""})
+        lines = previewTool.run(*images, "pwd").stdout.splitlines()
+        self.assertEqual(len({line.index("+") for line in lines[1:]}), 1, lines)
+
+    def test_blanks_at_the_ends_of_a_value_are_seen(self):
+        image = self.phone({"/config/a.xml": '<a><b c="x y "/><b c="z"/></a>'})
+        program = self.folder / "program"
+        program.write_text("#!/bin/sh\nprintf '<a><b c=\" x y \"/><b c=\" \"/></a>' >/config/a.xml\n")
+        program.chmod(0o755)
+        shown = self.show("--program", program, image, "all")
+        for text in (shown.text, shown.html):
+            self.assertIn("x y\\x20", text)
+            self.assertIn("\\x20x y\\x20", text)
+        self.assertIn("z -> \\x20\n", shown.text)
 
     def test_the_bar_is_for_terminals(self):
         images = self.images(one="", two="")
-        self.assertEqual(previewTool.run(*images, "fix").stderr, "")
-        self.assertIn("2/2", self.on_terminal([*images, "fix"], {"TERM": "xterm"}, "stderr"))
-        self.assertEqual(self.on_terminal([images[0], "fix"], {"TERM": "xterm"}, "stderr"), "")
+        self.assertEqual(previewTool.run(*images, "pwd").stderr, "")
+        self.assertIn("2/2", self.on_terminal([*images, "pwd"], {"TERM": "xterm"}, "stderr"))
+        self.assertEqual(self.on_terminal([images[0], "pwd"], {"TERM": "xterm"}, "stderr"), "")
 
     def test_a_mode_that_is_also_a_folder_is_a_mode(self):
         image, = self.images(image="")
@@ -190,32 +199,6 @@ class CommandLine(previewTool.PreviewTest):
                                 check=False)
         self.assertTrue(result.stdout.startswith("image: mode all\n"))
 
-    def test_nothing_is_left_behind(self):
-        image, = self.images(image="")
-        scratch = self.folder / "scratch"
-        scratch.mkdir()
-        previewTool.run(image, "all", environment={"TMPDIR": str(scratch)})
-        previewTool.run(self.folder / "none.tar", "all", environment={"TMPDIR": str(scratch)})
-        self.assertEqual(list(scratch.iterdir()), [])
-        shutil.rmtree(scratch)
-        self.assertEqual(previewTool.run(image, "all", environment={"TMPDIR": str(scratch)}).returncode, previewTool.ERROR)
-
-    def test_nothing_is_left_behind_when_it_is_interrupted(self):
-        """A program that never ends keeps the preview waiting."""
-        image, = self.images(image="")
-        program, scratch = self.folder / "program", self.folder / "scratch"
-        program.write_text("#!/bin/sh\ntouch /config/runs\nsleep 50\n")
-        program.chmod(0o755)
-        scratch.mkdir()
-        for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
-            with subprocess.Popen([previewTool.PREVIEW, "--program", program, image, "all"], stdout=subprocess.DEVNULL,
-                                  stderr=subprocess.DEVNULL, env={**os.environ, "TMPDIR": str(scratch)}) as running:
-                while not list(scratch.glob("*/phone/config/runs")):
-                    self.assertIsNone(running.poll())
-                    time.sleep(0.01)
-                running.send_signal(number)
-                self.assertEqual(running.wait(timeout=20), 128 + number)
-            self.assertEqual(list(scratch.iterdir()), [])
 
 
 if __name__ == "__main__":

@@ -44,8 +44,9 @@ std::string Cell(const std::optional<std::string>& value)
 {
     if (!value)
         return "<td></td>";
-    return value->empty() ? "<td>" + Element("span", "dim", "(empty)") + "</td>"
-                          : "<td>" + EscapeHtml(*value) + "</td>";
+    if (value->empty())
+        return "<td>" + Element("span", "dim", ValueWords(*value)) + "</td>";
+    return "<td>" + EscapeHtml(ValueWords(*value)) + "</td>";
 }
 
 std::string RecordCells(const ShownChange& change)
@@ -71,6 +72,15 @@ std::string Row(const ShownChange& change, const ShownFile& file)
     return html + "</td></tr>\n";
 }
 
+const char* ClassOfDiffLine(const std::string& line)
+{
+    if (line.starts_with('+'))
+        return "added";
+    if (line.starts_with('-'))
+        return "removed";
+    return "dim";
+}
+
 std::string File(const ShownFile& file)
 {
     std::string html = "<h3>" + EscapeHtml(file.path) + " " +
@@ -86,13 +96,7 @@ std::string File(const ShownFile& file)
     if (!file.diff.empty()) {
         html += "<pre>";
         for (const std::string& line : file.diff)
-            html += Element("span",
-                            line.empty()     ? "dim"
-                            : line[0] == '+' ? "added"
-                            : line[0] == '-' ? "removed"
-                                             : "dim",
-                            line) +
-                    "\n";
+            html += Element("span", ClassOfDiffLine(line), line) + "\n";
         html += "</pre>\n";
     }
     return html;

@@ -3,6 +3,8 @@
 
 #include "summaryText.h"
 
+#include <utf8.h>
+
 const char* KindWord(ChangeKind kind)
 {
     switch (kind) {
@@ -34,6 +36,26 @@ std::string Join(const std::vector<std::string>& words, const char* separator)
     for (const std::string& word : words)
         text += (text.empty() ? "" : separator) + word;
     return text;
+}
+
+std::string ValueWords(const std::string& value)
+{
+    const std::string blank = "\\x20";
+    if (value.empty())
+        return "(empty)";
+    if (value == " ")
+        return blank;
+    std::string words = value;
+    if (words.back() == ' ')
+        words.replace(words.size() - 1, 1, blank);
+    if (words.front() == ' ')
+        words.replace(0, 1, blank);
+    return words;
+}
+
+std::size_t LengthOf(const std::string& text)
+{
+    return static_cast<std::size_t>(utf8::distance(text.begin(), text.end()));
 }
 
 std::string SummaryLine(const Preview& preview)

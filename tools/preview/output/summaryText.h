@@ -22,5 +22,11 @@ std::string CountWords(const Counts& counts);
 /// @return "a, b, c"
 std::string Join(const std::vector<std::string>& words, const char* separator = ", ");
 
-/// The one line that sums a preview up.
+/// @return the value with a blank at its beginning or end as "\x20", where it would not be seen; "(empty)" for none
+std::string ValueWords(const std::string& value);
+
+/// @return how many characters of UTF-8 the text has
+std::size_t LengthOf(const std::string& text);
+
+/// @return one line: how much changes
 std::string SummaryLine(const Preview& preview);

@@ -30,6 +30,12 @@ Row RowOf(const Preview& preview)
             std::to_string(preview.warnings.size()), std::to_string(preview.secondRun.size())};
 }
 
+std::string Padded(const std::string& text, std::size_t width)
+{
+    const std::size_t length = LengthOf(text);
+    return length < width ? text + std::string(width - length, ' ') : text;
+}
+
 } // namespace
 
 void WriteTable(std::ostream& out, const std::vector<Preview>& previews)
@@ -41,12 +47,12 @@ void WriteTable(std::ostream& out, const std::vector<Preview>& previews)
     for (const Row& row : rows) {
         const bool isError = row[2].empty();
         for (std::size_t i = 0; i < (isError ? 1 : kColumns); ++i)
-            widths[i] = std::max(widths[i], row[i].size());
+            widths[i] = std::max(widths[i], LengthOf(row[i]));
     }
     for (const Row& row : rows) {
         std::string line;
         for (std::size_t i = 0; i < kColumns; ++i)
-            line += row[i] + std::string(widths[i] > row[i].size() ? widths[i] - row[i].size() : 0, ' ') + "  ";
+            line += Padded(row[i], widths[i]) + "  ";
         line.erase(line.find_last_not_of(' ') + 1);
         out << line << "\n";
     }

@@ -54,10 +54,6 @@ public:
     void Write(const Preview& preview)
     {
         out_ << Paint(kBold, preview.image + ": mode " + Join(preview.modes, ", then ")) << "\n";
-        if (!preview.error.empty()) {
-            out_ << Paint(kRed, "error: " + preview.error) << "\n";
-            return;
-        }
         out_ << SummaryLine(preview) << "\n";
         WriteWarnings(preview.warnings);
         if (preview.files.empty())
@@ -75,6 +71,15 @@ private:
     std::string Paint(const char* colour, const std::string& text) const
     {
         return style_.withColour ? std::string("\033[") + colour + "m" + text + "\033[0m" : text;
+    }
+
+    std::string PaintDiffLine(const std::string& line) const
+    {
+        if (line.starts_with('+'))
+            return Paint(kGreen, line);
+        if (line.starts_with('-'))
+            return Paint(kRed, line);
+        return line;
     }
 
     std::string PassWords(const std::vector<std::string>& passes) const
@@ -105,20 +110,18 @@ private:
             group = change.group;
             WriteChange(change, change.passes == file.passes ? std::vector<std::string>() : change.passes);
         }
-        for (const std::string& line : file.diff) {
-            const char first = line.empty() ? ' ' : line.front();
-            out_ << "  " << (first == '+' ? Paint(kGreen, line) : first == '-' ? Paint(kRed, line) : line) << "\n";
-        }
+        for (const std::string& line : file.diff)
+            out_ << "  " << PaintDiffLine(line) << "\n";
     }
 
-    /// The passes stand behind a change only where they are not the file's own.
+    /// @param passes  empty where they are those of the whole file
     void WriteChange(const ShownChange& change, const std::vector<std::string>& passes)
     {
         out_ << (change.name.empty() ? "  " : "    ") << Paint(ColourOf(change.kind), SignOf(change.kind)) << " ";
         if (change.name.empty())
             WriteRecord(change);
         else
-            out_ << change.name << " = " << ValueWords(change);
+            out_ << change.name << " = " << ChangeWords(change);
         out_ << PassWords(passes) << "\n";
     }
 
@@ -129,27 +132,24 @@ private:
             out_ << "  " << Paint(kDim, name + "=") << '"' << value << '"';
     }
 
-    static std::string ValueWords(const ShownChange& change)
+    static std::string ChangeWords(const ShownChange& change)
     {
         if (!change.secret.empty())
             return SecretWords(change);
-        const auto words = [](const std::optional<std::string>& value) {
-            return value->empty() ? std::string("(empty)") : *value;
-        };
         if (change.before && change.after)
-            return words(change.before) + " -> " + words(change.after);
-        return change.after ? words(change.after) : words(change.before);
+            return ValueWords(*change.before) + " -> " + ValueWords(*change.after);
+        return ValueWords(change.after ? *change.after : *change.before);
     }
 
-    /// What became of it says more than two masks; revealed values are both shown.
+    /// What became of a secret says more than the same mask twice. Revealed values that differ are both shown.
     static std::string SecretWords(const ShownChange& change)
     {
         const std::string before = change.before.value_or("");
         const std::string after = change.after.value_or("");
-        const std::string values = before == after || before.empty() ? after
-                                   : after.empty()                   ? before
-                                                                     : before + " -> " + after;
-        return (values.empty() ? "(empty)" : values) + " (" + change.secret + ")";
+        std::string words = ValueWords(after.empty() ? before : after);
+        if (!before.empty() && !after.empty() && before != after)
+            words = ValueWords(before) + " -> " + words;
+        return words + " (" + change.secret + ")";
     }
 
     void WriteSecondRun(const Preview& preview)

@@ -14,4 +14,6 @@ struct TextStyle {
 
 /// Writes a preview for a terminal: the summary, the warnings, each file's changes, what a second run would change, and
 /// the reports if they are asked for.
+///
+/// @param preview  one without an error
 void WriteText(std::ostream& out, const Preview& preview, const TextStyle& style);
