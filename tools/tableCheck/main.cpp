@@ -42,8 +42,9 @@ void Describe(CLI::App& app, Options& options)
     app.add_option("--severity", options.least, "the least severity to report")
         ->type_name("SEVERITY")
         ->check(CLI::IsMember({"note", "warning", "error"}));
-    app.add_option("--explain", options.explained, "describe a rule, such as KT004, and exit")->type_name("RULE");
-    app.add_flag("--list-rules", options.listRules, "list all rules and exit");
+    app.add_option("--explain", options.explained, "say what a rule means, such as KT004")->type_name("RULE");
+    app.add_flag("--list-rules", options.listRules, "list all rules");
+    app.set_version_flag("--version", "kestrune-table-check " KESTRUNE_VERSION, "show the version and exit");
     app.footer("Exit status: 2 with errors, 1 with warnings, 0 without either, 3 when nothing could be checked.");
 }
 
