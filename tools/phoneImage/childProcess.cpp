@@ -27,6 +27,31 @@ namespace
 constexpr int kMostMilliseconds = 60'000;
 constexpr std::size_t kMostOutputBytes = 64 << 20;
 
+/// How a program is started: with the signals that we block or ignore as they usually are.
+class UsualSignals
+{
+public:
+    UsualSignals()
+    {
+        sigset_t signals;
+        sigemptyset(&signals);
+        posix_spawnattr_init(&attributes_);
+        posix_spawnattr_setsigmask(&attributes_, &signals);
+        for (const int signal : {SIGPIPE, SIGXFSZ})
+            sigaddset(&signals, signal);
+        posix_spawnattr_setsigdefault(&attributes_, &signals);
+        posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+    }
+    ~UsualSignals() { posix_spawnattr_destroy(&attributes_); }
+    UsualSignals(const UsualSignals&) = delete;
+    UsualSignals& operator=(const UsualSignals&) = delete;
+
+    const posix_spawnattr_t* Get() const { return &attributes_; }
+
+private:
+    posix_spawnattr_t attributes_;
+};
+
 /// A started program; killed and waited for if it has not ended when the object goes.
 class Child
 {
@@ -42,8 +67,8 @@ public:
         for (const std::string& argument : arguments)
             pointers.push_back(const_cast<char*>(argument.c_str()));
         pointers.push_back(nullptr);
-        const int error =
-            posix_spawnp(&process_, pointers.front(), &actions, /*attributes=*/nullptr, pointers.data(), environ);
+        const UsualSignals signals;
+        const int error = posix_spawnp(&process_, pointers.front(), &actions, signals.Get(), pointers.data(), environ);
         posix_spawn_file_actions_destroy(&actions);
         if (error != 0)
             throw ToolError("cannot start " + arguments.front() + ": " + std::strerror(error));
@@ -139,7 +164,7 @@ int RunInSteps(const std::vector<std::string>& arguments, const std::function<vo
     for (std::string line; ReadLine(answers.Number(), line);) {
         atLine(line);
         if (!WriteAll(questions.Number(), "\n"))
-            break; // it has ended, which its status tells
+            break; // it has ended, as its status says
     }
     return child->Wait();
 }

@@ -45,6 +45,13 @@ class Isolation(previewTool.PreviewTest):
             listener.settimeout(0)
             self.assertRaises(BlockingIOError, listener.accept)
 
+    def test_signals_are_as_usual(self):
+        """The preview blocks some and ignores others, which a program that a shell starts does not."""
+        program = self.program("#!/bin/sh\nexec grep -E '^Sig(Blk|Ign)' /proc/self/status\n")
+        shown = self.show("--reports", "--program", program, self.phone({}), "all")
+        masks = [int(line.split("\\t")[1], 16) for line in shown.preview["reports"][0]["output"]]
+        self.assertEqual([mask & 0x7FFFFFFF for mask in masks], [0, 0])  # those above are the C library's own
+
     def test_nothing_but_the_phone_can_be_written_to(self):
         writer = self.program(WRITER.format(folder=self.folder))
         self.show("--program", writer, "--save-phone", self.folder / "after", self.phone({}), "all")
