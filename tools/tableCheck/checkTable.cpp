@@ -36,7 +36,7 @@ std::optional<EntryList> FindEntryList(const TableCheckInput& input, const Phone
 {
     std::string path = input.entryList;
     if (path.empty() && phone != nullptr)
-        path = phone->Find("/phone/resource/encryptconfig.xml").value_or("");
+        path = phone->Find(kEntryListFile).value_or("");
     return path.empty() ? std::nullopt : std::optional(ReadEntryList(path));
 }
 

@@ -4,7 +4,7 @@
 #include "entryList.h"
 
 #include "configMapper.h"
-#include "devicePaths.h"
+#include "phoneFacts.h"
 #include "phoneImage/toolError.h"
 #include "transPasswordFile.h"
 

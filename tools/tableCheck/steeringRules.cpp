@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "devicePaths.h"
+#include "phoneFacts.h"
 #include "runCommit.h"
 #include "tableRecord.h"
 
@@ -19,9 +19,9 @@ constexpr const char* kOwnFiles[] = {kHandOverCopy, kUpgradeMarker, kCommitRecor
 /// Static: made once, and asked about each record.
 const std::vector<Place>& Switches()
 {
-    static const std::vector<Place> switches = {MakePlace(kUserIni, "PhoneSetting", "EnLock"),
+    static const std::vector<Place> switches = {MakePlace(kUserIni, kLockSection, kLockKey),
                                                 MakePlace(kUserIni, "Sync", "SyncCfgByVersion"),
-                                                MakePlace("/config/version.ini", "SyncConfig", "bEnableFromOld")};
+                                                MakePlace(kVersionIni, kSyncSection, kEnableKey)};
     return switches;
 }
 
