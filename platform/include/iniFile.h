@@ -50,13 +50,13 @@ protected:
 
 private:
     void ApplyKeyChanges() const;
-    void DropObjects() const;
+    void DropObjects();
 
     // Keys keep their changes until the text is needed: one pass over the document then applies all of them.
     mutable std::string text_;
-    mutable pointer_chain_pNext head_;
-    mutable std::vector<std::unique_ptr<iniSection>> sections_;
-    mutable bool hasObjects_ = false;
+    pointer_chain_pNext head_;
+    std::vector<std::unique_ptr<iniSection>> sections_;
+    bool hasObjects_ = false;
 };
 
 /// In-memory image of one configuration file: loaded, changed and saved as a whole. Going out of scope saves nothing.

@@ -88,7 +88,7 @@ void iniDocument::ApplyKeyChanges() const
     text_ = std::move(changed);
 }
 
-void iniDocument::DropObjects() const
+void iniDocument::DropObjects()
 {
     hasObjects_ = false;
     sections_.clear();
