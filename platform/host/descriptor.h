@@ -32,7 +32,7 @@ constexpr int kMostTries = 3;
 /// Opens a file that is not a link, without waiting for a pipe or a device.
 ///
 /// @return the descriptor; -1 on failure, with the reason in `errno` (ELOOP for a link)
-int OpenForReading(const char* path);
+[[nodiscard]] int OpenForReading(const char* path);
 
 /// Reads until the size or the end of the file is reached.
 ///
@@ -42,7 +42,7 @@ ssize_t ReadInto(int descriptor, char* bytes, std::size_t size);
 /// Writes all bytes, in as many calls as necessary.
 ///
 /// @return false if a write failed, with the reason in `errno`
-bool WriteAll(int descriptor, std::string_view bytes);
+[[nodiscard]] bool WriteAll(int descriptor, std::string_view bytes);
 
 /// @return the folder that contains the path's last name: "." for a bare name
 std::string FolderOf(const std::string& path);

@@ -38,4 +38,5 @@ std::optional<std::string_view> FindIniValue(std::string_view text, std::string_
 /// Sets a key; adds the key and the section if they are absent.
 ///
 /// @return false, with the text unchanged, if the format cannot contain the key or value
-bool SetIniValue(std::string& text, std::string_view section, std::string_view key, std::string_view value);
+[[nodiscard]] bool SetIniValue(std::string& text, std::string_view section, std::string_view key,
+                               std::string_view value);

@@ -22,6 +22,6 @@ namespace ETL_SubClass
 ///
 /// @return non-zero if the destination contains the source's bytes, or will after the commit of a run; on 0 the
 ///         destination is unchanged
-int etlCopyFile(const char* destinationPath, const char* sourcePath);
+[[nodiscard]] int etlCopyFile(const char* destinationPath, const char* sourcePath);
 
 } // namespace ETL_SubClass

@@ -48,16 +48,16 @@ constexpr mode_t kModeLessUmask = static_cast<mode_t>(-1);
 /// @param newFileMode  permission bits of a new file; `kModeLessUmask` for 0644 less the umask
 /// @return true if the destination contains the bytes, or will after the commit. On failure the destination is
 ///         unchanged and no temporary file is left.
-bool ReplaceFile(const char* path, std::string_view bytes, mode_t newFileMode = kModeLessUmask);
+[[nodiscard]] bool ReplaceFile(const char* path, std::string_view bytes, mode_t newFileMode = kModeLessUmask);
 
 /// Replaces the file's content with one that is made from another file, such as a translation. A new file gets the
 /// other file's owner and group, and only users who can read the other file can read it.
 ///
 /// @param sourcePath  zero-terminated, not null; if missing, a new file is created as by `ReplaceFile`
 /// @return as `ReplaceFile`
-bool ReplaceDerivedFile(const char* path, std::string_view bytes, const char* sourcePath);
+[[nodiscard]] bool ReplaceDerivedFile(const char* path, std::string_view bytes, const char* sourcePath);
 
 /// Removes a file (standard `remove`: a link itself, or an empty folder), and flushes its folder.
 ///
 /// @return true if it is gone, or will be after the commit
-bool RemoveFile(const char* path);
+[[nodiscard]] bool RemoveFile(const char* path);

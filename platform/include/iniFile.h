@@ -35,7 +35,8 @@ public:
     /// @return non-zero on success. 0, without a change, for text that a file cannot contain: an empty name; a section
     ///         name with "]", CR, LF or NUL; a key name with "=", CR, LF, NUL or leading or trailing blanks, or that
     ///         starts with "[", ";" or "#"; a value with CR, LF or NUL
-    int SetTextValue(const phraseConstTextA& section, const phraseConstTextA& key, const phraseConstTextA& text);
+    [[nodiscard]] int SetTextValue(const phraseConstTextA& section, const phraseConstTextA& key,
+                                   const phraseConstTextA& text);
 
     /// @return head of the chain of the document's sections, in file order; see `iniSection::objects` for their keys.
     ///         The document owns the chain, which is valid until the next load or `SetTextValue`.
@@ -74,13 +75,13 @@ public:
     /// @return non-zero on success; 0 for a null or empty path and a file that is missing, unreadable or not a regular
     ///         file. The document is then empty. If the file exists but could not be read, every save fails until the
     ///         next load: an empty document must not replace a configuration that could not be read.
-    int LoadFromFile(const char* path);
+    [[nodiscard]] int LoadFromFile(const char* path);
 
     /// Writes the whole document by `ReplaceFile`.
     ///
     /// @param path  destination; null for the file last loaded, which fails if that load failed
     /// @return non-zero on success; on 0 the destination is unchanged
-    int SaveToFile(const char* path);
+    [[nodiscard]] int SaveToFile(const char* path);
 
 private:
     std::string path_;

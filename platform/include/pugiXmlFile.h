@@ -13,11 +13,12 @@ class xml_document;
 /// @param document  replaced; empty after a failure
 /// @param options   pugixml's parse options
 /// @return non-zero on success; 0 for a file that is missing, unreadable, empty, not well-formed or beyond a limit
-int LoadPugiXmlFile(pugi::xml_document& document, const char* path, unsigned int options);
+[[nodiscard]] int LoadPugiXmlFile(pugi::xml_document& document, const char* path, unsigned int options);
 
 /// Saves the bytes that pugixml's own `save_file` writes, by `ReplaceFile`.
 ///
 /// @param indent  text that is written before an element once for each level
 /// @param flags   pugixml's format flags
 /// @return 1 on success; 0 if the file cannot be replaced; it is then unchanged
-int SavePugiXmlFile(const pugi::xml_document& document, const char* path, const char* indent, unsigned int flags);
+[[nodiscard]] int SavePugiXmlFile(const pugi::xml_document& document, const char* path, const char* indent,
+                                  unsigned int flags);

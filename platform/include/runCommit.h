@@ -29,7 +29,7 @@ enum class RunStart {
 ///
 /// @param mode  the mode word, any text
 /// @return what has to be done now; after `NothingToDo` no run has begun
-RunStart BeginRun(const char* mode);
+[[nodiscard]] RunStart BeginRun(const char* mode);
 
 /// @return whether this run has saved the file, even with unchanged bytes
 bool IsSavedByRun(const char* path);

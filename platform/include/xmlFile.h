@@ -16,14 +16,14 @@ class TiXmlElement;
 /// @param path       only regular files are read
 /// @param errorDesc  receives a short description on failure; may be null
 /// @return non-zero on success; 0 for a file that is missing, unreadable, empty, not well-formed or refused
-int LoadXmlFile(TiXmlDocument& document, const char* path, std::string* errorDesc = nullptr);
+[[nodiscard]] int LoadXmlFile(TiXmlDocument& document, const char* path, std::string* errorDesc = nullptr);
 
 /// Saves the bytes that the library's own `SaveFile` writes, by `ReplaceFile`.
 ///
 /// @param sourcePath  the file from which the document was made (`ReplaceDerivedFile`); null if there is none
 /// @return 1 on success; 0 if there is no memory, the text is larger than 16 MiB, or the file cannot be replaced; it is
 ///         then unchanged
-int SaveXmlFile(const TiXmlDocument& document, const char* path, const char* sourcePath = nullptr);
+[[nodiscard]] int SaveXmlFile(const TiXmlDocument& document, const char* path, const char* sourcePath = nullptr);
 
 /// @param element  not null
 /// @return the attribute's text; the default if it is absent

@@ -21,7 +21,7 @@ enum class CarryingOut {
 /// leaves one file under both names: renaming it again would do nothing, so the temporary name is removed.
 ///
 /// @return false if the note could not be removed or the marker could not be changed: the record stays
-bool CarryOut(const CommitRecord& record, CarryingOut turn);
+[[nodiscard]] bool CarryOut(const CommitRecord& record, CarryingOut turn);
 
 /// Reports to the system log only that a change could not be committed.
 void ReportFailure(const std::string& path, int error);

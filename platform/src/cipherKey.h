@@ -17,4 +17,4 @@ using CipherKey = std::array<std::uint8_t, kCipherKeySize>;
 /// @param warning  receives the problem of a key that is used all the same: the file is missing, or other users may
 ///                 write to it; unchanged otherwise; may be null
 /// @return false if the file exists but is malformed or unreadable
-bool LoadCipherKey(const char* path, CipherKey& key, std::string* warning = nullptr);
+[[nodiscard]] bool LoadCipherKey(const char* path, CipherKey& key, std::string* warning = nullptr);

@@ -39,7 +39,7 @@ struct CommitRecord {
 std::string TextOf(const CommitRecord& record);
 
 /// @return false if the text is not a whole record of this format
-bool ParseRecord(std::string_view text, CommitRecord& record);
+[[nodiscard]] bool ParseRecord(std::string_view text, CommitRecord& record);
 
 /// @return the fields' text with its checksum at the end, as a record has it
 std::string WithChecksum(const std::vector<std::string_view>& fields);
@@ -47,4 +47,4 @@ std::string WithChecksum(const std::vector<std::string_view>& fields);
 /// Parses a text with a checksum into its fields.
 ///
 /// @return false if the checksum does not match
-bool CheckAndSplit(std::string_view text, std::vector<std::string_view>& fields);
+[[nodiscard]] bool CheckAndSplit(std::string_view text, std::vector<std::string_view>& fields);

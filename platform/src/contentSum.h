@@ -22,7 +22,7 @@ ContentSum SumOf(std::string_view bytes);
 
 /// @param sum  receives the sum of a regular file; meaningless otherwise
 /// @return false if the path is not a regular file or cannot be read
-bool SumOfFile(const char* path, ContentSum& sum);
+[[nodiscard]] bool SumOfFile(const char* path, ContentSum& sum);
 
 /// @return whether the path is a regular file with that content
 bool HoldsContent(const char* path, const ContentSum& content);

@@ -10,4 +10,4 @@
 /// @param destinationPath  zero-terminated, not null; a new file gets the source's permission bits
 /// @param sourcePath       zero-terminated, not null
 /// @return true if the destination contains the source's bytes, or will after the commit
-bool CopyFile(const char* destinationPath, const char* sourcePath);
+[[nodiscard]] bool CopyFile(const char* destinationPath, const char* sourcePath);

@@ -38,4 +38,4 @@ struct FileOrigin {
 /// get the access that both had.
 ///
 /// @return 0; otherwise the error number of the call that failed
-int GiveAttributes(int file, const FileOrigin& origin);
+[[nodiscard]] int GiveAttributes(int file, const FileOrigin& origin);

@@ -27,7 +27,7 @@ enum class ReadResult {
 /// @param bytes   receives the content; unchanged unless the result is `Done`
 /// @param status  receives the result of `fstat` when the file was read, or the kind and bits that the commit will give
 ///                a staged file; may be null
-ReadResult ReadFile(const char* path, std::string& bytes, struct stat* status = nullptr);
+[[nodiscard]] ReadResult ReadFile(const char* path, std::string& bytes, struct stat* status = nullptr);
 
 enum class LinkResult {
     Resolved,
@@ -41,7 +41,7 @@ enum class LinkResult {
 /// @param path    on `Resolved` and `Missing` the path that is not a link; on `Foreign` the path that is not trusted
 /// @param status  on `Resolved` the result of `lstat` for that path (of a staged file only its kind is right);
 ///                otherwise meaningless
-LinkResult ResolveLinks(std::string& path, struct stat& status);
+[[nodiscard]] LinkResult ResolveLinks(std::string& path, struct stat& status);
 
 /// @return whether the name is a file or link of another user except root in a world-writable folder
 bool IsForeign(const std::string& path);

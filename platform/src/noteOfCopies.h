@@ -14,9 +14,9 @@ bool HasNoteOfCopies();
 /// Removes the note of a committed run, and flushes its folder: from then on the copies stay.
 ///
 /// @return false if it still exists
-bool RemoveNoteOfCopies();
+[[nodiscard]] bool RemoveNoteOfCopies();
 
 /// Removes the files that are listed in the note of a run without a commit, then the note.
 ///
 /// @return false if there may be a note, but it cannot be read now
-bool TakeBackForeignCopies();
+[[nodiscard]] bool TakeBackForeignCopies();

@@ -19,12 +19,12 @@ enum class PrivateFileState {
 };
 
 /// @param text  receives the content of a whole file
-PrivateFileState ReadPrivateFile(const char* path, std::string& text);
+[[nodiscard]] PrivateFileState ReadPrivateFile(const char* path, std::string& text);
 
 /// Creates the file exclusively, readable only by its owner, and flushes it and its folder.
 ///
 /// @return 0; otherwise the error number of the call that failed, and the file does not exist
-int WritePrivateFile(const char* path, const std::string& text);
+[[nodiscard]] int WritePrivateFile(const char* path, const std::string& text);
 
 /// Removes any file of that name, unless it is a folder, and flushes its folder.
 void RemovePrivateFile(const char* path);

@@ -14,7 +14,7 @@
 ///
 /// @param path  a path whose last name is not followed as a link
 /// @return 0; otherwise the error number of the call that failed: the file is unchanged, and no temporary file is left
-int ReplaceAtOnce(const std::string& path, std::string_view bytes, const FileOrigin& origin);
+[[nodiscard]] int ReplaceAtOnce(const std::string& path, std::string_view bytes, const FileOrigin& origin);
 
 /// Sets the modification time of a file that ends unchanged to now, and removes a temporary file that an earlier run
 /// may have left for it. Failures of both are harmless.

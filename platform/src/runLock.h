@@ -8,6 +8,6 @@
 /// Waits for a run that has the lock, at most 20 seconds.
 ///
 /// @return false if another run still has it. A folder that cannot be locked at all counts as locked.
-bool LockRuns();
+[[nodiscard]] bool LockRuns();
 
 void UnlockRuns();

@@ -55,7 +55,7 @@ bool IsStaging();
 std::list<StagedFile>& StagedFiles();
 
 /// @return false if the path's folder does not exist
-bool FindFileName(const std::string& path, FileName& name);
+[[nodiscard]] bool FindFileName(const std::string& path, FileName& name);
 
 /// @return whether both paths are the same name in the same folder
 bool IsSameName(const std::string& one, const std::string& other);
@@ -73,7 +73,7 @@ struct SaveRequest {
 
 /// Stages the file's new content. Fails if the commit would visibly fail: no folder, no permission, a read-only file
 /// system, a file that could not be read in this run.
-bool StageSave(const SaveRequest& request);
+[[nodiscard]] bool StageSave(const SaveRequest& request);
 
 /// From then on the file is neither saved nor removed in this run: the result of a pass that could not read the file
 /// must not replace it.
@@ -82,4 +82,4 @@ void ForbidChanges(const std::string& path);
 /// Stages a removal.
 ///
 /// @return false if there is nothing to remove, or it visibly cannot be removed
-bool StageRemoval(const std::string& path);
+[[nodiscard]] bool StageRemoval(const std::string& path);

@@ -24,10 +24,10 @@ public:
     /// sets its attributes (fileAttributes.h), and flushes it.
     ///
     /// @return 0; otherwise the error number of the call that failed
-    int Write(std::string_view bytes, const FileOrigin& origin);
+    [[nodiscard]] int Write(std::string_view bytes, const FileOrigin& origin);
 
     /// @return 0 if it has replaced the destination; otherwise the error number
-    int RenameTo(const char* destination);
+    [[nodiscard]] int RenameTo(const char* destination);
 
     /// Keeps the file: the commit record names it.
     void Keep() { exists_ = false; }

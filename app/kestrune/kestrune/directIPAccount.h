@@ -26,4 +26,4 @@ void RestoreDirectIPAccount();
 ///
 /// @param path  if null, or if the file is missing, nothing happens
 /// @return true if the file was saved
-bool StripValueMarks(const char* path);
+[[nodiscard]] bool StripValueMarks(const char* path);

@@ -28,4 +28,4 @@ void MigrateKeyLayouts();
 /// @param document  working storage, which is reused for all files
 /// @param rootName  name of the element that contains the file's items
 /// @return true if the file was saved; otherwise it is unchanged
-bool MigrateKeyLayout(pugi::xml_document& document, const char* path, const char* rootName);
+[[nodiscard]] bool MigrateKeyLayout(pugi::xml_document& document, const char* path, const char* rootName);

@@ -10,7 +10,7 @@ class TiXmlElement;
 class TiXmlNode;
 
 /// `LoadXmlFile` for a data file. Row numbers are never needed; without them the conversion is a sixth faster.
-int LoadDataFile(TiXmlDocument& document, const char* path, std::string* errorDesc = nullptr);
+[[nodiscard]] int LoadDataFile(TiXmlDocument& document, const char* path, std::string* errorDesc = nullptr);
 
 /// Appends a new element as the last child of its parent, which owns it.
 ///

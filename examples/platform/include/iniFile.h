@@ -18,13 +18,14 @@ public:
     iniFile(const iniFile&) = delete;
     iniFile& operator=(const iniFile&) = delete;
 
-    int LoadFromFile(const char* path);
-    int SaveToFile(const char* path) const;
+    [[nodiscard]] int LoadFromFile(const char* path);
+    [[nodiscard]] int SaveToFile(const char* path) const;
 
     std::string GetTextValue(const phraseConstTextA& section, const phraseConstTextA& key,
                              const phraseConstTextA& defaultText) const;
     int GetIntValue(const phraseConstTextA& section, const phraseConstTextA& key, int defaultValue) const;
-    int SetTextValue(const phraseConstTextA& section, const phraseConstTextA& key, const phraseConstTextA& text);
+    [[nodiscard]] int SetTextValue(const phraseConstTextA& section, const phraseConstTextA& key,
+                                   const phraseConstTextA& text);
 
     /// The chain is valid until the next call or load.
     pointer_chain_pNext* objects();
