@@ -10,6 +10,7 @@
 #include <tuple>
 
 #include "attributeRules.h"
+#include "configMapper.h"
 #include "consequences.h"
 #include "entryList.h"
 #include "entryListRules.h"
