@@ -73,8 +73,39 @@ void ReadGroups(const TiXmlElement& root, std::list<ContactRecord>& contacts, st
     }
 }
 
+} // namespace
+
+int GetV4XContactData(const char* oldPath, std::list<ContactRecord>& contacts, std::list<GroupRecord>& groups)
+{
+    ETL_TraceHelper::chTraceStack scope("GetV4XContactData");
+    if (oldPath == nullptr)
+        return 0;
+    if (ETL_MiscHelper::pathFileExist(oldPath) == 0)
+        return 0;
+    contacts.clear();
+    groups.clear();
+
+    TiXmlDocument document;
+    std::string errorDesc;
+    if (LoadDataFile(document, oldPath, &errorDesc) == 0) {
+        // The device puts the description where the path should be.
+        ETL_TraceHelper::etlTrace(ETL_TraceHelper::kTraceData, kNoContactsReport, errorDesc.c_str(), "");
+        return 0;
+    }
+    const TiXmlElement* root = document.FirstChildElement(kOldContacts.root);
+    if (root == nullptr)
+        return 0;
+
+    groups.push_back({kAllGroup, "All", /*isReadOnly=*/true});
+    ReadGroups(*root, contacts, groups);
+    groups.push_back({kBlackListGroup, "Black List", /*isReadOnly=*/true});
+    return 1;
+}
+
 int SetV50ContactData(const char* newPath, const std::list<ContactRecord>& contacts, const char* oldPath)
 {
+    if (newPath == nullptr)
+        return 0;
     TiXmlDocument document;
     TiXmlElement* root = AppendElement(document, "root_contact");
     if (root == nullptr)
@@ -97,6 +128,8 @@ int SetV50ContactData(const char* newPath, const std::list<ContactRecord>& conta
 
 int SetV50GroupData(const char* newPath, const std::list<GroupRecord>& groups, const char* oldPath)
 {
+    if (newPath == nullptr)
+        return 0;
     TiXmlDocument document;
     TiXmlElement* root = AppendElement(document, "root_group");
     if (root == nullptr)
@@ -112,8 +145,6 @@ int SetV50GroupData(const char* newPath, const std::list<GroupRecord>& groups, c
     }
     return SaveXmlFile(document, newPath, oldPath);
 }
-
-} // namespace
 
 int ContactV4XToV50(const char* oldPath, const char* newContactPath, const char* newGroupPath)
 {
@@ -138,29 +169,4 @@ int ContactV4XToV50(const char* oldPath, const char* newContactPath, const char*
         return 0;
     }
     return SetV50GroupData(newGroupPath, groups, oldPath);
-}
-
-int GetV4XContactData(const char* oldPath, std::list<ContactRecord>& contacts, std::list<GroupRecord>& groups)
-{
-    ETL_TraceHelper::chTraceStack scope("GetV4XContactData");
-    if (ETL_MiscHelper::pathFileExist(oldPath) == 0)
-        return 0;
-    contacts.clear();
-    groups.clear();
-
-    TiXmlDocument document;
-    std::string errorDesc;
-    if (LoadDataFile(document, oldPath, &errorDesc) == 0) {
-        // The device puts the description where the path should be.
-        ETL_TraceHelper::etlTrace(ETL_TraceHelper::kTraceData, kNoContactsReport, errorDesc.c_str(), "");
-        return 0;
-    }
-    const TiXmlElement* root = document.FirstChildElement(kOldContacts.root);
-    if (root == nullptr)
-        return 0;
-
-    groups.push_back({kAllGroup, "All", /*isReadOnly=*/true});
-    ReadGroups(*root, contacts, groups);
-    groups.push_back({kBlackListGroup, "Black List", /*isReadOnly=*/true});
-    return 1;
 }

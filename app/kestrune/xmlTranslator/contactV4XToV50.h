@@ -39,3 +39,12 @@ int ContactV4XToV50(const char* oldPath, const char* newContactPath, const char*
 ///                          "All" and ends with "Black List"
 /// @return 1 if the file was read; 0 if it is missing, does not load or has another root
 int GetV4XContactData(const char* oldPath, std::list<ContactRecord>& contacts, std::list<GroupRecord>& groups);
+
+/// Writes the contact list.
+///
+/// @param oldPath  the file whose owner a new file gets, and whose readers are the most that it may have; may be null
+/// @return 1 if the file was saved; 0 if it was not, or if `newPath` is null
+int SetV50ContactData(const char* newPath, const std::list<ContactRecord>& contacts, const char* oldPath = nullptr);
+
+/// Writes the list of contact groups; as `SetV50ContactData`.
+int SetV50GroupData(const char* newPath, const std::list<GroupRecord>& groups, const char* oldPath = nullptr);

@@ -12,18 +12,6 @@
 #include "xmlElement.h"
 #include "xmlFile.h"
 
-int DialNowV4XToV50(const char* oldPath, const char* newPath)
-{
-    ETL_TraceHelper::chTraceStack scope("DialNowV4XToV50");
-    if (oldPath == nullptr || newPath == nullptr)
-        return 0;
-
-    std::list<DialRuleRecord> rules;
-    if (GetV4XDialNowData(oldPath, rules) == 0)
-        return 0;
-    return SetV50DialNowData(newPath, rules, oldPath);
-}
-
 int GetV4XDialNowData(const char* oldPath, std::list<DialRuleRecord>& rules)
 {
     if (oldPath == nullptr)
@@ -68,4 +56,16 @@ int SetV50DialNowData(const char* newPath, const std::list<DialRuleRecord>& rule
         element->SetAttribute("lines", rule.account);
     }
     return SaveXmlFile(document, newPath, oldPath);
+}
+
+int DialNowV4XToV50(const char* oldPath, const char* newPath)
+{
+    ETL_TraceHelper::chTraceStack scope("DialNowV4XToV50");
+    if (oldPath == nullptr || newPath == nullptr)
+        return 0;
+
+    std::list<DialRuleRecord> rules;
+    if (GetV4XDialNowData(oldPath, rules) == 0)
+        return 0;
+    return SetV50DialNowData(newPath, rules, oldPath);
 }

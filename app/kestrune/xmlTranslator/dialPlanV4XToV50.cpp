@@ -12,18 +12,6 @@
 #include "xmlElement.h"
 #include "xmlFile.h"
 
-int DialPlanV4XToV50(const char* oldPath, const char* newPath)
-{
-    ETL_TraceHelper::chTraceStack scope("DialPlanV4XToV50");
-    if (oldPath == nullptr || newPath == nullptr)
-        return 0;
-
-    std::list<DialRuleRecord> rules;
-    if (GetV4XDialPlanData(oldPath, rules) == 0)
-        return 0;
-    return SetV50DialPlanData(newPath, rules, oldPath);
-}
-
 int GetV4XDialPlanData(const char* oldPath, std::list<DialRuleRecord>& rules)
 {
     if (oldPath == nullptr)
@@ -71,4 +59,16 @@ int SetV50DialPlanData(const char* newPath, const std::list<DialRuleRecord>& rul
         element->SetAttribute("lines", rule.account);
     }
     return SaveXmlFile(document, newPath, oldPath);
+}
+
+int DialPlanV4XToV50(const char* oldPath, const char* newPath)
+{
+    ETL_TraceHelper::chTraceStack scope("DialPlanV4XToV50");
+    if (oldPath == nullptr || newPath == nullptr)
+        return 0;
+
+    std::list<DialRuleRecord> rules;
+    if (GetV4XDialPlanData(oldPath, rules) == 0)
+        return 0;
+    return SetV50DialPlanData(newPath, rules, oldPath);
 }

@@ -45,18 +45,6 @@ std::string OrEmpty(const char* text)
 
 } // namespace
 
-int DoorPhoneV4XToV50(const char* oldPath, const char* newPath)
-{
-    ETL_TraceHelper::chTraceStack scope("DoorPhoneV4XToV50");
-    if (oldPath == nullptr || newPath == nullptr)
-        return 0;
-
-    std::list<DoorPhoneRecord> doorPhones;
-    if (GetV4XDoorPhoneData(oldPath, doorPhones) == 0)
-        return 0;
-    return SetV50DoorPhoneData(newPath, doorPhones, oldPath);
-}
-
 int GetV4XDoorPhoneData(const char* oldPath, std::list<DoorPhoneRecord>& doorPhones)
 {
     if (oldPath == nullptr)
@@ -112,6 +100,18 @@ int SetV50DoorPhoneData(const char* newPath, const std::list<DoorPhoneRecord>& d
         element->SetAttribute("full_screen", doorPhone.fullScreen ? 1 : 0);
     }
     return SaveXmlFile(document, newPath, oldPath);
+}
+
+int DoorPhoneV4XToV50(const char* oldPath, const char* newPath)
+{
+    ETL_TraceHelper::chTraceStack scope("DoorPhoneV4XToV50");
+    if (oldPath == nullptr || newPath == nullptr)
+        return 0;
+
+    std::list<DoorPhoneRecord> doorPhones;
+    if (GetV4XDoorPhoneData(oldPath, doorPhones) == 0)
+        return 0;
+    return SetV50DoorPhoneData(newPath, doorPhones, oldPath);
 }
 
 int GetDoorPhoneModelIndex(const char* modelName)

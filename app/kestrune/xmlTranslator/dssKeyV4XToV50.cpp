@@ -63,18 +63,6 @@ bool AppendKey(TiXmlElement& root, const DSSKeyRecord& key)
 
 } // namespace
 
-int DSSKeyV4XToV50(const char* oldPath, const char* newPath)
-{
-    ETL_TraceHelper::chTraceStack scope("DSSKeyV4XToV50");
-    if (oldPath == nullptr || newPath == nullptr)
-        return 0;
-
-    std::list<DSSKeyRecord> keys;
-    if (GetV4XDSSKeyData(oldPath, keys) == 0)
-        return 0;
-    return SetV50DSSKeyData(newPath, keys, oldPath);
-}
-
 int GetV4XDSSKeyData(const char* oldPath, std::list<DSSKeyRecord>& keys)
 {
     if (oldPath == nullptr)
@@ -116,4 +104,16 @@ int SetV50DSSKeyData(const char* newPath, const std::list<DSSKeyRecord>& keys, c
             return 0;
     }
     return SaveXmlFile(document, newPath, oldPath);
+}
+
+int DSSKeyV4XToV50(const char* oldPath, const char* newPath)
+{
+    ETL_TraceHelper::chTraceStack scope("DSSKeyV4XToV50");
+    if (oldPath == nullptr || newPath == nullptr)
+        return 0;
+
+    std::list<DSSKeyRecord> keys;
+    if (GetV4XDSSKeyData(oldPath, keys) == 0)
+        return 0;
+    return SetV50DSSKeyData(newPath, keys, oldPath);
 }
