@@ -5,6 +5,9 @@
 
 #include <unistd.h>
 
+#include "checkTable.h"
+#include "scratchFolder.h"
+
 namespace
 {
 
@@ -48,4 +51,31 @@ std::string Summary(const Findings& findings)
 std::string SourcePath(const std::string& path)
 {
     return std::string(KESTRUNE_SOURCES) + "/" + path;
+}
+
+std::string TestPhone()
+{
+    return SourcePath("tests/tools/tableCheck/phone");
+}
+
+std::string TablePath(const Rule& rule, const std::string& kind)
+{
+    return SourcePath("tests/tools/tableCheck/rules/" + std::string(rule.number) + "." + kind + ".xml");
+}
+
+Findings Check(const std::string& table, const std::string& image)
+{
+    return CheckTable({table, image, ""});
+}
+
+std::string SummaryOf(const std::string& text, const std::string& image)
+{
+    const ScratchFolder folder;
+    WriteBytes(folder.Path("table.xml"), text);
+    return Summary(Check(folder.Path("table.xml"), image));
+}
+
+std::string Record(const std::string& attributes)
+{
+    return "<t>\n<record srcFile='/config/user/user.ini' " + attributes + "/>\n</t>";
 }

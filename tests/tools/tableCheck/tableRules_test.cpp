@@ -6,13 +6,10 @@
 
 #include "rules.h"
 
-#include <ctime>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <regex>
 
-#include "checkTable.h"
-#include "phoneImage/toolError.h"
 #include "report.h"
 #include "scratchFolder.h"
 #include "tableCheckRun.h"
@@ -20,37 +17,11 @@
 namespace
 {
 
-constexpr char kTables[] = "tests/tools/tableCheck/rules/";
-constexpr char kPhone[] = "tests/tools/tableCheck/phone";
-
-std::string TablePath(const Rule& rule, const std::string& kind)
-{
-    return SourcePath(kTables + std::string(rule.number) + "." + kind + ".xml");
-}
-
-Findings Check(const std::string& table, const std::string& image = SourcePath(kPhone))
-{
-    return CheckTable({table, image, ""});
-}
-
-/// Checks a table given as text.
-std::string SummaryOf(const std::string& text, const std::string& image = "")
-{
-    const ScratchFolder folder;
-    WriteBytes(folder.Path("table.xml"), text);
-    return Summary(Check(folder.Path("table.xml"), image));
-}
-
 std::string Announced(const std::string& table)
 {
     std::smatch match;
     const std::string text = ReadBytes(table);
     return std::regex_search(text, match, std::regex("^<!-- finds: (.*) -->\n")) ? match[1].str() : "no first line";
-}
-
-std::string Record(const std::string& attributes)
-{
-    return "<t>\n<record srcFile='/config/user/user.ini' " + attributes + "/>\n</t>";
 }
 
 } // namespace
@@ -71,7 +42,7 @@ TEST(TableRules, EachHasATableThatFiresItAndOneThatDoesNot)
 
 TEST(TableRules, NoTableIsLeftOfARuleThatIsNone)
 {
-    for (const auto& entry : std::filesystem::directory_iterator(SourcePath(kTables)))
+    for (const auto& entry : std::filesystem::directory_iterator(SourcePath("tests/tools/tableCheck/rules")))
         EXPECT_NE(FindRule(entry.path().filename().string().substr(0, 5)), nullptr) << entry.path();
 }
 
@@ -156,13 +127,6 @@ TEST(TableRules, AMiswrittenNameIsRecognised)
     }
 }
 
-TEST(TableRules, PathsOfOneFileAreOneDestination)
-{
-    const std::string one = "<record srcFile='/config/a.ini' srcSec='S' srcKey='K' dstFile='/config/b.ini'/>\n";
-    const std::string other = "<record srcFile='/config/c.ini' srcSec='S' srcKey='K' dstFile='/config/x/..//b.ini'/>\n";
-    EXPECT_EQ(SummaryOf("<t>\n" + one + other + "</t>"), "KT010 at 3");
-}
-
 TEST(TableRules, OfSeveralWritersTheLastIsNamed)
 {
     const std::string record = "<record srcFile='/config/a.ini' srcSec='S' srcKey='K' dstKey='L'/>\n";
@@ -229,14 +193,14 @@ TEST(TableRules, OneMistakeIsOneFinding)
          "KT018 at 3"},
     };
     for (const Row& row : rows)
-        EXPECT_EQ(SummaryOf("<t>\n" + std::string(row.records) + "</t>", SourcePath(kPhone)), row.found) << row.records;
+        EXPECT_EQ(SummaryOf("<t>\n" + std::string(row.records) + "</t>", TestPhone()), row.found) << row.records;
 }
 
 TEST(TableRules, AnIntendedMistakeIsSuppressedWithItsConsequences)
 {
     EXPECT_EQ(SummaryOf("<t><!-- kestrune-table-check: ignore KT005 -->"
                         "<r dstFile='/config/user/user.ini' dstSec='Audio' dstKey='nOld'/></t>",
-                        SourcePath(kPhone)),
+                        TestPhone()),
               "nothing");
 }
 
@@ -271,111 +235,6 @@ TEST(TableRules, ManyRecordsTakeNoLongTime)
     EXPECT_EQ(SummaryOf("<t>\n" + records + "</t>"), "nothing");
 }
 
-TEST(TableRules, ASecretThatBecomesPlainIsFound)
-{
-    struct Row {
-        const char* records;
-        const char* list;
-        const char* found;
-    };
-    const Row rows[] = {
-        // the list names the source
-        {"<r srcFile='/config/a.ini' srcSec='S' srcKey='K' dstKey='L'/>",
-         "<e file='/config/a.ini' section='S' key='K'/>", "KT030 at 1"},
-        {"<r srcFile='/config/./a.ini' srcSec='S' srcKey='K' dstFile='/config/b.ini'/>",
-         "<e file='/config/a.ini' section='S' key='K'/>", "KT030 at 1"},
-        {"<r srcFile='/config/user/voip/sipAccount2.cfg' srcSec='S' srcKey='K' dstKey='L'/>",
-         "<e perAccount='true' section='S' key='K'/>", "KT030 at 1"},
-        {"<r srcFile='/config/user/voip/sipAccount16.cfg' srcSec='S' srcKey='K' dstKey='L'/>", // never converted
-         "<e perAccount='true' section='S' key='K'/>", "KT030 at 1"},
-        // it does not, or does with the destination
-        {"<r srcFile='/config/a.ini' srcSec='S' srcKey='K' dstKey='L'/>",
-         "<e file='/config/a.ini' section='S' key='M'/>", "nothing"},
-        {"<r srcFile='/config/a.ini' srcSec='S' srcKey='K' dstKey='L'/>",
-         "<e file='/config/a.ini' section='S' key='K' active='false'/>", "nothing"},
-        {"<r srcFile='/config/a.ini' srcSec='S' srcKey='K' dstKey='L'/>",
-         "<e file='/config/a.ini' section='S' key='K'/><e file='/config/a.ini' section='S' key='L'/>", "KT013 at 1"},
-        {"<r srcFile='/config/a.ini' srcSec='S' srcKey='K' dstKey='L' dstEncrypt='true'/>",
-         "<e file='/config/a.ini' section='S' key='K'/>", "KT014 at 1"},
-        // the table says so, without a list
-        {"<r srcFile='/config/a.ini' srcSec='S' srcKey='K' srcEncrypt='1'/>\n"
-         "<r srcFile='/config/a.ini' srcSec='S' srcKey='K' dstKey='L'/>",
-         "", "KT030 at 2"},
-        {"<r srcFile='/config/a.ini' srcSec='S' srcKey='K' dstKey='L'/>\n"
-         "<r srcFile='/config/a.ini' srcSec='S' srcKey='M' dstKey='K' dstEncrypt='1'/>",
-         "", "KT030 at 1, KT012 at 2"},
-        {"<r srcFile='/config/a.ini' srcSec='S' srcKey='K' srcEncrypt='0'/>\n"
-         "<r srcFile='/config/a.ini' srcSec='S' srcKey='K' dstKey='L'/>",
-         "", "KT020 at 1"},
-        // a record that carries the secret on
-        {"<r srcFile='/config/a.ini' srcSec='S' srcKey='L' dstKey='M'/>\n"
-         "<r srcFile='/config/a.ini' srcSec='S' srcKey='K' dstKey='L'/>",
-         "<e file='/config/a.ini' section='S' key='K'/>", "KT030 at 1, KT012 at 2, KT030 at 2"},
-        // a circle ends
-        {"<r srcFile='/config/a.ini' srcSec='S' srcKey='K' dstKey='L'/>\n"
-         "<r srcFile='/config/a.ini' srcSec='S' srcKey='L' dstKey='K'/>",
-         "<e file='/config/a.ini' section='S' key='K'/>", "KT030 at 1, KT011 at 2, KT012 at 2, KT013 at 2"},
-        // an emptied setting is no secret
-        {"<r dstFile='/config/a.ini' dstSec='S' dstKey='L'/>", "", "KT005 at 1"},
-    };
-    for (const Row& row : rows) {
-        const ScratchFolder folder;
-        WriteBytes(folder.Path("table.xml"), "<t>" + std::string(row.records) + "</t>");
-        WriteBytes(folder.Path("list.xml"), "<l>" + std::string(row.list) + "</l>");
-        const std::string list = *row.list == '\0' ? "" : folder.Path("list.xml");
-        EXPECT_EQ(Summary(CheckTable({folder.Path("table.xml"), /*image=*/"", list})), row.found) << row.records << "\n"
-                                                                                                  << row.list;
-    }
-}
-
-TEST(TableRules, PathsThatNoRecordCanMeanAreFound)
-{
-    struct Row {
-        const char* path;
-        const char* asDestination;
-        const char* asSource;
-    };
-    const Row rows[] = {
-        {"/config/a.ini", "nothing", "nothing"},
-        {"/config/a%b.ini", "nothing", "nothing"},
-        {"/config/my file.cfg", "nothing", "nothing"},
-        {"/config/a.xml.ini", "nothing", "nothing"},
-        {"/config/xml", "nothing", "nothing"},
-        {"/config/a.xml", "KT031 at 2", "KT033 at 2"},
-        {"/config/A.XML", "KT031 at 2", "KT033 at 2"},
-        {"/config/a.pem", "KT031 at 2", "KT033 at 2"},
-        {"/config/a.crt", "KT031 at 2", "KT033 at 2"},
-        {"/config/a.key", "KT031 at 2", "KT033 at 2"},
-        {"/config/voip/sipAccount*.cfg", "KT034 at 2", "KT034 at 2"},
-        {"/config/voip/sipAccount?.cfg", "KT034 at 2", "KT034 at 2"},
-        {"/config/voip/sipAccount%d.cfg", "KT034 at 2", "KT034 at 2"},
-        {"/config/voip/sipAccount%s.cfg", "KT034 at 2", "KT034 at 2"},
-        {"/config/voip/sipAccount%u.cfg", "KT034 at 2", "KT034 at 2"},
-        {"/config/voip/sipAccount{n}.cfg", "KT034 at 2", "KT034 at 2"},
-        {"/config/a.ini ", "KT034 at 2", "KT034 at 2"},
-        {" /config/a.ini", "KT034 at 2", "KT034 at 2"},
-        {"/config/a.ini&#9;", "KT034 at 2", "KT034 at 2"},
-    };
-    for (const Row& row : rows) {
-        const std::string path = row.path;
-        EXPECT_EQ(SummaryOf(Record("srcSec='S' srcKey='K' dstFile='" + path + "'")), row.asDestination) << path;
-        EXPECT_EQ(SummaryOf("<t>\n<r srcFile='" + path + "' srcSec='S' srcKey='K' dstFile='/config/b.ini'/></t>"),
-                  row.asSource)
-            << path;
-    }
-}
-
-TEST(TableRules, BlanksAtTheEndsOfASectionAreFound)
-{
-    const std::pair<const char*, const char*> rows[] = {
-        {"S", "nothing"}, {"A B", "nothing"}, {"S ", "KT035 at 2"}, {"\tS", "KT035 at 2"}, {"&#32;S", "KT035 at 2"},
-    };
-    for (const auto& [section, found] : rows) {
-        EXPECT_EQ(SummaryOf(Record("srcSec='" + std::string(section) + "' srcKey='K' dstSec='T'")), found) << section;
-        EXPECT_EQ(SummaryOf(Record("srcSec='T' srcKey='K' dstSec='" + std::string(section) + "'")), found) << section;
-    }
-}
-
 TEST(TableRules, WhatStrictParsersRefuseIsFound)
 {
     struct Row {
@@ -395,210 +254,4 @@ TEST(TableRules, WhatStrictParsersRefuseIsFound)
     };
     for (const Row& row : rows)
         EXPECT_EQ(SummaryOf(row.table), row.found) << row.table;
-}
-
-TEST(TableRules, PlacesThatSteerTheProgramAreFound)
-{
-    struct Row {
-        const char* file;
-        const char* section;
-        const char* key;
-        const char* found;
-    };
-    const Row rows[] = {
-        {"/config/user/user.ini", "PhoneSetting", "EnLock", "KT032 at 2"},
-        {"/config//user/../user/user.ini", "PhoneSetting", "EnLock", "KT032 at 2"},
-        {"/config/user/user.ini", "Sync", "SyncCfgByVersion", "KT032 at 2"},
-        {"/config/version.ini", "SyncConfig", "bEnableFromOld", "KT032 at 2"},
-        {"/config/kestrune-pending", "any", "any", "KT032 at 2"},
-        {"/config/kestrune-commit", "any", "any", "KT032 at 2"},
-        {"/config/kestrune-handover", "any", "any", "KT032 at 2"},
-        {"/config/user/user.ini", "PhoneSetting", "enlock", "nothing"},
-        {"/config/user/user.ini", "SyncConfig", "bEnableFromOld", "nothing"},
-        {"/config/system/system.ini", "PhoneSetting", "EnLock", "nothing"},
-        {"/config/version.ini", "SyncConfig", "bOther", "nothing"},
-    };
-    for (const Row& row : rows) {
-        const std::string place =
-            std::string("dstFile='") + row.file + "' dstSec='" + row.section + "' dstKey='" + row.key;
-        EXPECT_EQ(SummaryOf(Record("srcSec='S' srcKey='K' " + place + "'")), row.found) << place;
-    }
-}
-
-TEST(TableRules, ANameCanSayThatAValueIsASecret)
-{
-    struct Row {
-        const char* keys;
-        const char* found;
-    };
-    const Row rows[] = {
-        {"srcKey='strPwd' dstKey='strOther'", "KT037 at 2"},
-        {"srcKey='strOther' dstKey='UnlockPIN'", "KT037 at 2"},
-        {"srcKey='strPwd' dstKey='strListed' dstEncrypt='1'", "nothing"},
-        {"srcKey='strPwd' dstKey='strListed'", "KT013 at 2"},
-        {"srcKey='strListed' dstKey='strPwd'", "KT030 at 2"},
-        {"srcKey='strPwd' dstKey='strInactive'", "nothing"},
-        {"srcKey='strInactive' dstKey='strPwd'", "nothing"},
-        {"srcKey='strPwd'", "KT020 at 2"},
-        {"srcKey='bPassword' dstKey='bUsePassword'", "nothing"},
-        {"srcKey='bpassword' dstKey='strOther'", "KT037 at 2"},
-    };
-    const ScratchFolder folder;
-    WriteBytes(folder.Path("list.xml"),
-               "<l><e file='/config/user/user.ini' section='S' key='strListed'/>"
-               "<e file='/config/user/user.ini' section='S' key='strInactive' active='0'/></l>");
-    for (const Row& row : rows) {
-        WriteBytes(folder.Path("t"), Record("srcSec='S' " + std::string(row.keys)));
-        EXPECT_EQ(Summary(CheckTable({folder.Path("t"), /*image=*/"", folder.Path("list.xml")})), row.found)
-            << row.keys;
-    }
-}
-
-TEST(TableRules, TheFindingNamesTheReasonForASecret)
-{
-    const ScratchFolder folder;
-    WriteBytes(folder.Path("t"), "<t>\n"
-                                 "<r srcFile='/config/a.ini' srcSec='S' srcKey='K' srcEncrypt='1'/>\n"
-                                 "<r srcFile='/config/a.ini' srcSec='S' srcKey='K' dstKey='L'/>\n"
-                                 "<r srcFile='/config/a.ini' srcSec='S' srcKey='L' dstKey='M'/>\n"
-                                 "</t>");
-    const Findings findings = Check(folder.Path("t"), /*image=*/"");
-    ASSERT_EQ(Summary(findings), "KT030 at 3, KT011 at 4, KT030 at 4");
-    EXPECT_EQ(findings.front().text,
-              "[S] K of /config/a.ini holds a secret (the record at line 2 writes it enciphered), and [S] L of "
-              "/config/a.ini gets it plain, also on a locked phone");
-    EXPECT_EQ(findings.back().text,
-              "[S] L of /config/a.ini holds a secret (the record at line 3 writes a secret there), and [S] M of "
-              "/config/a.ini gets it plain, also on a locked phone");
-}
-
-TEST(TableRules, AValueThatThePhoneHoldsEncipheredIsASecret)
-{
-    const std::string table = "<t>\n<r srcFile='/config/user/user.ini' srcSec='Secret' srcKey='strToken' dstKey='";
-    EXPECT_EQ(SummaryOf(table + "strCommunity'/></t>", SourcePath(kPhone)), "KT030 at 2");
-    EXPECT_EQ(SummaryOf(table + "strNew'/></t>", SourcePath(kPhone)), "KT013 at 2");
-    EXPECT_EQ(SummaryOf(table + "strNew' dstEncrypt='1'/></t>", SourcePath(kPhone)), "nothing");
-}
-
-/// A quadratic check of so many records takes a quarter of a minute.
-TEST(TableRules, ManyRecordsForOneFileOfTheImageTakeNoLongTime)
-{
-    const ScratchFolder folder;
-    std::string records;
-    std::string text = "[S]\n";
-    for (int i = 0; i < 20000; ++i) {
-        const std::string number = std::to_string(i);
-        text += "K" + number + "=1\n";
-        records += "<r srcFile='/config/a.ini' srcSec='S' srcKey='K" + number + "' dstKey='L" + number + "'/>\n";
-    }
-    WriteBytes(folder.Path("config/a.ini"), text);
-    const std::clock_t begin = std::clock();
-    EXPECT_NE(SummaryOf("<t>\n" + records + "</t>", folder.Path()), "nothing");
-    EXPECT_LT(std::clock() - begin, 5 * CLOCKS_PER_SEC);
-}
-
-TEST(TableRules, TheImageIsReadAsTheStoreReadsIt)
-{
-    const ScratchFolder folder;
-    WriteBytes(folder.Path("config/a.ini"), "\xEF\xBB\xBF"
-                                            "Early=1\n[S]\nA=\nA=2\n[T]\nB=1\n[S]\nB=3\nC=4\n");
-    const std::pair<const char*, const char*> rows[] = {
-        {"dstSec='S' dstKey='A'", "KT020 at 2"}, // empty, the later one does not count
-        {"dstSec='S' dstKey='B'", "KT025 at 2"}, // in the second section of that name
-        {"dstSec='T' dstKey='B'", "KT025 at 2"},     {"dstSec='T' dstKey='C'", "KT028 at 2"},
-        {"dstSec='S' dstKey='Early'", "KT028 at 2"}, // before the first section
-    };
-    for (const auto& [destination, found] : rows) {
-        const std::string record =
-            "<r srcFile='/config/a.ini' srcSec='S' srcKey='A' " + std::string(destination) + "/>";
-        EXPECT_EQ(SummaryOf("<t>\n" + record + "</t>", folder.Path()), found) << destination;
-    }
-    const std::string early = "<r srcFile='/config/a.ini' srcSec='' srcKey='Early' dstSec='S' dstKey='X'/>\n";
-    const std::string later = "<r srcFile='/config/a.ini' srcSec='S' srcKey='X' dstSec='T' dstKey='B'/>\n";
-    EXPECT_EQ(SummaryOf("<t>\n" + early + later + "</t>", folder.Path()),
-              "KT017 at 2, KT028 at 2, KT011 at 3, KT025 at 3"); // a key before the first section has no value
-}
-
-TEST(TableRules, AFileOfTheImageIsKnownByItsContent)
-{
-    struct Row {
-        std::string content;
-        const char* asDestination;
-        const char* asSource;
-    };
-    const std::string keys = "[S]\nK=1\n";
-    const Row rows[] = {
-        {keys, "nothing", "nothing"},
-        {"\xEF\xBB\xBF" + keys, "nothing", "nothing"},
-        {"; < a comment\n" + keys, "nothing", "nothing"},
-        {"<?xml version='1.0'?>\n" + keys, "KT031 at 2", "KT033 at 2"},
-        {"\xEF\xBB\xBF\r\n <a>\n" + keys, "KT031 at 2", "KT033 at 2"},
-        {"-----BEGIN CERTIFICATE-----\n" + keys, "KT031 at 2", "KT033 at 2"},
-        {std::string("\0", 1) + "\n" + keys, "KT031 at 2", "KT033 at 2"},
-    };
-    for (const Row& row : rows) {
-        const ScratchFolder folder;
-        WriteBytes(folder.Path("config/user/user.ini"), keys);
-        WriteBytes(folder.Path("config/a.dat"), row.content);
-        EXPECT_EQ(SummaryOf(Record("srcSec='S' srcKey='K' dstFile='/config/a.dat'"), folder.Path()), row.asDestination)
-            << row.content;
-        EXPECT_EQ(
-            SummaryOf("<t>\n<r srcFile='/config/a.dat' srcSec='S' srcKey='K' dstFile='/config/user/user.ini'/></t>",
-                      folder.Path()),
-            row.asSource)
-            << row.content;
-    }
-}
-
-TEST(TableRules, AFolderInPlaceOfAFileDoesNotLoad)
-{
-    const ScratchFolder folder;
-    WriteBytes(folder.Path("config/user/user.ini/file"), "");
-    EXPECT_EQ(SummaryOf(Record("srcSec='S' srcKey='K' dstKey='L'"), folder.Path()), "KT022 at 2");
-}
-
-TEST(TableRules, LinksAndDotsDoNotLeadOutOfTheImage)
-{
-    const ScratchFolder folder;
-    WriteBytes(folder.Path("outside.ini"), "[S]\nK=1\n");
-    WriteBytes(folder.Path("phone/config/user/user.ini"), "[S]\nK=1\n");
-    const std::string files[] = {"/config/up.ini", "/config/absolute.ini", "/config/../../outside.ini"};
-    std::filesystem::create_symlink("../../outside.ini", folder.Path("phone/config/up.ini"));
-    std::filesystem::create_symlink(folder.Path("outside.ini"), folder.Path("phone/config/absolute.ini"));
-    for (const std::string& file : files) {
-        const std::string table = Record("srcSec='S' srcKey='K' dstFile='" + file + "'");
-        const std::string found = SummaryOf(table, folder.Path("phone"));
-        EXPECT_NE(found.find("KT022 at 2"), std::string::npos) << file << ": " << found;
-    }
-}
-
-TEST(TableRules, TheKeyOfTheImageDecidesWhatIsEnciphered)
-{
-    const std::string table = TablePath(*FindRule("KT027"), "silent");
-    EXPECT_EQ(Summary(Check(table)), "nothing");
-    const ScratchFolder folder;
-    std::filesystem::copy(SourcePath(kPhone), folder.Path("phone"),
-                          std::filesystem::copy_options::recursive | std::filesystem::copy_options::copy_symlinks);
-    const std::string key = folder.Path("phone/phone/factory/certs/pwcipher.key");
-    std::filesystem::remove(key); // the development key does not decipher the token, which is too long for a plain text
-    EXPECT_EQ(Summary(Check(table, folder.Path("phone"))), "KT027 at 5");
-    WriteBytes(key, "no key");
-    EXPECT_EQ(Summary(Check(table, folder.Path("phone"))), "KT027 at 3, KT027 at 5");
-}
-
-TEST(TableRules, WithoutTheImageThatWasAskedForNothingIsChecked)
-{
-    const std::string table = TablePath(*FindRule("KT005"), "fires");
-    EXPECT_THROW(Check(table, SourcePath("none")), ToolError);
-    EXPECT_THROW(Check(table, table), ToolError);
-}
-
-TEST(TableRules, TheImageIsNeverChanged)
-{
-    const ScratchFolder folder;
-    WriteBytes(folder.Path("config/user/user.ini"), "[S]\nK=1\n");
-    std::filesystem::permissions(folder.Path("config/user/user.ini"), std::filesystem::perms::owner_read);
-    EXPECT_EQ(SummaryOf(Record("srcSec='S' srcKey='K' dstKey='L'"), folder.Path()), "KT028 at 2");
-    EXPECT_EQ(ReadBytes(folder.Path("config/user/user.ini")), "[S]\nK=1\n");
-    EXPECT_EQ(std::distance(std::filesystem::recursive_directory_iterator(folder.Path()), {}), 3);
 }
