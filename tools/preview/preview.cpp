@@ -73,17 +73,25 @@ public:
 
     void Show(Preview& preview) const
     {
+        const FileFormats formats(lists_);
         Secrets secrets(lists_, request_.secrecy);
-        LearnAll(secrets);
-        const std::vector<FileChange> changes = FindChanges(before_, after_, states_);
-        const std::vector<FileChange> secondRun = FindChanges(after_, afterSecondRun_, {});
+        secrets.Learn(AllStates(), formats, helper_);
+        const std::vector<FileChange> changes = FindChanges(before_, after_, states_, formats);
+        const std::vector<FileChange> secondRun = FindChanges(after_, afterSecondRun_, {}, formats);
         preview.arePassesKnown = !states_.empty();
         for (const PassState& state : states_)
             preview.passes.push_back(Printable(state.pass)); // the first, empty one counts nothing
         preview.files = ShowFiles(changes, secrets);
         preview.secondRun = ShowFiles(secondRun, secrets);
-        preview.warnings =
-            FindWarnings({request_.modes, before_, after_, states_, changes, secondRun, reports_, lists_, secrets});
+        preview.warnings = FindWarnings({.modes = request_.modes,
+                                         .before = before_,
+                                         .after = after_,
+                                         .states = states_,
+                                         .changes = changes,
+                                         .secondRun = secondRun,
+                                         .reports = reports_,
+                                         .lists = lists_,
+                                         .secrets = secrets});
         for (const RunReports& reports : reports_)
             preview.reports.push_back(ShowReports(reports, lists_.records, secrets));
     }
@@ -99,14 +107,14 @@ private:
         folder.RenameTo(request_.savedPhone);
     }
 
-    void LearnAll(Secrets& secrets) const
+    std::vector<const Snapshot*> AllStates() const
     {
-        secrets.Learn(before_);
+        std::vector<const Snapshot*> phones = {&before_};
         for (const PassState& state : states_)
-            secrets.Learn(state.phone);
-        secrets.Learn(after_);
-        secrets.Learn(afterSecondRun_);
-        secrets.Decipher(steps_);
+            phones.push_back(&state.phone);
+        phones.push_back(&after_);
+        phones.push_back(&afterSecondRun_);
+        return phones;
     }
 
     const PreviewRequest& request_;

@@ -65,10 +65,40 @@ class Values(previewTool.PreviewTest):
             {"kind": "added", "group": "dialNow/data[1]", "attributes": [{"name": "rule", "value": "1<"},
              {"name": "lines", "value": "2"}], "passes": ["dial-now rules"]}])
 
-    def test_an_xml_file_that_is_only_written_anew(self):
+    def test_an_xml_file_that_is_only_written_again(self):
         image = self.phone({USER: FIXED, "/tmp/VersionInfo.cfg": "",
                             "/config/data/linekey.xml": '<dsskey>  <item type="1"/>  </dsskey>'})
-        self.assertEqual(self.show(image, "2").file("/config/data/linekey.xml")["note"], "the same values, written anew")
+        self.assertEqual(self.show(image, "2").file("/config/data/linekey.xml")["note"], "the same values, written again")
+
+    def rewritten(self, path, old, new, files=()):
+        """What is shown of a file after a run that gives it another content."""
+        program = self.folder / "program"
+        program.write_text(f"#!/bin/sh\ncat >{path} <<'END'\n{new}\nEND\n")
+        program.chmod(0o755)
+        return self.show("--program", program, self.phone({USER: FIXED, path: old + "\n", **dict(files)}), "all").file(path)
+
+    def test_an_xml_file_with_the_same_values_and_other_bytes(self):
+        old = '<a>\n<b c="1" d="2"/><b e="3"/></a>'
+        for new, is_same in (('<a> <b c="1" d="2" /> <b e="3"/></a>', True), ('<a><b d="2" c="1"/><b e="3"/></a>', False),
+                             ("<a><b c='1' d='2'/><b e='3'/></a>", False), (old + "[a]\nb=603", False),
+                             (old + "<!-- c -->", False), ('<a><b c="1" d="2"></b><b e="3"/></a>', False)):
+            for path in ("/config/x.xml", "/config/data/contactData.xml"):
+                with self.subTest(new=new, path=path):
+                    file = self.rewritten(path, old, new)
+                    self.assertEqual((file.get("note"), "diff" in file),
+                                     ("the same values, written again", False) if is_same else (None, True))
+
+    def test_a_table_that_writes_into_an_xml_file(self):
+        path = "/config/data/contactData.xml"
+        image = self.phone({USER: FIXED + "[a]\nb=603\n", path: '<contactData><group sGroupName="n"/></contactData>\n',
+                            TABLE: table(record((USER, "a", "b"), (path, "a", "b")))})
+        file = self.show(image, "dev").file(path)
+        self.assertEqual((file.get("note"), file["diff"][-2:]), (None, ["+[a]", "+b=603"]))
+
+    def test_a_pass_that_writes_an_xml_file_keeps_its_values(self):
+        layout = "/config/data/linekey.xml"
+        image = self.phone({USER: FIXED, "/tmp/VersionInfo.cfg": "", layout: "<dsskey><item type='1'/></dsskey>"})
+        self.assertEqual(self.show(image, "2").file(layout)["note"], "the same values, written again")
 
     def test_any_other_file_by_a_diff_without_its_secrets(self):
         """A certificate's copy runs through a shell, and so can be made to change a text."""

@@ -4,129 +4,35 @@
 #include "fileChanges.h"
 
 #include <algorithm>
-#include <map>
 #include <set>
-#include <tuple>
+#include <string_view>
 
 namespace
 {
 
-using Place = std::tuple<std::string, std::string, int>;
-using Values = std::map<Place, std::string>;
+constexpr std::string_view kBlanks = " \t\r\n";
 
-Place PlaceOf(const Item& item)
+std::string WithoutBlanks(std::string text)
 {
-    return {item.group, item.name, item.number};
+    text.erase(std::remove_if(text.begin(), text.end(), [](char byte) { return kBlanks.find(byte) != kBlanks.npos; }),
+               text.end());
+    return text;
 }
 
-Values ValuesOf(const std::vector<Item>& items)
+/// The passes that read an XML file whole and write it again. The translation table does not.
+bool WritesXml(const std::string& pass)
 {
-    Values values;
-    for (const Item& item : items)
-        values[PlaceOf(item)] = item.value;
-    return values;
+    constexpr std::string_view kPasses[] = {"contacts", "dial plan",   "dial-now rules",     "DSS keys",
+                                            "XML data", "door phones", "remote phone books", "mode 2 migration"};
+    return std::any_of(std::begin(kPasses), std::end(kPasses),
+                       [&pass](std::string_view name) { return pass.ends_with(name); });
 }
 
-std::optional<std::string> ValueAt(const Values& values, const Place& place)
+bool IsWrittenByXmlPass(const FileChange& change)
 {
-    const auto found = values.find(place);
-    return found == values.end() ? std::nullopt : std::optional<std::string>(found->second);
+    return IsXmlOfPass(change.path) && !change.passes.empty() &&
+           std::all_of(change.passes.begin(), change.passes.end(), WritesXml);
 }
-
-ChangeKind KindOf(const std::optional<std::string>& before, const std::optional<std::string>& after)
-{
-    if (!before)
-        return ChangeKind::Added;
-    if (!after)
-        return ChangeKind::Removed;
-    return after->empty() && !before->empty() ? ChangeKind::Emptied : ChangeKind::Changed;
-}
-
-/// The values that the file had after each pass; passes that left it alone share one.
-class History
-{
-public:
-    History(const std::vector<PassState>& states, const std::string& path, FileFormat format) : states_(states)
-    {
-        const std::string* previous = nullptr;
-        for (const PassState& state : states) {
-            const std::string& content = ContentOf(state.phone, path);
-            if (previous == nullptr || content != *previous)
-                current_ = std::make_shared<Values>(ValuesOf(ReadItems(format, content).value_or(std::vector<Item>())));
-            values_.push_back(current_);
-            previous = &content;
-        }
-    }
-
-    std::vector<std::string> PassesThatChanged(const Place& place) const
-    {
-        std::vector<std::string> passes;
-        for (std::size_t i = 1; i < values_.size(); ++i) {
-            const bool isOther =
-                values_[i] != values_[i - 1] && ValueAt(*values_[i], place) != ValueAt(*values_[i - 1], place);
-            if (isOther && (passes.empty() || passes.back() != states_[i].pass))
-                passes.push_back(states_[i].pass);
-        }
-        return passes;
-    }
-
-private:
-    const std::vector<PassState>& states_;
-    std::shared_ptr<Values> current_;
-    std::vector<std::shared_ptr<Values>> values_;
-};
-
-class ItemComparison
-{
-public:
-    ItemComparison(const std::vector<Item>& before, const std::vector<Item>& after, const History& history)
-        : before_(ValuesOf(before)), after_(ValuesOf(after)), history_(history)
-    {
-        for (const Item& item : after) {
-            order_.try_emplace(item.group, static_cast<int>(order_.size()));
-            Add(item);
-        }
-        for (const Item& item : before) {
-            if (after_.count(PlaceOf(item)) == 0)
-                Add(item);
-        }
-        std::stable_sort(changes_.begin(), changes_.end(), [this](const ItemChange& one, const ItemChange& other) {
-            return OrderOf(one.place.group) < OrderOf(other.place.group);
-        });
-    }
-
-    std::vector<ItemChange> Take() { return std::move(changes_); }
-
-private:
-    /// What has gone stands with its section or record, or with the record around it.
-    int OrderOf(std::string group) const
-    {
-        for (;;) {
-            const auto found = order_.find(group);
-            if (found != order_.end())
-                return found->second;
-            const std::size_t slash = group.rfind('/');
-            if (slash == std::string::npos)
-                return static_cast<int>(order_.size());
-            group.resize(slash);
-        }
-    }
-
-    void Add(const Item& item)
-    {
-        const Place place = PlaceOf(item);
-        const auto before = ValueAt(before_, place);
-        const auto after = ValueAt(after_, place);
-        if (before != after)
-            changes_.push_back({KindOf(before, after), item, before, after, history_.PassesThatChanged(place)});
-    }
-
-    Values before_;
-    Values after_;
-    const History& history_;
-    std::map<std::string, int> order_;
-    std::vector<ItemChange> changes_;
-};
 
 void CompareItems(FileChange& change, const std::vector<PassState>& states)
 {
@@ -135,11 +41,13 @@ void CompareItems(FileChange& change, const std::vector<PassState>& states)
     const auto before = ReadItems(change.format, change.before);
     const auto after = ReadItems(change.format, change.after);
     change.hasItems = (before || !wasThere || change.before.empty()) && (after || !isThere || change.after.empty());
-    if (change.hasItems) {
-        change.items = ItemComparison(before.value_or(std::vector<Item>()), after.value_or(std::vector<Item>()),
-                                      History(states, change.path, change.format))
-                           .Take();
-    }
+    if (!change.hasItems)
+        return;
+    const std::vector<Item> itemsBefore = before.value_or(std::vector<Item>());
+    const std::vector<Item> itemsAfter = after.value_or(std::vector<Item>());
+    change.items = FindItemChanges(itemsBefore, itemsAfter, states, change.path, change.format);
+    change.hasSameValues = change.format == FileFormat::Xml && AreSame(itemsBefore, itemsAfter) &&
+                           (IsWrittenByXmlPass(change) || WithoutBlanks(change.before) == WithoutBlanks(change.after));
 }
 
 std::string FindOther(const Snapshot& files, const std::string& path, const std::string& content)
@@ -172,7 +80,7 @@ std::string FindCopy(const Snapshot& after, const std::vector<PassState>& states
 }
 
 FileChange Compare(const std::string& path, const Snapshot& before, const Snapshot& after,
-                   const std::vector<PassState>& states)
+                   const std::vector<PassState>& states, const FileFormats& formats)
 {
     const auto old = before.find(path);
     const auto now = after.find(path);
@@ -188,9 +96,7 @@ FileChange Compare(const std::string& path, const Snapshot& before, const Snapsh
     change.after = contentAfter.value_or("");
     change.isFile = (old == before.end() || old->second.kind == PhoneFile::Kind::File) &&
                     (now == after.end() || now->second.kind == PhoneFile::Kind::File);
-    change.format = FormatOf(path, change.before);
-    if (FormatOf(path, change.after) == FileFormat::Binary)
-        change.format = FileFormat::Binary;
+    change.format = formats.Of(path, change.before, change.after);
     change.passes = PassesThat(states, [&path](const Snapshot& one, const Snapshot& other) {
         const auto first = one.find(path);
         const auto second = other.find(path);
@@ -214,7 +120,8 @@ bool IsSameFile(const PhoneFile& one, const PhoneFile& other)
 
 } // namespace
 
-std::vector<FileChange> FindChanges(const Snapshot& before, const Snapshot& after, const std::vector<PassState>& states)
+std::vector<FileChange> FindChanges(const Snapshot& before, const Snapshot& after, const std::vector<PassState>& states,
+                                    const FileFormats& formats)
 {
     std::set<std::string> paths;
     for (const auto& [path, file] : before) {
@@ -228,6 +135,6 @@ std::vector<FileChange> FindChanges(const Snapshot& before, const Snapshot& afte
     }
     std::vector<FileChange> changes;
     for (const std::string& path : paths)
-        changes.push_back(Compare(path, before, after, states));
+        changes.push_back(Compare(path, before, after, states, formats));
     return changes;
 }

@@ -3,27 +3,15 @@
 
 #pragma once
 
-#include <optional>
 #include <string>
 #include <vector>
 
-#include "items.h"
+#include "itemChanges.h"
+#include "items/fileFormats.h"
 #include "phoneImage/snapshot.h"
 #include "steps/phoneStates.h"
 
-/// What became of a file or a value. Emptied: there was something, and now there is nothing in it.
-enum class ChangeKind { Added, Changed, Emptied, Removed };
-
-/// One value that is another one now.
-struct ItemChange {
-    ChangeKind kind;
-    Item place; ///< its value is the new one, or the old one when it is removed
-    std::optional<std::string> before;
-    std::optional<std::string> after;
-    std::vector<std::string> passes; ///< which changed it, in their order
-};
-
-/// One file that has other bytes now, as it stands on the phone: secrets in clear.
+/// One changed file, with its secrets in clear.
 struct FileChange {
     std::string path;
     ChangeKind kind;
@@ -32,14 +20,15 @@ struct FileChange {
     std::string after;
     bool isFile = true;    ///< otherwise a link, folder or something else
     std::string sameAs;    ///< the file that a new one is a copy of, or that is one of a removed one; empty for none
-    bool hasItems = false; ///< it was taken apart, and `items` has every value that changed
+    bool hasItems = false; ///< its values were read, and `items` has every one that changed
     std::vector<ItemChange> items;
+    bool hasSameValues = false; ///< XML: the same values in the same order, and the rest of the bytes does not matter
     std::vector<std::string> passes;
 };
 
-/// Compares a phone with what it was.
+/// Compares two states of a phone.
 ///
-/// @param states  the phone between the passes; empty when nobody knows
+/// @param states  the phone between the passes; empty when it is not known
 /// @return by path
-std::vector<FileChange> FindChanges(const Snapshot& before, const Snapshot& after,
-                                    const std::vector<PassState>& states);
+std::vector<FileChange> FindChanges(const Snapshot& before, const Snapshot& after, const std::vector<PassState>& states,
+                                    const FileFormats& formats);

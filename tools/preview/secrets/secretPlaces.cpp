@@ -3,52 +3,53 @@
 
 #include "secretPlaces.h"
 
-#include <algorithm>
-
-#include "secretNames.h"
-
-SecretPlaces::SecretPlaces(const PhoneLists& lists)
+SecretPlaces::SecretPlaces(const PhoneLists& lists) : records_(lists.records)
 {
     for (const ListedEntry& entry : lists.entries)
         places_.emplace(entry.section, entry.key);
-    Follow(lists.records);
+    for (const TableRecord& record : records_) {
+        if (record.hasFlag) {
+            places_.emplace(record.sourceSection, record.sourceKey);
+            places_.emplace(record.section, record.key);
+        }
+    }
+    Follow();
 }
 
-bool SecretPlaces::IsSecret(const std::string& section, const std::string& key, const std::string& value) const
+bool SecretPlaces::Add(const std::set<Place>& places)
 {
-    return places_.count({section, key}) != 0 || IsSecretValue(key, value);
+    const std::size_t count = places_.size();
+    places_.insert(places.begin(), places.end());
+    Follow();
+    return places_.size() != count;
 }
 
-bool SecretPlaces::IsSecret(const Item& item) const
+bool SecretPlaces::IsSecret(std::string_view group, std::string_view name, NameSays names, std::string_view value) const
 {
-    return places_.count({item.group, item.name}) != 0 ||
-           std::any_of(item.names.begin(), item.names.end(),
-                       [&item](const std::string& name) { return IsSecretValue(name, item.value); });
+    return IsSecretValue(names, value) || places_.count({std::string(group), std::string(name)}) != 0;
 }
 
 bool SecretPlaces::IsSecret(const TableRecord& record) const
 {
-    return IsListed({record.sourceSection, record.sourceKey}) || IsListed({record.section, record.key});
+    return IsSecretPlace({record.sourceSection, record.sourceKey}) || IsSecretPlace({record.section, record.key});
 }
 
-bool SecretPlaces::IsListed(const Place& place) const
+bool SecretPlaces::IsSecretPlace(const Place& place) const
 {
-    return places_.count(place) != 0 || IsSecretValue(place.second, "1"); // a switch is no secret
+    return places_.count(place) != 0 || WhatNameSays(place.second) == NameSays::Secret;
 }
 
-/// A record whose source is the destination of another carries its secret on.
-void SecretPlaces::Follow(const std::vector<TableRecord>& records)
+/// A record whose source is the destination of another copies the secret on.
+void SecretPlaces::Follow()
 {
     std::size_t count = 0;
     do {
         count = places_.size();
-        for (const TableRecord& record : records) {
-            const Place source = {record.sourceSection, record.sourceKey};
-            const Place destination = {record.section, record.key};
-            if (!record.hasFlag && !IsListed(source) && !IsListed(destination))
+        for (const TableRecord& record : records_) {
+            if (!IsSecret(record))
                 continue;
-            places_.insert(source);
-            places_.insert(destination);
+            places_.emplace(record.sourceSection, record.sourceKey);
+            places_.emplace(record.section, record.key);
         }
     } while (count != places_.size());
 }

@@ -3,30 +3,40 @@
 
 #pragma once
 
+#include <functional>
 #include <set>
 #include <string>
+#include <string_view>
 #include <utility>
+#include <vector>
 
-#include "changes/items.h"
-#include "steps/stepsClient.h"
+#include "items/items.h"
+#include "steps/phoneLists.h"
 
-/// Which places of a phone hold secrets: what its entry list names, what its table's records with an encrypt flag read
-/// and write, wherever another record carries such a value, and whatever a name says to be one. Files do not count: the
-/// same section and key are secret in each.
+/// Which places of a phone hold secrets: those that its entry list names, the source and destination of a table record
+/// with an encrypt flag, those that are added, and every place that a record copies such a value to or from.
 class SecretPlaces
 {
 public:
+    /// A section and key, or an element and attribute. The same place is secret in every file.
+    using Place = std::pair<std::string, std::string>;
+
     explicit SecretPlaces(const PhoneLists& lists);
 
-    bool IsSecret(const std::string& section, const std::string& key, const std::string& value) const;
-    bool IsSecret(const Item& item) const;
+    /// @return whether there is a new place, also one that a record copies to or from
+    bool Add(const std::set<Place>& places);
+
+    /// By the place, or by what its names say of the value.
+    bool IsSecret(std::string_view group, std::string_view name, NameSays names, std::string_view value) const;
+    bool IsSecret(const Item& item) const { return IsSecret(*item.group, item.name, item.names, item.value); }
+
+    /// Whether a record copies a secret.
     bool IsSecret(const TableRecord& record) const;
 
 private:
-    using Place = std::pair<std::string, std::string>;
+    bool IsSecretPlace(const Place& place) const;
+    void Follow();
 
-    bool IsListed(const Place& place) const;
-    void Follow(const std::vector<TableRecord>& records);
-
+    std::vector<TableRecord> records_;
     std::set<Place> places_;
 };

@@ -9,9 +9,6 @@
 namespace
 {
 
-/// Ones from here on are hidden inside of words as well.
-constexpr std::size_t kShortestInWords = 6;
-
 bool IsWordCharacter(char character)
 {
     const auto byte = static_cast<unsigned char>(character);
@@ -21,6 +18,12 @@ bool IsWordCharacter(char character)
 bool IsWord(const std::string& text, std::size_t begin, std::size_t end)
 {
     return (begin == 0 || !IsWordCharacter(text[begin - 1])) && (end == text.size() || !IsWordCharacter(text[end]));
+}
+
+bool IsAt(const std::string& text, std::size_t at, const std::string& value)
+{
+    return text.compare(at, value.size(), value) == 0 &&
+           (value.size() >= SecretSearch::kShortestInWords || IsWord(text, at, at + value.size()));
 }
 
 } // namespace
@@ -36,7 +39,9 @@ std::string SecretSearch::Hide(const std::string& text) const
     std::string hidden;
     std::size_t secretEnd = 0; // of the secrets that overlap, up to here
     for (std::size_t at = 0; at < text.size(); ++at) {
-        const std::size_t size = at + kShortest <= text.size() ? LongestAt(text, at) : 0;
+        std::size_t size = 0;
+        for (const std::string& value : ValuesFrom(text, at))
+            size = value.size() > size && IsAt(text, at, value) ? value.size() : size;
         if (size != 0 && at >= secretEnd)
             hidden += kMask;
         secretEnd = std::max(secretEnd, at + size);
@@ -46,6 +51,18 @@ std::string SecretSearch::Hide(const std::string& text) const
     return hidden;
 }
 
+std::set<std::string> SecretSearch::FindIn(const std::string& text) const
+{
+    std::set<std::string> found;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        for (const std::string& value : ValuesFrom(text, at)) {
+            if (IsAt(text, at, value))
+                found.insert(value);
+        }
+    }
+    return found;
+}
+
 SecretSearch::Beginning SecretSearch::BeginningOf(const std::string& text, std::size_t at)
 {
     Beginning beginning;
@@ -53,16 +70,11 @@ SecretSearch::Beginning SecretSearch::BeginningOf(const std::string& text, std::
     return beginning;
 }
 
-std::size_t SecretSearch::LongestAt(const std::string& text, std::size_t at) const
+const std::vector<std::string>& SecretSearch::ValuesFrom(const std::string& text, std::size_t at) const
 {
+    static const std::vector<std::string> none; // what the reference is to where nothing begins
+    if (at + kShortest > text.size())
+        return none;
     const auto found = values_.find(BeginningOf(text, at));
-    if (found == values_.end())
-        return 0;
-    std::size_t longest = 0;
-    for (const std::string& value : found->second) {
-        if (value.size() > longest && text.compare(at, value.size(), value) == 0 &&
-            (value.size() >= kShortestInWords || IsWord(text, at, at + value.size())))
-            longest = value.size();
-    }
-    return longest;
+    return found == values_.end() ? none : found->second;
 }

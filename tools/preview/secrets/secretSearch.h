@@ -5,29 +5,35 @@
 
 #include <array>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
-/// What stands for a secret.
+/// What is shown instead of a secret.
 constexpr char kMask[] = "\u2022\u2022\u2022\u2022\u2022\u2022";
 
-/// Finds known secrets in texts that are shown for another reason. Looks at a text once, however many secrets there are.
+/// Finds known secrets in other texts. Reads a text once, however many secrets there are.
 class SecretSearch
 {
 public:
-    /// Values of fewer than four bytes are left out: a text that lost every "1" could not be read, and would tell more.
+    /// A secret of less size is found only as a whole word.
+    static constexpr std::size_t kShortestInWords = 6;
+
+    /// Values of fewer than four bytes are not added: a text that lost every "1" would be unreadable, and tell more.
     void Add(const std::string& value);
 
-    /// Puts a mask in place of every secret, and of secrets that overlap. One of up to five bytes counts only where it is
-    /// no part of a word.
+    /// Replaces every secret by a mask; secrets that overlap by one mask.
     std::string Hide(const std::string& text) const;
+
+    /// @return the secrets in the text
+    std::set<std::string> FindIn(const std::string& text) const;
 
 private:
     static constexpr std::size_t kShortest = 4;
     using Beginning = std::array<char, kShortest>;
 
     static Beginning BeginningOf(const std::string& text, std::size_t at);
-    std::size_t LongestAt(const std::string& text, std::size_t at) const;
+    const std::vector<std::string>& ValuesFrom(const std::string& text, std::size_t at) const;
 
     std::map<Beginning, std::vector<std::string>> values_; ///< by their first bytes
 };

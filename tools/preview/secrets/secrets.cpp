@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-#include "secretSpans.h"
+#include "secretText.h"
 
 namespace
 {
@@ -16,128 +16,183 @@ void Replace(std::string& text, std::string_view character, std::string_view ent
         text.replace(at, character.size(), entity);
 }
 
-/// As it stands in an XML file: between tags, and in attributes of either library.
-std::vector<std::string> XmlForms(std::string value)
+/// As an XML file has it: between tags, and in attributes of either library.
+std::set<std::string> XmlForms(std::string value)
 {
     Replace(value, "&", "&amp;");
     Replace(value, "<", "&lt;");
     Replace(value, ">", "&gt;");
-    std::vector<std::string> forms = {value};
+    std::set<std::string> forms = {value};
     Replace(value, "\"", "&quot;");
-    forms.push_back(value);
+    forms.insert(value);
     Replace(value, "'", "&apos;");
-    forms.push_back(value);
+    forms.insert(value);
     return forms;
 }
 
-std::string_view Trim(std::string_view text)
+bool HasCipherForm(std::string_view value)
 {
-    constexpr std::string_view kSpace = " \t\r\n";
-    const std::size_t begin = text.find_first_not_of(kSpace);
-    return begin == std::string_view::npos ? std::string_view()
-                                           : text.substr(begin, text.find_last_not_of(kSpace) - begin + 1);
+    const std::vector<std::string_view> texts = FindCipherTexts(value);
+    return texts.size() == 1 && texts.front() == value;
+}
+
+/// What the firmware calls its files, sections and keys, a line each.
+std::string FirmwareNames(const PhoneLists& lists, const FileFormats& formats)
+{
+    std::string names;
+    for (const std::string& path : formats.Paths())
+        names += path + "\n";
+    for (const ListedEntry& entry : lists.entries)
+        names += entry.section + "\n" + entry.key + "\n";
+    for (const TableRecord& record : lists.records) {
+        for (const std::string& name : {record.sourceSection, record.sourceKey, record.section, record.key})
+            names += name + "\n";
+    }
+    return names;
+}
+
+template <typename Rest, typename MaskOf>
+std::string ReplaceSpans(const std::string& text, const std::vector<SecretSpan>& spans, Rest rest, MaskOf maskOf)
+{
+    std::string hidden;
+    std::size_t at = 0;
+    for (const SecretSpan& span : spans) {
+        hidden += rest(text.substr(at, span.begin - at));
+        hidden += maskOf(text.substr(span.begin, span.end - span.begin));
+        at = span.end;
+    }
+    return hidden + rest(text.substr(at));
+}
+
+std::string HideWith(const SecretSearch& search, const std::string& text)
+{
+    const std::string hidden = search.Hide(text);
+    return ReplaceSpans(
+        hidden, FindSecretSpans(hidden), [](const std::string& part) { return part; },
+        [](const std::string&) { return kMask; });
 }
 
 } // namespace
 
-Secrets::Secrets(const PhoneLists& lists, Secrecy secrecy) : places_(lists), secrecy_(secrecy)
+Secrets::Secrets(const PhoneLists& lists, Secrecy secrecy) : lists_(lists), places_(lists), secrecy_(secrecy)
 {
-    for (const ListedEntry& entry : lists.entries)
-        LearnValue(entry.defaultText);
-}
-
-void Secrets::Learn(const Snapshot& snapshot)
-{
-    for (const auto& [path, file] : snapshot) {
-        if (file.kind == PhoneFile::Kind::File && learnt_.insert(file.content).second)
-            LearnFile(path, *file.content);
+    for (const ListedEntry& entry : lists.entries) {
+        values_.Add(entry.defaultText);
+        defaults_.insert(entry.defaultText);
     }
 }
 
-void Secrets::LearnFile(const std::string& path, const std::string& content)
+void Secrets::Learn(const std::vector<const Snapshot*>& phones, const FileFormats& formats, const StepsClient& steps)
 {
-    const FileFormat format = FormatOf(path, content);
-    const auto items = ReadItems(format, content);
-    if (items) {
-        for (const Item& item : *items) {
-            if (places_.IsSecret(item))
-                LearnValue(item.value);
+    const std::vector<File> files = DistinctFiles(phones, formats);
+    Candidates candidates;
+    for (const File& file : files) {
+        LearnFile(file);
+        AddCandidates(file, candidates);
+    }
+    Decipher(steps, candidates);
+    std::set<SecretPlaces::Place> found;
+    for (auto& [value, places] : candidates) {
+        if (values_.LayersOf(value) != 0)
+            found.merge(places);
+    }
+    if (places_.Add(found)) {
+        for (const File& file : files) // the plain values there
+            LearnFile(file);
+    }
+    FillSearches(FirmwareNames(lists_, formats));
+}
+
+std::vector<Secrets::File> Secrets::DistinctFiles(const std::vector<const Snapshot*>& phones,
+                                                  const FileFormats& formats)
+{
+    std::set<std::pair<FileFormat, const std::string*>> known;
+    std::vector<File> files;
+    for (const Snapshot* phone : phones) {
+        for (const auto& [path, file] : *phone) {
+            if (file.kind != PhoneFile::Kind::File)
+                continue;
+            const FileFormat format = formats.Of(path, *file.content);
+            if (known.emplace(format, file.content.get()).second)
+                files.push_back({format, path.ends_with(".key"), *file.content});
         }
     }
-    if (path.ends_with(".key") && content.find("-----BEGIN") == std::string::npos)
-        LearnValue(content);
-    const auto spans = format == FileFormat::Ini ? FindIniSecretSpans(content, places_) : FindSecretSpans(content);
-    for (const SecretSpan& span : spans)
-        LearnValue(std::string_view(content).substr(span.begin, span.end - span.begin));
+    return files;
 }
 
-/// Texts show a value of several lines line by line, without the blanks around them.
-void Secrets::LearnValue(std::string_view value)
+void Secrets::LearnFile(const File& file)
 {
-    if (!value.empty())
-        values_.try_emplace(std::string(value));
-    while (!value.empty()) {
-        const std::size_t end = std::min(value.size(), value.find('\n'));
-        const std::string_view line = Trim(value.substr(0, end));
-        if (!line.empty())
-            values_.try_emplace(std::string(line));
-        value.remove_prefix(std::min(value.size(), end + 1));
-    }
-}
-
-void Secrets::Decipher(const StepsClient& helper)
-{
-    std::vector<std::string> texts;
-    for (const auto& [value, layers] : values_)
-        texts.push_back(value);
-    const std::vector<std::vector<std::string>> answers = helper.Decipher(texts);
-    for (std::size_t i = 0; i < texts.size(); ++i) {
-        values_[texts[i]] = answers[i];
-        for (std::size_t layer = 0; layer < answers[i].size(); ++layer) {
-            LearnValue(answers[i][layer]);
-            auto& inner = values_[answers[i][layer]];
-            inner.assign(answers[i].begin() + static_cast<std::ptrdiff_t>(layer) + 1, answers[i].end());
+    if (file.format == FileFormat::Xml) {
+        for (const Item& item : ReadItems(file.format, file.content).value_or(std::vector<Item>())) {
+            if (IsSecret(item))
+                values_.Add(item.value);
+            else
+                LearnSpans(item.value, FindSecretSpans(item.value));
         }
     }
-    std::set<std::string> forms;
-    for (const auto& [value, layers] : values_) {
-        forms.insert(value);
-        for (std::string& form : XmlForms(value))
-            forms.insert(std::move(form));
+    if (file.isKey && file.content.find("-----BEGIN") == std::string::npos)
+        values_.Add(file.content);
+    LearnSpans(file.content, FindFileSecretSpans(file.content, places_));
+}
+
+void Secrets::LearnSpans(std::string_view text, const std::vector<SecretSpan>& spans)
+{
+    for (const SecretSpan& span : spans) {
+        if (!span.isGuess)
+            values_.Add(text.substr(span.begin, span.end - span.begin));
     }
-    for (const std::string& form : forms)
-        search_.Add(form);
 }
 
-int Secrets::LayersOf(const std::string& value) const
+void Secrets::AddCandidates(const File& file, Candidates& candidates)
 {
-    const auto found = values_.find(value);
-    return found == values_.end() ? 0 : static_cast<int>(found->second.size());
+    for (const std::string_view text : FindCipherTexts(file.content))
+        candidates.try_emplace(std::string(text));
+    const FileFormat format = file.format == FileFormat::Xml ? FileFormat::Xml : FileFormat::Ini;
+    for (const Item& item : ReadItems(format, file.content).value_or(std::vector<Item>())) {
+        if (HasCipherForm(item.value))
+            candidates[item.value].emplace(*item.group, item.name);
+    }
 }
 
-std::string Secrets::CoreOf(const std::string& value) const
+void Secrets::Decipher(const StepsClient& steps, const Candidates& candidates)
 {
-    const auto found = values_.find(value);
-    return found == values_.end() || found->second.empty() ? value : found->second.back();
+    std::set<std::string> texts;
+    for (const auto& [value, plain] : values_.All())
+        texts.insert(value);
+    for (const auto& [value, places] : candidates)
+        texts.insert(value);
+    constexpr std::ptrdiff_t kMostAtOnce = 50000;
+    for (auto begin = texts.begin(); begin != texts.end();) {
+        const auto end = std::next(begin, std::min(kMostAtOnce, std::distance(begin, texts.end())));
+        const std::vector<std::string> some(begin, end);
+        const std::vector<std::vector<std::string>> answers = steps.Decipher(some);
+        for (std::size_t i = 0; i < some.size(); ++i)
+            values_.AddPlain(some[i], answers[i]);
+        begin = end;
+    }
 }
 
-std::string Secrets::Relation(const std::optional<std::string>& before, const std::optional<std::string>& after) const
+void Secrets::FillSearches(const std::string& firmwareNames)
 {
-    if (!after)
-        return "removed";
-    const int layers = LayersOf(*after);
-    const std::string form = layers == 0 ? "plain" : layers == 1 ? "enciphered" : "enciphered twice";
-    if (!before)
-        return after->empty() ? "added, empty" : "added, " + form;
-    if (after->empty())
-        return "emptied";
-    if (before->empty())
-        return "set, " + form;
-    if (CoreOf(*before) != CoreOf(*after) || LayersOf(*before) == layers)
-        return "changed, " + form;
-    if (layers > 1)
-        return "enciphered twice";
-    return "same, now " + form;
+    std::set<std::string> all;
+    std::set<std::string> elsewhere;
+    for (const auto& [value, plain] : values_.All()) {
+        const bool isOrdinary = value.size() < SecretSearch::kShortestInWords || defaults_.count(value) != 0;
+        for (const std::string& form : XmlForms(value)) {
+            all.insert(form);
+            if (!isOrdinary)
+                elsewhere.insert(form);
+        }
+    }
+    for (const std::string& form : all)
+        inReports_.Add(form);
+    for (const std::string& form : elsewhere)
+        elsewhere_.Add(form);
+    const std::set<std::string> names = elsewhere_.FindIn(firmwareNames);
+    for (const std::string& form : elsewhere) {
+        if (names.count(form) == 0)
+            inNames_.Add(form);
+    }
 }
 
 std::string Secrets::Mask(const std::string& value) const
@@ -145,29 +200,35 @@ std::string Secrets::Mask(const std::string& value) const
     return secrecy_ == Secrecy::Revealed || value.empty() ? value : kMask;
 }
 
-std::string Secrets::Hide(const std::string& text) const
+std::string Secrets::Hide(const std::string& value) const
 {
-    return secrecy_ == Secrecy::Revealed ? text : search_.Hide(text);
+    return secrecy_ == Secrecy::Revealed ? value : HideWith(elsewhere_, value);
 }
 
-std::string Secrets::NumberedMask(const std::string& value)
+std::string Secrets::HideInReport(const std::string& text) const
 {
-    const int number = numbers_.try_emplace(value, static_cast<int>(numbers_.size()) + 1).first->second;
-    return kMask + ("(" + std::to_string(number) + ")");
+    return secrecy_ == Secrecy::Revealed ? text : HideWith(inReports_, text);
+}
+
+std::string Secrets::HideInName(const std::string& name) const
+{
+    return secrecy_ == Secrecy::Revealed ? name : inNames_.Hide(name);
 }
 
 std::string Secrets::HideInFile(FileFormat format, const std::string& content)
 {
     if (secrecy_ == Secrecy::Revealed)
         return content;
-    const auto spans = format == FileFormat::Ini ? FindIniSecretSpans(content, places_) : FindSecretSpans(content);
-    std::string text;
-    std::size_t at = 0;
-    for (const SecretSpan& span : spans) {
-        text += Hide(content.substr(at, span.begin - at));
-        text += NumberedMask(content.substr(span.begin, span.end - span.begin));
-        at = span.end;
-    }
-    text += Hide(content.substr(at));
-    return text;
+    // The place of a short secret in XML is not seen in the text.
+    const SecretSearch& search = format == FileFormat::Xml ? inReports_ : elsewhere_;
+    return ReplaceSpans(
+        content, FindFileSecretSpans(content, places_),
+        [&search](const std::string& part) { return search.Hide(part); },
+        [this](const std::string& value) { return NumberedMask(value); });
+}
+
+std::string Secrets::NumberedMask(const std::string& value)
+{
+    const int number = numbers_.try_emplace(value, static_cast<int>(numbers_.size()) + 1).first->second;
+    return kMask + ("(" + std::to_string(number) + ")");
 }

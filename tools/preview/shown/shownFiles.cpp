@@ -30,11 +30,11 @@ std::set<std::string> GroupsOf(FileFormat format, const std::string& content)
 {
     std::set<std::string> groups;
     for (const Item& item : ReadItems(format, content).value_or(std::vector<Item>()))
-        groups.insert(item.group);
+        groups.insert(*item.group);
     return groups;
 }
 
-/// Makes the shown changes of one file that was taken apart.
+/// Makes the shown changes of a file whose values were read.
 class ItemsToShow
 {
 public:
@@ -57,13 +57,23 @@ public:
 private:
     bool IsOfWholeRecord(const ItemChange& item) const
     {
-        return (item.kind == ChangeKind::Added && groupsBefore_.count(item.place.group) == 0) ||
-               (item.kind == ChangeKind::Removed && groupsAfter_.count(item.place.group) == 0);
+        return (item.kind == ChangeKind::Added && groupsBefore_.count(*item.place.group) == 0) ||
+               (item.kind == ChangeKind::Removed && groupsAfter_.count(*item.place.group) == 0);
     }
+
+    /// A switch may become a secret.
+    bool IsSecret(const ItemChange& item) const
+    {
+        Item old = item.place;
+        old.value = item.before.value_or("");
+        return secrets_.IsSecret(item.place) || (!old.value.empty() && secrets_.IsSecret(old));
+    }
+
+    std::string Name(const std::string& name) const { return Printable(secrets_.HideInName(name)); }
 
     std::string Show(const ItemChange& item, const std::string& value) const
     {
-        return Printable(secrets_.Places().IsSecret(item.place) ? secrets_.Mask(value) : secrets_.Hide(value));
+        return Printable(IsSecret(item) ? secrets_.Mask(value) : secrets_.Hide(value));
     }
 
     std::optional<std::string> Show(const ItemChange& item, const std::optional<std::string>& value) const
@@ -73,14 +83,14 @@ private:
 
     void AddToRecord(const ItemChange& item)
     {
-        const std::string group = Printable(item.place.group);
+        const std::string group = Name(*item.place.group);
         if (changes_.empty() || changes_.back().group != group || !changes_.back().name.empty()) {
             changes_.emplace_back();
             changes_.back().kind = item.kind;
             changes_.back().group = group;
             changes_.back().passes = item.passes;
         }
-        changes_.back().attributes.emplace_back(Printable(item.place.name),
+        changes_.back().attributes.emplace_back(Name(item.place.name),
                                                 Show(item, item.after.value_or(item.before.value_or(""))));
     }
 
@@ -88,14 +98,14 @@ private:
     {
         ShownChange change = {};
         change.kind = item.kind;
-        change.group = Printable(item.place.group);
-        change.name = Printable(item.place.name);
+        change.group = Name(*item.place.group);
+        change.name = Name(item.place.name);
         if (item.place.number > 1)
             change.name += " (" + std::to_string(item.place.number) + ")";
         change.before = Show(item, item.before);
         change.after = Show(item, item.after);
-        if (secrets_.Places().IsSecret(item.place))
-            change.secret = secrets_.Relation(item.before, item.after);
+        if (IsSecret(item))
+            change.secret = secrets_.Values().Relation(item.before, item.after);
         change.passes = item.passes;
         changes_.push_back(std::move(change));
     }
@@ -124,7 +134,7 @@ std::string BytesNote(const FileChange& file)
 ShownFile Show(const FileChange& file, Secrets& secrets)
 {
     ShownFile shown = {};
-    shown.path = Printable(file.path);
+    shown.path = Printable(secrets.HideInName(file.path));
     shown.kind = file.kind;
     shown.format = file.isFile ? NameOf(file.format) : "other";
     shown.passes = file.passes;
@@ -132,16 +142,16 @@ ShownFile Show(const FileChange& file, Secrets& secrets)
         shown.note = "a link, a folder or something else: " + Printable(secrets.Hide(file.before)) + " -> " +
                      Printable(secrets.Hide(file.after));
     else if (!file.sameAs.empty())
-        shown.note =
-            (file.kind == ChangeKind::Removed ? "its bytes are now " : "the same bytes as ") + Printable(file.sameAs);
+        shown.note = (file.kind == ChangeKind::Removed ? "its bytes are now " : "the same bytes as ") +
+                     Printable(secrets.HideInName(file.sameAs));
     else if (file.format == FileFormat::Binary)
         shown.note = BytesNote(file);
-    else if (file.hasItems && (!file.items.empty() || file.format == FileFormat::Xml))
+    else if (!file.items.empty())
         shown.changes = ItemsToShow(file, secrets).Take();
+    else if (file.hasSameValues)
+        shown.note = "the same values, written again";
     else
         ShowDiff(file, secrets, shown);
-    if (file.hasItems && file.items.empty() && file.format == FileFormat::Xml && shown.note.empty())
-        shown.note = "the same values, written anew";
     return shown;
 }
 

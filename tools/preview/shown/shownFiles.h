@@ -9,6 +9,5 @@
 #include "secrets/secrets.h"
 #include "shownPreview.h"
 
-/// Makes changes fit to be shown: secrets hidden, texts printable, records of XML files that are new or gone as one
-/// change each.
+/// Makes changes fit to be shown: secrets hidden, texts printable, and each new or removed record of an XML file one change.
 std::vector<ShownFile> ShowFiles(const std::vector<FileChange>& changes, Secrets& secrets);

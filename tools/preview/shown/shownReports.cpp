@@ -79,7 +79,7 @@ private:
             hidden_.push_back(std::string(kRecordReport) + secrets_.Mask(Rest(line, kRecordReport)));
             return;
         }
-        const bool isSecret = secrets_.Places().IsSecret(*record) || parts->tail.back() == '1';
+        const bool isSecret = secrets_.IsSecret(*record) || parts->tail.back() == '1';
         Flush(isSecret);
         hidden_.push_back(parts->head + HideValue(parts->value, isSecret) + parts->tail);
     }

@@ -142,7 +142,7 @@ void AddEntryWarning(const RunFacts& facts, const Snapshot& phone, const std::st
         return;
     const auto stored = FindIniValue(ContentOf(phone, path), entry.section, entry.key);
     const std::string value = stored ? std::string(*stored) : entry.defaultText;
-    if (facts.secrets.LayersOf(value) == 0 && (value.size() > kLongestPassword || !IsSevenBit(value)))
+    if (facts.secrets.Values().LayersOf(value) == 0 && (value.size() > kLongestPassword || !IsSevenBit(value)))
         list.Add(WarningRule::TooLongToEncipher, path + " [" + entry.section + "] " + entry.key,
                  "passwords: it stays plain");
 }

@@ -15,7 +15,8 @@ namespace
 
 std::string PlaceOf(const FileChange& file, const Item& item)
 {
-    return file.path + (file.format == FileFormat::Ini ? " [" + item.group + "] " : " " + item.group + " ") + item.name;
+    return file.path + (file.format == FileFormat::Ini ? " [" + *item.group + "] " : " " + *item.group + " ") +
+           item.name;
 }
 
 /// Account 16 makes way for the direct-IP account as a whole.
@@ -32,14 +33,14 @@ void AddValueWarnings(const RunFacts& facts, WarningList& list)
         for (const ItemChange& item : file.items) {
             if (item.kind == ChangeKind::Emptied && !IsReplacedAccount(file))
                 list.Add(WarningRule::ValueEmptied, PlaceOf(file, item.place), "it had a value");
-            const int layers = item.after ? facts.secrets.LayersOf(*item.after) : 0;
-            if (layers > 1 && layers > facts.secrets.LayersOf(item.before.value_or("")))
+            const int layers = item.after ? facts.secrets.Values().LayersOf(*item.after) : 0;
+            if (layers > 1 && layers > facts.secrets.Values().LayersOf(item.before.value_or("")))
                 list.Add(WarningRule::EncipheredTwice, PlaceOf(file, item.place), "in this run");
         }
     }
     for (const FileChange& file : facts.secondRun) {
         for (const ItemChange& item : file.items) {
-            if (item.after && facts.secrets.LayersOf(*item.after) > 1)
+            if (item.after && facts.secrets.Values().LayersOf(*item.after) > 1)
                 list.Add(WarningRule::EncipheredTwice, PlaceOf(file, item.place), "in a second run");
         }
     }

@@ -89,7 +89,7 @@ void AddRecordWarnings(const RunFacts& facts, const std::string& output, Warning
                      "translation table: stopped at record " + std::to_string(report.number) + " of " +
                          std::to_string(facts.lists.records.size()) + ", this destination does not load");
         const std::string source = report.source.value_or("");
-        if (isLocked && report.isFlagged && CannotBeEnciphered(source) && facts.secrets.LayersOf(source) == 0)
+        if (isLocked && report.isFlagged && CannotBeEnciphered(source) && facts.secrets.Values().LayersOf(source) == 0)
             list.Add(WarningRule::TooLongToEncipher, PlaceOf(*report.record),
                      report.value.empty() ? "translation table: the value is lost"
                                           : "translation table: it stays plain");

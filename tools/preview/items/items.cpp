@@ -3,6 +3,7 @@
 
 #include "items.h"
 
+#include <algorithm>
 #include <map>
 #include <pugixml.hpp>
 
@@ -16,18 +17,17 @@ std::vector<Item> ReadIniItems(std::string_view text)
 {
     std::vector<Item> items;
     std::map<std::pair<std::string_view, std::string_view>, int> counts;
-    std::string_view section;
-    bool isInSection = false;
+    std::string_view sectionName;
+    std::shared_ptr<const std::string> section;
     for (std::size_t begin = FirstIniLine(text); begin < text.size();) {
         const IniLine line = ReadIniLine(text, begin);
         begin = line.end;
         if (line.kind == IniLineKind::Section) {
-            section = line.name;
-            isInSection = true;
-        } else if (line.kind == IniLineKind::Key && isInSection) {
-            const std::string key(line.name);
-            items.push_back(
-                {std::string(section), key, ++counts[{section, line.name}], std::string(line.value), {key}});
+            sectionName = line.name;
+            section = std::make_shared<const std::string>(line.name);
+        } else if (line.kind == IniLineKind::Key && section != nullptr) {
+            items.push_back({section, std::string(line.name), ++counts[{sectionName, line.name}],
+                             std::string(line.value), WhatNameSays(line.name)});
         }
     }
     return items;
@@ -35,36 +35,31 @@ std::vector<Item> ReadIniItems(std::string_view text)
 
 /// The attributes that name what an element's value is, and those that then hold the value.
 constexpr const char* kNamingAttributes[] = {"name", "key", "id", "param", "parameter", "srcKey", "dstKey"};
-constexpr const char* kValueAttributes[] = {"value", "val", "default", kElementText};
+constexpr std::string_view kValueAttributes[] = {"value", "val", "default", kElementText};
 
-bool IsOneOf(const char* const* begin, const char* const* end, std::string_view name)
-{
-    for (; begin != end; ++begin) {
-        if (name == *begin)
-            return true;
-    }
-    return false;
-}
+constexpr std::size_t kLargestPaths = std::size_t{16}
+                                      << 20; ///< of all elements together; each begins with its parent's
 
 class XmlReader
 {
 public:
-    /// @return none for a document that is nested too deep
     std::optional<std::vector<Item>> Read(const pugi::xml_node& root)
     {
-        ReadElement(root, root.name(), {root.name()});
-        if (isTooDeep_)
+        ReadElement(root, root.name(), NameSays::Nothing, /*level=*/1);
+        if (isTooMuch_)
             return std::nullopt;
         return std::move(items_);
     }
 
 private:
-    void ReadElement(const pugi::xml_node& element, const std::string& path, const std::vector<std::string>& names)
+    void ReadElement(const pugi::xml_node& element, std::string pathText, NameSays around, int level)
     {
-        if (names.size() > static_cast<std::size_t>(kDeepestElement)) {
-            isTooDeep_ = true;
+        pathsSize_ += pathText.size();
+        isTooMuch_ = isTooMuch_ || level > kDeepestElement || pathsSize_ > kLargestPaths;
+        if (isTooMuch_)
             return;
-        }
+        const auto path = std::make_shared<const std::string>(std::move(pathText));
+        const NameSays names = std::max(around, WhatNameSays(element.name()));
         for (const pugi::xml_attribute& attribute : element.attributes())
             Add(element, path, attribute.name(), attribute.value(), names);
         std::string text;
@@ -72,30 +67,28 @@ private:
         for (const pugi::xml_node& child : element.children()) {
             if (child.type() == pugi::node_pcdata || child.type() == pugi::node_cdata)
                 text += child.value();
-            if (child.type() != pugi::node_element)
-                continue;
-            std::vector<std::string> childNames = names;
-            childNames.emplace_back(child.name());
-            ReadElement(child, path + "/" + child.name() + "[" + std::to_string(++counts[child.name()]) + "]",
-                        childNames);
+            if (child.type() == pugi::node_element)
+                ReadElement(child, *path + "/" + child.name() + "[" + std::to_string(++counts[child.name()]) + "]",
+                            names, level + 1);
         }
         if (text.find_first_not_of(" \t\r\n") != std::string::npos)
-            Add(element, path, kElementText, text, names);
+            Add(element, path, kElementText, std::move(text), names);
     }
 
-    void Add(const pugi::xml_node& element, const std::string& path, const char* name, const std::string& value,
-             std::vector<std::string> names)
+    void Add(const pugi::xml_node& element, const std::shared_ptr<const std::string>& path, const char* name,
+             std::string value, NameSays names)
     {
-        names.emplace_back(name);
-        if (IsOneOf(std::begin(kValueAttributes), std::end(kValueAttributes), name)) {
+        names = std::max(names, WhatNameSays(name));
+        if (std::find(std::begin(kValueAttributes), std::end(kValueAttributes), name) != std::end(kValueAttributes)) {
             for (const char* naming : kNamingAttributes)
-                names.emplace_back(element.attribute(naming).value());
+                names = std::max(names, WhatNameSays(element.attribute(naming).value()));
         }
-        items_.push_back({path, name, 1, value, std::move(names)});
+        items_.push_back({path, name, 1, std::move(value), names});
     }
 
     std::vector<Item> items_;
-    bool isTooDeep_ = false;
+    std::size_t pathsSize_ = 0;
+    bool isTooMuch_ = false;
 };
 
 std::optional<std::vector<Item>> ReadXmlItems(const std::string& content)
@@ -108,15 +101,6 @@ std::optional<std::vector<Item>> ReadXmlItems(const std::string& content)
 }
 
 } // namespace
-
-FileFormat FormatOf(std::string_view path, std::string_view content)
-{
-    if (content.find('\0') != std::string_view::npos)
-        return FileFormat::Binary;
-    if (path.ends_with(".ini") || path.ends_with(".cfg"))
-        return FileFormat::Ini;
-    return path.ends_with(".xml") ? FileFormat::Xml : FileFormat::Text;
-}
 
 std::optional<std::vector<Item>> ReadItems(FileFormat format, const std::string& content)
 {

@@ -1,0 +1,41 @@
+// SPDX-FileCopyrightText: 2026 The kestrune authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// The secrets of a phone in all forms that were seen, and how they are related.
+class SecretValues
+{
+public:
+    /// Adds a secret, not an empty one. A text may show one of several lines line by line, without the blanks around
+    /// them, and a trace shows the beginning of a long one: they are added too.
+    void Add(std::string_view value);
+
+    /// Adds an enciphered value and what it deciphers to in turn.
+    ///
+    /// @param plain  empty: nothing happens
+    void AddPlain(const std::string& value, const std::vector<std::string>& plain);
+
+    /// @return each with what it deciphers to in turn
+    const std::map<std::string, std::vector<std::string>>& All() const { return values_; }
+
+    /// @return how many times the value is enciphered
+    int LayersOf(const std::string& value) const;
+
+    /// @return whether the two are the same secret, whatever their forms
+    bool AreOneSecret(const std::string& one, const std::string& other) const;
+
+    /// What became of a secret, without the secret: "same, now enciphered", "changed" and the like.
+    std::string Relation(const std::optional<std::string>& before, const std::optional<std::string>& after) const;
+
+private:
+    std::string CoreOf(const std::string& value) const;
+
+    std::map<std::string, std::vector<std::string>> values_;
+};
