@@ -138,6 +138,13 @@ class SecretsAnywhere(previewTool.PreviewTest):
         self.assertEqual([shown.change(USER, "A", key)["after"] for key in ("strLoginName", "nExt", "strRole")],
                          ["admin", "2100", "administrator"])
 
+    def test_reports_hide_them_though(self):
+        image = self.phone({USER: FIXED + "[A]\nstrPassword=admin\nstrName=admin\n",
+                            TABLE: table((USER, "strName", 'dstKey="strOther"'))})
+        shown, _ = self.outputs(image, "dev")
+        self.assertIn(f"src value:{MASK}\n", shown.text)
+        self.assertEqual(shown.change(USER, "A", "strOther")["after"], "admin")
+
     def test_names_hide_known_secrets(self):
         path = "/config/plover-nest.d/plover-nest"
         shown, outputs = self.rewrite(

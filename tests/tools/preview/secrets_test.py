@@ -225,13 +225,13 @@ class Secrets(previewTool.PreviewTest):
         self.assertIn(f"heard {MASK}", shown.text)
 
     def test_a_name_that_breaks_its_report_gives_nothing_away(self):
-        """What stands behind the break looks like a report that holds a path."""
+        """What follows the break looks like a report that holds a path."""
         image = self.phone({USER: "[A]\nstrPin=q~7\nstrPassword=plover-nest\n", TABLE:
                             f'<t><r srcFile="{USER}" srcSec="A" srcKey="strPin" dstSec="B&#10;The file ["/>'
                             f'<r srcFile="{USER}" srcSec="A" srcKey="strPassword" dstKey="k&#10;app_log "/></t>'})
         shown, outputs = self.outputs(image, "dev")
         self.assertIsNone(re.search("plover|q~7", outputs))
-        self.assertIn(f"Translate dst: {MASK}", shown.text)
+        self.assertIn(f"The file [ strPin value:{MASK} bThisKeyEncrypt:0", shown.text)
 
     def test_a_secret_of_several_lines_gives_nothing_away(self):
         """Enciphered it stands on one line; the reports hold it as it is."""

@@ -4,7 +4,6 @@
 #include "shownReports.h"
 
 #include <algorithm>
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -13,165 +12,112 @@
 namespace
 {
 
-/// Reports that hold names and paths alone.
-constexpr std::string_view kWithoutValues[] = {
-    "chTraceStack: ",
-    "app_log ",
-    "bEncrypt=",
-    "The file [",
-    "Can's load ",
-    "etlTrace 2: The",
-    "etlTrace 2: Can't load the",
-    "etlTrace 3: Fail to load file [/",
-};
-
-std::string Rest(const std::string& line, std::string_view beginning)
+std::string MaskOrHide(const std::string& value, bool isSecret, const Secrets& secrets)
 {
-    return line.substr(beginning.size());
+    return isSecret ? secrets.Mask(value) : secrets.HideInReport(value);
 }
 
-/// Hides the values in the table's reports. A record has up to three lines, of which the last names its place. A line
-/// break in a value or a name makes more of them: what stands on those is nothing but hidden.
-class OutputHider
+/// What comes before a record's last line: perhaps that its source does not load, then the value as read and what the
+/// cipher made of it. From the first value on, any other line is a part of one.
+std::string HideBeforeLastLine(const std::string& text, bool isSecret, const Secrets& secrets)
 {
-public:
-    OutputHider(const std::vector<TableRecord>& records, const Secrets& secrets) : records_(records), secrets_(secrets)
-    {
+    std::string hidden;
+    bool hasValue = false;
+    for (const std::string& line : SplitLines(text)) {
+        std::string head;
+        if (line.starts_with(kSourceReport))
+            head = kSourceReport;
+        else if (line.starts_with(kCipherReport))
+            head = kCipherReport;
+        hasValue = hasValue || !head.empty();
+        const std::string value = line.substr(head.size());
+        hidden += head + (hasValue ? MaskOrHide(value, isSecret, secrets) : secrets.HideInName(value)) + "\n";
     }
+    return hidden;
+}
 
-    void Add(const std::string& line)
-    {
-        if (line.starts_with(kSourceReport) || line.starts_with(kCipherReport)) {
-            isBroken_ = false;
-            waiting_.push_back(line);
-        } else if (line.starts_with(kRecordReport)) {
-            AddRecord(line);
-        } else {
-            isBroken_ = isBroken_ || !waiting_.empty();
-            Flush(/*isSecret=*/true);
-            hidden_.push_back(isBroken_ ? secrets_.Mask(line) : HideUnknown(line));
-        }
-    }
-
-    std::vector<std::string> Take()
-    {
-        Flush(/*isSecret=*/true);
-        return std::move(hidden_);
-    }
-
-    static bool HasNoValues(const std::string& line)
-    {
-        for (const std::string_view beginning : kWithoutValues) {
-            if (line.starts_with(beginning))
-                return true;
-        }
-        return false;
-    }
-
-private:
-    void AddRecord(const std::string& line)
-    {
-        const TableRecord* record = next_ < records_.size() ? &records_[next_++] : nullptr;
-        const auto parts = record == nullptr ? std::nullopt : SplitRecordLine(line, *record);
-        isBroken_ = !parts;
-        if (isBroken_) { // names that break the line: nobody knows where the value begins
-            Flush(/*isSecret=*/true);
-            hidden_.push_back(std::string(kRecordReport) + secrets_.Mask(Rest(line, kRecordReport)));
-            return;
-        }
-        const bool isSecret = secrets_.IsSecret(*record) || parts->tail.back() == '1';
-        Flush(isSecret);
-        hidden_.push_back(parts->head + HideValue(parts->value, isSecret) + parts->tail);
-    }
-
-    void Flush(bool isSecret)
-    {
-        for (const std::string& line : waiting_) {
-            if (line.starts_with(kSourceReport)) {
-                hidden_.push_back(std::string(kSourceReport) + HideValue(Rest(line, kSourceReport), isSecret));
-                continue;
-            }
-            const std::string rest = Rest(line, kCipherReport);
-            const std::size_t comma = std::min(rest.size(), rest.rfind(", "));
-            hidden_.push_back(std::string(kCipherReport) + HideValue(rest.substr(0, comma), isSecret) +
-                              rest.substr(comma));
-        }
-        waiting_.clear();
-    }
-
-    std::string HideValue(const std::string& value, bool isSecret) const
-    {
-        return isSecret ? secrets_.Mask(value) : secrets_.Hide(value);
-    }
-
-    std::string HideUnknown(const std::string& line) const { return HasNoValues(line) ? line : secrets_.Hide(line); }
-
-    const std::vector<TableRecord>& records_;
-    const Secrets& secrets_;
-    std::size_t next_ = 0;
-    bool isBroken_ = false; ///< the line before this one does not end where it should
-    std::vector<std::string> waiting_;
-    std::vector<std::string> hidden_;
-};
-
-/// Hides the values in the traces. The password pass traces secrets alone: "etlTrace 2: Encrypt:(old)->(new)". A secret
-/// with a line break goes on, up to the bracket, on lines that say nothing else.
-class ErrorHider
+std::string HideInLines(const std::string& text, const Secrets& secrets)
 {
-public:
-    explicit ErrorHider(const Secrets& secrets) : secrets_(secrets) {}
+    std::string hidden;
+    for (const std::string& line : SplitLines(text))
+        hidden += secrets.Hide(line) + "\n";
+    return hidden;
+}
 
-    std::string Hide(const std::string& line)
-    {
-        const std::size_t value = ValueAt(line);
-        if (value != std::string::npos)
-            return HideTraced(line, value);
-        const bool isKnown = OutputHider::HasNoValues(line);
-        if (!isOpen_)
-            return isKnown ? line : secrets_.Hide(line);
-        isOpen_ = line.empty() || line.back() != ')';
-        return isKnown ? secrets_.Hide(line) : secrets_.Mask(line);
+std::string HideInOutput(const std::string& output, const std::vector<TableRecord>& records, const Secrets& secrets)
+{
+    const std::vector<RecordReport> reports = ReadRecordReports(output, records);
+    if (reports.empty())
+        return HideInLines(output, secrets);
+    std::string hidden;
+    for (const RecordReport& report : reports) {
+        const bool isSecret = secrets.IsSecret(*report.record);
+        hidden += HideBeforeLastLine(output.substr(report.begin, report.lastLine - report.begin), isSecret, secrets);
+        hidden += secrets.HideInName(output.substr(report.lastLine, report.valueBegin - report.lastLine));
+        hidden += MaskOrHide(report.value, isSecret, secrets);
+        hidden += output.substr(report.valueEnd, report.end - report.valueEnd);
     }
+    return hidden + HideInLines(output.substr(reports.back().end), secrets);
+}
 
-private:
-    /// @return where the traced value begins; npos for a line of another kind
-    static std::size_t ValueAt(const std::string& line)
-    {
+/// @return where the value of the next trace "etlTrace 2: Encrypt:(OLD)->(NEW)" begins; npos for none
+std::size_t FindTracedValue(const std::string& errors, std::size_t at)
+{
+    constexpr std::string_view kTrace = "etlTrace ";
+    constexpr std::size_t kLongestHead = sizeof "etlTrace 000: Encrypt:(" - 1;
+    for (std::size_t line = FindLine(errors, kTrace, at); line != std::string::npos;
+         line = FindLine(errors, kTrace, line + 1)) {
+        const std::string_view head = std::string_view(errors).substr(line, kLongestHead);
         for (const std::string_view direction : {": Encrypt:(", ": Decrypt:("}) {
-            const std::size_t begin = line.find(direction);
-            if (line.starts_with("etlTrace ") && begin <= sizeof "etlTrace 000")
-                return begin + direction.size();
+            if (head.find(direction) != std::string_view::npos)
+                return line + head.find(direction) + direction.size();
         }
-        return std::string::npos;
     }
+    return std::string::npos;
+}
 
-    std::string HideTraced(const std::string& line, std::size_t value)
-    {
-        const std::size_t middle = line.rfind(")->(");
-        isOpen_ = middle == std::string::npos || middle < value || line.back() != ')';
-        if (isOpen_)
-            return line.substr(0, value) + secrets_.Mask(line.substr(value));
-        return line.substr(0, value) + secrets_.Mask(line.substr(value, middle - value)) + ")->(" +
-               secrets_.Mask(line.substr(middle + 4, line.size() - middle - 5)) + ")";
+/// "OLD)->(NEW)" with both hidden; what does not look like that is hidden whole.
+std::string HideTraced(const std::string& traced, const Secrets& secrets)
+{
+    constexpr std::string_view kMiddle = ")->(";
+    const std::size_t middle = traced.find(kMiddle);
+    if (middle == std::string::npos || !traced.ends_with(')'))
+        return secrets.Mask(traced);
+    const std::size_t after = middle + kMiddle.size();
+    return secrets.Mask(traced.substr(0, middle)) + std::string(kMiddle) +
+           secrets.Mask(traced.substr(after, traced.size() - after - 1)) + ")";
+}
+
+/// The password pass traces nothing but secrets; they may have several lines.
+std::string HideInErrors(const std::string& errors, const Secrets& secrets)
+{
+    std::string hidden;
+    std::size_t at = 0;
+    for (std::size_t begin = FindTracedValue(errors, at); begin != std::string::npos;
+         begin = FindTracedValue(errors, at)) {
+        const std::size_t line = errors.rfind('\n', begin) + 1; // npos + 1 is 0: the first line
+        const std::size_t middle = errors.find(")->(", begin);
+        const std::size_t last = middle == std::string::npos ? begin : errors.find(")\n", middle + 4);
+        const std::size_t end = std::min(errors.size(), last == std::string::npos ? last : errors.find('\n', last));
+        hidden += HideInLines(errors.substr(at, line - at), secrets) + errors.substr(line, begin - line);
+        hidden += HideTraced(errors.substr(begin, end - begin), secrets) + "\n";
+        at = std::min(errors.size(), end + 1);
     }
+    return hidden + HideInLines(errors.substr(at), secrets);
+}
 
-    const Secrets& secrets_;
-    bool isOpen_ = false; ///< the value that was traced last has not ended
-};
+std::vector<std::string> PrintableLines(const std::string& text)
+{
+    std::vector<std::string> lines;
+    for (const std::string& line : SplitLines(text))
+        lines.push_back(Printable(line));
+    return lines;
+}
 
 } // namespace
 
 ShownReports ShowReports(const RunReports& reports, const std::vector<TableRecord>& records, const Secrets& secrets)
 {
-    ShownReports shown;
-    shown.mode = Printable(reports.mode);
-    OutputHider hider(records, secrets);
-    for (const std::string& line : SplitLines(reports.output))
-        hider.Add(line);
-    for (const std::string& line : hider.Take())
-        shown.output.push_back(Printable(line));
-    ErrorHider errorHider(secrets);
-    for (const std::string& line : SplitLines(reports.errors))
-        shown.errors.push_back(Printable(errorHider.Hide(line)));
-    return shown;
+    return {Printable(reports.mode), PrintableLines(HideInOutput(reports.output, records, secrets)),
+            PrintableLines(HideInErrors(reports.errors, secrets))};
 }

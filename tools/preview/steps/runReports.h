@@ -18,32 +18,32 @@ struct RunReports {
     std::string errors;
 };
 
-/// What the translation table reported about one record.
+/// What the translation table reported about one record. The positions are those in the output.
 struct RecordReport {
     const TableRecord* record = nullptr;
     std::size_t number = 0;            ///< of the record, from 1
     std::optional<std::string> source; ///< value as read; none when nothing was read
     std::string value;                 ///< as written
+    std::size_t begin = 0;             ///< of what was reported before the record's last line
+    std::size_t lastLine = 0;          ///< which names the destination
+    std::size_t valueBegin = 0;        ///< of the value in the last line
+    std::size_t valueEnd = 0;
+    std::size_t end = 0; ///< of the last line, with its line end
     bool isFlagged = false;
     bool endsPass = false; ///< its destination did not load
 };
 
-/// How the table's reports about a record begin. The first two may be missing; the last one names the record's destination.
+/// How the lines with values begin that come before a record's last line; either may be missing.
 constexpr std::string_view kSourceReport = "src value:";
 constexpr std::string_view kCipherReport = "lpOutPassword=";
-constexpr std::string_view kRecordReport = "Translate dst: ";
-
-/// The last report about a record, in its parts.
-struct RecordLine {
-    std::string head;
-    std::string value;
-    std::string tail; ///< ends in the record's encrypt flag
-};
-
-/// @return none when the line is not the one about this record, or goes on after a line break in a name or value
-std::optional<RecordLine> SplitRecordLine(const std::string& line, const TableRecord& record);
 
 std::vector<std::string> SplitLines(const std::string& text);
 
+/// @return where a line begins with these words, at the position or after it; npos for none
+std::size_t FindLine(const std::string& text, std::string_view words, std::size_t at);
+
+/// Finds each record's last line by the record's own names: they and the values may hold anything, line ends too.
+///
 /// @param records  the table's, which the reports refer to
+/// @return up to the first record without a report
 std::vector<RecordReport> ReadRecordReports(const std::string& output, const std::vector<TableRecord>& records);
