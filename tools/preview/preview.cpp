@@ -75,7 +75,7 @@ public:
     {
         const FileFormats formats(lists_);
         Secrets secrets(lists_, request_.secrecy);
-        secrets.Learn(AllStates(), formats, helper_);
+        secrets.Learn(AllStates(), formats, steps_);
         const std::vector<FileChange> changes = FindChanges(before_, after_, states_, formats);
         const std::vector<FileChange> secondRun = FindChanges(after_, afterSecondRun_, {}, formats);
         preview.arePassesKnown = !states_.empty();

@@ -26,6 +26,12 @@ def rules_of_the_program():
     return {f"KP{int(number):03d}" for number in numbers}
 
 
+def titles_of_the_program():
+    names = dict(re.findall(r"^    ([A-Z]\w+) = (\d+),$", RULES.read_text(), re.MULTILINE))
+    titles = re.findall(r'\{WarningRule::(\w+), "([^"]+)"', RULES.with_suffix(".cpp").read_text())
+    return {f"KP{int(names[name]):03d}": title for name, title in titles}
+
+
 class Manual(unittest.TestCase):
     @unittest.skipIf(shutil.which("mandoc") is None, "mandoc is not installed")
     def test_the_page_is_clean(self):
@@ -39,6 +45,14 @@ class Manual(unittest.TestCase):
     def test_it_tells_of_every_rule(self):
         self.assertEqual(set(re.findall(r"^\.It (KP\d+)$", MANUAL.read_text(), re.MULTILINE)), rules_of_the_program())
         self.assertEqual(set(re.findall(r"^\| (KP\d+) ", PAGE.read_text(), re.MULTILINE)), rules_of_the_program())
+
+    def test_each_rule_has_the_words_of_the_program(self):
+        titles = titles_of_the_program()
+        self.assertEqual(set(titles), rules_of_the_program())
+        manual, page = MANUAL.read_text(), PAGE.read_text()
+        for rule, title in titles.items():
+            self.assertRegex(manual, rf"(?m)^\.It {rule}\n{title[0].upper()}{re.escape(title[1:])}[.:]")
+            self.assertRegex(page, rf"(?m)^\| {rule} \| {re.escape(title)}[ ,:]")
 
     def test_the_completion_offers_every_option(self):
         script = f". {COMPLETION}; COMP_WORDS=(kestrune-preview --); COMP_CWORD=1; _kestrune_preview; echo ${{COMPREPLY[@]}}"
