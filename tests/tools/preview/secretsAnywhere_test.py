@@ -69,6 +69,7 @@ class SecretsAnywhere(previewTool.PreviewTest):
                         self.assertNotIn(secret, outputs)
                     change = shown.change(path, "A", "strMoved" if moved else "strBlob")
                     self.assertEqual(change["secret"], "added, plain" if moved else "same, now plain")
+                    self.assertIn("KP012", shown.rules())
 
     def test_an_enciphered_value_is_hidden_in_xml_and_in_text(self):
         text, short = self.enciphered(*PLAIN)

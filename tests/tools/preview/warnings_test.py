@@ -9,7 +9,13 @@ import previewTool
 USER, SYSTEM = "/config/user/user.ini", "/config/system/system.ini"
 TABLE, LIST = "/phone/resource/kestrune.xml", "/phone/resource/encryptconfig.xml"
 FACTORY = "/phone/factory/user/user.ini"
+MASK = "\u2022" * 6
 FIXED = "[Feature]\nRingbackTimeout=120\n"
+
+# Enciphered with the key of a phone without a key file: "plover-nest", the same twice, "heron-nest" twice.
+PLOVER = "tdg22ay2DNg4QGoeCq18lnUhELkQErenCLzX"
+PLOVER_TWICE = "0wa2wY1QFz152ry9+aYhQG5q5fkAQpWoqxmPGzXVpD3g8BvjlqGgb242sVVTeFq6m728Dg"
+HERON_TWICE = "9NtJLYIXUoT6PaemFqIbd7DPMzIeA7kCmxYXEhq1BftoUfko+Du59s3TkHuebDjbcogh"
 
 
 def lock(value):
@@ -95,6 +101,54 @@ QUIET_CASES = [
     ("no hand-over", {USER: FIXED + "[Backlight]\nnBacklightTime=60\n"}, "2"),
 ]
 
+LISTED = f'<l><e file="{USER}" section="A" key="a"/></l>'
+TO_B = "<t>" + record("a", 'dstKey="b"') + "</t>"
+PLAIN_B = ("KP012", f"{USER} [A] b")
+
+
+def phone_with(user_lock, factory_lock, keys, table=None, entries=LISTED):
+    return {USER: FIXED + lock(user_lock) + "[A]\n" + keys, FACTORY: lock(factory_lock), LIST: entries,
+            TABLE: table or QUIET[TABLE]}
+
+
+# files; mode; what warns of a secret that is written plain
+PLAIN_CASES = [
+    ("a listed secret is copied to another place", phone_with(1, 1, f"a={PLOVER}\n", TO_B), "all", [PLAIN_B]),
+    ("and the factory's phone is plain", phone_with(1, 0, f"a={PLOVER}\n", TO_B), "dev", [PLAIN_B]),
+    ("an enciphered value in no list", phone_with(1, 1, f"a={PLOVER}\n", TO_B, "<l/>"), "all", [PLAIN_B]),
+    ("in its place", phone_with(1, 1, f"a={PLOVER}\n", "<t>" + record("a") + "</t>", "<l/>"), "all",
+     [("KP012", f"{USER} [A] a")]),
+    ("a listed one that a record deciphers in its place", phone_with(1, 1, f"a={PLOVER}\n", "<t>" + record("a") + "</t>"),
+     "all", [("KP012", f"{USER} [A] a")]),
+    ("over two records", phone_with(1, 1, f"a={PLOVER}\n", "<t>" + record("a", 'dstKey="c" dstEncrypt="1"') +
+     '<r srcFile="/config/user/user.ini" srcSec="A" srcKey="c" dstKey="b"/></t>', "<l/>"), "dev", [PLAIN_B]),
+    ("a plain listed one on a locked phone", phone_with(1, 1, "a=plover-nest\n", TO_B), "all", [PLAIN_B]),
+    ("a plain one that the password pass enciphers at its own place only", phone_with(0, 1, "a=plover-nest\n", TO_B), "all",
+     [PLAIN_B]),
+    ("from the destination of a flagged record", phone_with(1, 1, "c=plover\n", "<t>" + record("c", 'dstKey="a" dstEncrypt="1"')
+     + record("c", 'dstKey="b"') + '<r srcFile="/config/user/user.ini" srcSec="A" srcKey="a" dstKey="b"/></t>', "<l/>"), "dev",
+     [PLAIN_B]),
+    ("the user's lock counts without the password pass", phone_with(1, 0, "a=plover-nest\n", TO_B), "dev", [PLAIN_B]),
+    ("no lock", phone_with(0, 0, "a=plover-nest\n", TO_B), "all", []),
+    ("the factory's lock counts with the password pass only", phone_with(0, 1, "a=plover-nest\n", TO_B), "dev", []),
+    ("the user's lock does not count then", phone_with(1, 0, "a=plover-nest\n", TO_B), "all", []),
+    ("the firmware wants the listed one plain", phone_with(1, 0, f"a={PLOVER}\n"), "pwd", []),
+    ("but not one that is listed and not active", phone_with(1, 0, f"a={PLOVER}\n", "<t>" + record("a") + "</t>",
+     f'<l><e file="{USER}" section="A" key="a" active="false"/></l>'), "all", [("KP012", f"{USER} [A] a")]),
+    ("a record with the flag", phone_with(1, 1, f"a={PLOVER}\n", "<t>" + record("a", 'dstKey="b" dstEncrypt="1"') + "</t>"), "all",
+     []),
+    ("both places are listed", phone_with(0, 1, "a=plover-nest\n", TO_B, f'<l><e file="{USER}" section="A" key="a"/>'
+     f'<e file="{USER}" section="A" key="b"/></l>'), "all", []),
+    ("a secret by its name only", phone_with(1, 1, "a=1\nstrPassword=plover-nest\n", "<t>" +
+     record("strPassword", 'dstKey="strPwd"') + "</t>"), "all", []),
+    ("one that is emptied", phone_with(1, 1, f"a={PLOVER}\nb=\n", "<t>" + record("b", 'dstKey="a"') + "</t>"), "all", []),
+    ("an account's", {**phone_with(1, 1, "", '<t><r srcFile="/config/user/voip/sipAccount3.cfg" srcSec="account" srcKey="q"/></t>',
+     '<l><e perAccount="1" section="account" key="q"/></l>'), "/config/user/voip/sipAccount3.cfg":
+     f"[account]\nSCALineKeyNumber=-1\nq={PLOVER}\n"}, "all", [("KP012", "/config/user/voip/sipAccount3.cfg [account] q")]),
+    ("an account's that the firmware wants plain", {**phone_with(1, 0, "", None, '<l><e perAccount="1" section="account" key="q"/></l>'),
+     "/config/user/voip/sipAccount3.cfg": f"[account]\nSCALineKeyNumber=-1\nq={PLOVER}\n"}, "pwd", []),
+]
+
 
 class Warnings(previewTool.PreviewTest):
     def warnings(self, files, mode):
@@ -122,6 +176,26 @@ class Warnings(previewTool.PreviewTest):
         found, shown = self.warnings(files, "pwd")
         self.assertEqual(found, [("KP003", f"{USER} [A] a"), ("KP010", USER)])
         self.assertIn("in a second run", shown.text)
+
+    def test_a_value_that_was_enciphered_twice_before_is_not_the_runs_doing(self):
+        keys = f"a={PLOVER_TWICE}\nb={HERON_TWICE}\n"
+        flagged = "<t>" + record("a", 'dstKey="b" dstEncrypt="1"') + "</t>"
+        found, shown = self.warnings(phone_with(1, 1, keys, flagged, "<l/>"), "dev")
+        self.assertEqual((found, shown.change(USER, "A", "b")["secret"]), ([], "changed, enciphered twice"))
+
+    def test_a_secret_that_is_written_plain(self):
+        for name, files, mode, expected in PLAIN_CASES:
+            with self.subTest(name):
+                found, shown = self.warnings(files, mode)
+                self.assertEqual([warning for warning in found if warning[0] == "KP012"], expected)
+                self.assertNotIn("plover", shown.text)
+
+    def test_a_place_hides_the_secrets_in_its_names(self):
+        user = FIXED + lock(0) + "[A]\na=\nstrPassword=plover-nest\n[plover-nest]\nb=1\n"
+        to_name = "<t>" + record("a", 'dstSec="plover-nest" dstKey="b"') + "</t>"
+        self.assertEqual(self.warnings({USER: user, TABLE: to_name}, "dev")[0], [("KP001", f"{USER} [plover-nest] b")])
+        empty = {USER: user, "/config/certs/plover-nest.pem": ""}
+        self.assertEqual(self.warnings(empty, "dev")[0], [("KP008", f"/config/certs/{MASK}.pem")])
 
     def test_the_lost_value_is_said_to_be_lost(self):
         _, shown = self.warnings(CASES[3][1], "dev")

@@ -24,7 +24,8 @@ struct TableRecord {
     std::string file;
     std::string section;
     std::string key;
-    bool hasFlag = false; ///< it has an encrypt flag, whichever and whatever it says
+    bool hasFlag = false;   ///< it has an encrypt flag, of either name and any value
+    bool isFlagged = false; ///< it enciphers its value on a locked phone
 };
 
 struct PhoneLists {

@@ -101,7 +101,8 @@ json DescribeRecord(const TiXmlElement& record)
             {"file", file},
             {"section", section},
             {"key", key},
-            {"hasFlag", hasFlag}};
+            {"hasFlag", hasFlag},
+            {"isFlagged", isEnciphered}};
 }
 
 json ListRecords()

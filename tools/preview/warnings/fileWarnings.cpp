@@ -6,8 +6,10 @@
 #include <algorithm>
 #include <pugixml.hpp>
 
+#include "devicePaths.h"
 #include "iniText.h"
 #include "integerText.h"
+#include "transPasswordFile.h"
 #include "xmlGuard.h"
 
 namespace
@@ -34,20 +36,6 @@ constexpr int kMostGroups = 50;
 constexpr int kMostContacts = 1001;
 constexpr int kMostKeys = 18;
 constexpr int kLongestMinutes = 59;
-constexpr int kConvertedAccounts = 4;
-constexpr std::size_t kLongestPassword = 103;
-
-bool HasMode(const RunFacts& facts, std::initializer_list<const char*> modes)
-{
-    return std::any_of(facts.modes.begin(), facts.modes.end(), [modes](const std::string& mode) {
-        return std::find(modes.begin(), modes.end(), mode) != modes.end();
-    });
-}
-
-std::string ReadValue(const std::string& text, const std::string& section, const std::string& key)
-{
-    return std::string(FindIniValue(text, section, key).value_or(std::string_view()));
-}
 
 bool IsTranslationEnabled(const Snapshot& phone)
 {
@@ -112,11 +100,10 @@ void AddRootWarnings(const RunFacts& facts, WarningList& list)
 
 void AddBacklightWarning(const RunFacts& facts, WarningList& list)
 {
-    constexpr char kUserIni[] = "/config/user/user.ini";
     if (!HasMode(facts, {"2"}))
         return;
-    const int before = ParseInt32(ReadValue(ContentOf(facts.before, kUserIni), "Backlight", "nBacklightTime").c_str());
-    const int after = ParseInt32(ReadValue(ContentOf(facts.after, kUserIni), "Backlight", "nBacklightTime").c_str());
+    const int before = ParseInt32(ReadValue(facts.before, kUserIni, "Backlight", "nBacklightTime").c_str());
+    const int after = ParseInt32(ReadValue(facts.after, kUserIni, "Backlight", "nBacklightTime").c_str());
     if (before > kLongestMinutes && before != after)
         list.Add(WarningRule::SecondsAlready, std::string(kUserIni) + " [Backlight] nBacklightTime",
                  std::to_string(before) + " becomes " + std::to_string(after));
@@ -126,13 +113,8 @@ void AddCertificateWarnings(const RunFacts& facts, WarningList& list)
 {
     for (const auto& [path, file] : facts.after) {
         if (file.kind == PhoneFile::Kind::File && file.content->empty() && path.find("/certs/") != std::string::npos)
-            list.Add(WarningRule::EmptyCertificate, path, "it holds nothing");
+            list.Add(WarningRule::EmptyCertificate, path, "it is empty");
     }
-}
-
-bool IsSevenBit(const std::string& text)
-{
-    return std::all_of(text.begin(), text.end(), [](char byte) { return static_cast<unsigned char>(byte) < 0x80; });
 }
 
 void AddEntryWarning(const RunFacts& facts, const Snapshot& phone, const std::string& path, const ListedEntry& entry,
@@ -142,12 +124,12 @@ void AddEntryWarning(const RunFacts& facts, const Snapshot& phone, const std::st
         return;
     const auto stored = FindIniValue(ContentOf(phone, path), entry.section, entry.key);
     const std::string value = stored ? std::string(*stored) : entry.defaultText;
-    if (facts.secrets.Values().LayersOf(value) == 0 && (value.size() > kLongestPassword || !IsSevenBit(value)))
+    if (facts.secrets.Values().LayersOf(value) == 0 && CannotBeEnciphered(value))
         list.Add(WarningRule::TooLongToEncipher, path + " [" + entry.section + "] " + entry.key,
                  "passwords: it stays plain");
 }
 
-/// The password pass is told by its traces: it enciphers when one says so.
+/// Detected from the traces: the password pass enciphers if one of them says so.
 bool IsEnciphering(const RunFacts& facts)
 {
     return std::any_of(facts.reports.begin(), facts.reports.end(), [](const RunReports& reports) {
@@ -165,8 +147,7 @@ void AddEntryWarnings(const RunFacts& facts, WarningList& list)
         if (!entry.perAccount)
             AddEntryWarning(facts, facts.after, entry.file, entry, list);
         for (int number = 0; entry.perAccount && number < kConvertedAccounts; ++number)
-            AddEntryWarning(facts, facts.after, "/config/user/voip/sipAccount" + std::to_string(number) + ".cfg", entry,
-                            list);
+            AddEntryWarning(facts, facts.after, AccountFilePath(number), entry, list);
     }
 }
 

@@ -8,5 +8,5 @@
 #include "runFacts.h"
 #include "shown/shownPreview.h"
 
-/// What goes wrong, or may, in the run that the facts tell of.
+/// Finds what goes wrong in a run, or may go wrong after it.
 std::vector<ShownWarning> FindWarnings(const RunFacts& facts);

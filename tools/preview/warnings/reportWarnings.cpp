@@ -8,8 +8,6 @@
 namespace
 {
 
-constexpr std::size_t kLongestPassword = 103;
-
 /// A report that is the same whenever it comes.
 struct FixedReport {
     const char* line;
@@ -71,12 +69,6 @@ void AddLine(const std::string& line, WarningList& list)
 std::string PlaceOf(const TableRecord& record)
 {
     return record.file + " [" + record.section + "] " + record.key;
-}
-
-bool CannotBeEnciphered(const std::string& value)
-{
-    return value.size() > kLongestPassword ||
-           std::any_of(value.begin(), value.end(), [](char byte) { return static_cast<unsigned char>(byte) >= 0x80; });
 }
 
 void AddRecordWarnings(const RunFacts& facts, const std::string& output, WarningList& list)

@@ -31,6 +31,8 @@ const std::vector<WarningText>& WarningRules()
         {WarningRule::SecondRunChanges, "a second run would still change something", "run this mode once"},
         {WarningRule::PassesUnknown, "changes could not be attributed to passes",
          "use kestrune-preview and kestrune of one build"},
+        {WarningRule::SecretPlain, "a secret is written plain",
+         "give the record an encrypt flag, and list the new place in encryptconfig.xml"},
     };
     return rules;
 }
@@ -44,7 +46,7 @@ std::string WarningId(WarningRule rule)
 
 void WarningList::Add(WarningRule rule, const std::string& place, const std::string& text)
 {
-    ShownWarning warning = {WarningId(rule), Printable(place), Printable(text), std::string()};
+    ShownWarning warning = {WarningId(rule), Shown(place), Printable(text), std::string()};
     for (const WarningText& known : WarningRules()) {
         if (known.rule == rule) {
             warning.text = std::string(known.title) + ": " + warning.text;
@@ -56,9 +58,14 @@ void WarningList::Add(WarningRule rule, const std::string& place, const std::str
 
 bool WarningList::Has(WarningRule rule, const std::string& place) const
 {
-    return std::any_of(warnings_.begin(), warnings_.end(), [rule, shown = Printable(place)](const auto& entry) {
+    return std::any_of(warnings_.begin(), warnings_.end(), [rule, shown = Shown(place)](const auto& entry) {
         return entry.first == rule && entry.second.place == shown;
     });
+}
+
+std::string WarningList::Shown(const std::string& place) const
+{
+    return Printable(secrets_.HideInName(place));
 }
 
 std::vector<ShownWarning> WarningList::Take()

@@ -7,9 +7,10 @@
 #include <utility>
 #include <vector>
 
+#include "secrets/secrets.h"
 #include "shown/shownPreview.h"
 
-/// The numbers are for good: scripts look for them.
+/// A number keeps its meaning: scripts look for it.
 enum class WarningRule {
     ValueEmptied = 1,
     TooLongToEncipher = 2,
@@ -22,6 +23,7 @@ enum class WarningRule {
     AccountRemoved = 9,
     SecondRunChanges = 10,
     PassesUnknown = 11,
+    SecretPlain = 12,
 };
 
 struct WarningText {
@@ -40,11 +42,18 @@ std::string WarningId(WarningRule rule);
 class WarningList
 {
 public:
-    /// The place and the text may hold names as they stand on the phone, never a value.
+    /// @param secrets  kept by reference
+    explicit WarningList(const Secrets& secrets) : secrets_(secrets) {}
+
+    /// @param place  path and names as they are on the phone; secrets in them are hidden
+    /// @param text   without a value of the phone
     void Add(WarningRule rule, const std::string& place, const std::string& text);
     bool Has(WarningRule rule, const std::string& place) const;
     std::vector<ShownWarning> Take();
 
 private:
+    std::string Shown(const std::string& place) const;
+
+    const Secrets& secrets_;
     std::vector<std::pair<WarningRule, ShownWarning>> warnings_;
 };
