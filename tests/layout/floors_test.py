@@ -24,7 +24,7 @@ MAY_INCLUDE = {
     "app/kestrune/xmlTranslator": PLATFORM + APP[:1],
     "app/kestrune/kestrune": PLATFORM + APP[:2],
     "tools/phoneImage": PLATFORM + ["platform/host"],
-    "tools/tableCheck": PLATFORM + APP + IMAGE + ["tools/preview/secrets"],  # what the name of a secret is
+    "tools/tableCheck": PLATFORM + APP + IMAGE,
     "tools/preview": PLATFORM + APP + IMAGE + [f"tools/preview/{room}" for room in ROOMS],
     "bench": PLATFORM + APP,
 }

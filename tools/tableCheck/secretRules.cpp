@@ -3,7 +3,7 @@
 
 #include "secretRules.h"
 
-#include "preview/secrets/secretNames.h"
+#include "phoneImage/secretNames.h"
 
 namespace
 {
@@ -13,11 +13,10 @@ std::string RecordAt(const TableRecord& record)
     return "the record at line " + std::to_string(record.Line());
 }
 
-/// By the key's name. A switch ("bMenuPassword") says whether there is a secret, and is none.
+/// By the key's name. A switch ("bMenuPassword") or a size ("nPinLength") is no secret.
 bool SoundsSecret(const std::string& key)
 {
-    const bool isSwitch = key.size() > 1 && key[0] == 'b' && key[1] >= 'A' && key[1] <= 'Z';
-    return !isSwitch && IsSecretName(key);
+    return WhatNameSays(key) == NameSays::Secret;
 }
 
 } // namespace

@@ -5,5 +5,5 @@
 
 std::string AccountFilePath(int number)
 {
-    return "/config/user/voip/sipAccount" + std::to_string(number) + ".cfg";
+    return kAccountFilePrefix + std::to_string(number) + ".cfg";
 }

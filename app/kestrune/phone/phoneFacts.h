@@ -27,6 +27,9 @@ constexpr int kConvertedAccounts = 4;
 constexpr char kDirectIPFile[] = "/config/user/voip/directip.cfg";
 constexpr char kFactoryAccount[] = "/phone/factory/user/voip/sipAccount16.cfg";
 
+/// What all account files begin with.
+constexpr char kAccountFilePrefix[] = "/config/user/voip/sipAccount";
+
 /// @return "/config/user/voip/sipAccount<number>.cfg"
 std::string AccountFilePath(int number);
 

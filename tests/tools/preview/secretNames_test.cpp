@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
-#include "items/secretNames.h"
+#include "phoneImage/secretNames.h"
 
 #include <gmock/gmock.h>
 #include <sstream>

@@ -6,30 +6,31 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "dataPaths.h"
-#include "devicePaths.h"
+#include "allV4XToV50.h"
+#include "configMapper.h"
 #include "iniText.h"
+#include "phoneFacts.h"
 
 namespace
 {
 
-constexpr const char* kXmlPaths[] = {
-    "/phone/resource/kestrune.xml", "/phone/resource/encryptconfig.xml",
-    // the translators'
-    kOldContacts, kNewContactList, kNewContactGroups, kOldDialPlan, kNewDialPlan, kOldDialNow, kNewDialNow, kOldDSSKeys,
-    kNewDSSKeys, kDoorPhones, kOldRemoteBooks, kNewRemoteBooks,
-    // the key layouts
-    "/config/data/linekey.xml", "/config/data/programkey.xml", "/config/data/expkey0.xml", "/config/data/expkey1.xml",
-    "/config/data/expkey2.xml", "/config/data/expkey3.xml", "/config/data/expkey4.xml", "/config/data/expkey5.xml"};
+/// The XML files that passes read or write. Static: made once, and asked about each file.
+const std::set<std::string>& XmlPaths()
+{
+    static const std::set<std::string> paths = [] {
+        std::set<std::string> all = {kTableFile,   kEntryListFile, kNewContactList, kNewContactGroups,
+                                     kNewDialPlan, kNewDialNow,    kNewDSSKeys,     kNewRemoteBooks};
+        for (const XmlTranslation& translation : kXmlTranslations)
+            all.insert(translation.source.path);
+        for (const XmlFile& layout : kKeyLayouts)
+            all.insert(layout.path);
+        return all;
+    }();
+    return paths;
+}
 
-constexpr const char* kIniPaths[] = {kUserIni,
-                                     kFactoryUserIni,
-                                     kSystemIni,
-                                     kHandOverFile,
-                                     kHandOverCopy,
-                                     "/config/version.ini",
-                                     "/config/user/voip/directip.cfg",
-                                     "/phone/factory/user/voip/sipAccount16.cfg"};
+constexpr const char* kIniPaths[] = {kUserIni,      kFactoryUserIni, kSystemIni,    kHandOverFile,
+                                     kHandOverCopy, kVersionIni,     kDirectIPFile, kFactoryAccount};
 
 bool IsCommentOrBlank(std::string_view line)
 {
@@ -96,11 +97,11 @@ FileFormat FileFormats::Of(const std::string& path, std::string_view before, std
 std::set<std::string> FileFormats::Paths() const
 {
     std::set<std::string> paths = iniPaths_;
-    paths.insert(std::begin(kXmlPaths), std::end(kXmlPaths));
+    paths.insert(XmlPaths().begin(), XmlPaths().end());
     return paths;
 }
 
 bool IsXmlOfPass(const std::string& path)
 {
-    return std::find(std::begin(kXmlPaths), std::end(kXmlPaths), path) != std::end(kXmlPaths);
+    return XmlPaths().count(path) != 0;
 }

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "fileFormats.h"
-#include "secretNames.h"
+#include "phoneImage/secretNames.h"
 
 /// One value of a configuration or XML file, and its place there.
 struct Item {

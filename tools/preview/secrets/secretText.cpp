@@ -8,8 +8,8 @@
 #include <string>
 
 #include "iniText.h"
-#include "items/secretNames.h"
 #include "passwordCipher.h"
+#include "phoneImage/secretNames.h"
 
 namespace
 {

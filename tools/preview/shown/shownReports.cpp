@@ -25,10 +25,10 @@ std::string HideBeforeLastLine(const std::string& text, bool isSecret, const Sec
     bool hasValue = false;
     for (const std::string& line : SplitLines(text)) {
         std::string head;
-        if (line.starts_with(kSourceReport))
-            head = kSourceReport;
-        else if (line.starts_with(kCipherReport))
-            head = kCipherReport;
+        if (line.starts_with(kSourceLine))
+            head = kSourceLine;
+        else if (line.starts_with(kCipherLine))
+            head = kCipherLine;
         hasValue = hasValue || !head.empty();
         const std::string value = line.substr(head.size());
         hidden += head + (hasValue ? MaskOrHide(value, isSecret, secrets) : secrets.HideInName(value)) + "\n";

@@ -9,22 +9,26 @@
 namespace
 {
 
-constexpr std::string_view kFlag = " bThisKeyEncrypt:";
-constexpr std::string_view kEnd = "Can's load user's inifile!\n"; // the device's own spelling
+constexpr std::string_view kFlag = LiteralOf(kRecordReport, 4);
+constexpr std::string_view kEnd = kNoDestinationReport;
 
 std::string HeadOf(const TableRecord& record)
 {
-    return "Translate dst: " + record.file + " " + record.section + " " + record.key + " value:";
+    std::string head(LiteralOf(kRecordReport, 0));
+    int number = 0;
+    for (const std::string& name : {record.file, record.section, record.key})
+        head.append(name).append(LiteralOf(kRecordReport, ++number));
+    return head;
 }
 
 /// The value read, which ends with its line or before the report of the cipher.
 std::optional<std::string> SourceIn(const std::string& output, std::size_t begin, std::size_t end)
 {
-    const std::size_t line = FindLine(output, kSourceReport, begin);
+    const std::size_t line = FindLine(output, kSourceLine, begin);
     if (line >= end)
         return std::nullopt;
-    const std::size_t valueBegin = line + kSourceReport.size();
-    const std::size_t cipherLine = FindLine(output, kCipherReport, valueBegin);
+    const std::size_t valueBegin = line + kSourceLine.size();
+    const std::size_t cipherLine = FindLine(output, kCipherLine, valueBegin);
     const std::size_t valueEnd = cipherLine < end ? cipherLine - 1 : output.find('\n', valueBegin);
     return output.substr(valueBegin, valueEnd - valueBegin);
 }
@@ -38,6 +42,22 @@ std::vector<std::string> SplitLines(const std::string& text)
     for (std::string line; std::getline(stream, line);)
         lines.push_back(line);
     return lines;
+}
+
+std::optional<std::string> MatchReport(std::string_view line, std::string_view prefix, std::string_view format)
+{
+    if (!line.starts_with(prefix))
+        return std::nullopt;
+    line.remove_prefix(prefix.size());
+    if (format.ends_with('\n'))
+        format.remove_suffix(1);
+    if (format.find("%s") == std::string_view::npos)
+        return line == format ? std::optional<std::string>("") : std::nullopt;
+    const std::string_view beginning = LiteralOf(format, 0);
+    const std::string_view end = LiteralOf(format, 1);
+    if (!line.starts_with(beginning) || !line.ends_with(end) || line.size() <= beginning.size() + end.size())
+        return std::nullopt;
+    return std::string(line.substr(beginning.size(), line.size() - beginning.size() - end.size()));
 }
 
 std::size_t FindLine(const std::string& text, std::string_view words, std::size_t at)

@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "passReports.h"
 #include "phoneLists.h"
 
 /// What one run of the program wrote, as it wrote it: secrets in clear.
@@ -33,9 +34,22 @@ struct RecordReport {
     bool endsPass = false; ///< its destination did not load
 };
 
+/// @return the literal text of a report's format between its conversions: 0 for what comes before the first one
+constexpr std::string_view LiteralOf(std::string_view format, int number)
+{
+    for (; number > 0; --number)
+        format.remove_prefix(format.find('%') + 2); // "%s" and "%d" only
+    return format.substr(0, format.find('%'));
+}
+
 /// How the lines with values begin that come before a record's last line; either may be missing.
-constexpr std::string_view kSourceReport = "src value:";
-constexpr std::string_view kCipherReport = "lpOutPassword=";
+constexpr std::string_view kSourceLine = LiteralOf(kSourceReport, 0);
+constexpr std::string_view kCipherLine = LiteralOf(kCipherReport, 0);
+
+/// @param prefix  what the platform puts before a text of the log or trace
+/// @param format  a report with at most one "%s"
+/// @return what "%s" is in the line, empty for a report without one; none if the line is another report
+std::optional<std::string> MatchReport(std::string_view line, std::string_view prefix, std::string_view format);
 
 std::vector<std::string> SplitLines(const std::string& text);
 

@@ -6,40 +6,18 @@
 #include <algorithm>
 #include <pugixml.hpp>
 
-#include "devicePaths.h"
+#include "allV4XToV50.h"
 #include "iniText.h"
 #include "integerText.h"
-#include "transPasswordFile.h"
+#include "phoneFacts.h"
 #include "xmlGuard.h"
 
 namespace
 {
 
-/// An XML file that a pass reads, and the root without which it does nothing, silently.
-struct ExpectedRoot {
-    const char* path;
-    const char* root;
-    bool isOfMode2; ///< else of modes "all" and "dev"
-};
-
-constexpr ExpectedRoot kExpectedRoots[] = {
-    {"/config/data/contactData.xml", "contactData", false}, {"/config/data/dialplan.xml", "DialRule", false},
-    {"/config/data/dialnow.xml", "DialNow", false},         {"/config/data/dsskey.xml", "DssKey", false},
-    {"/config/data/doorphonedata.xml", "DoorPhone", false}, {"/config/data/remotebook.xml", "RemotePhoneBook", false},
-    {"/config/data/linekey.xml", "dsskey", true},           {"/config/data/programkey.xml", "programkey", true},
-    {"/config/data/expkey0.xml", "dsskey", true},           {"/config/data/expkey1.xml", "dsskey", true},
-    {"/config/data/expkey2.xml", "dsskey", true},           {"/config/data/expkey3.xml", "dsskey", true},
-    {"/config/data/expkey4.xml", "dsskey", true},           {"/config/data/expkey5.xml", "dsskey", true},
-};
-
-constexpr int kMostGroups = 50;
-constexpr int kMostContacts = 1001;
-constexpr int kMostKeys = 18;
-constexpr int kLongestMinutes = 59;
-
 bool IsTranslationEnabled(const Snapshot& phone)
 {
-    const auto value = FindIniValue(ContentOf(phone, "/config/version.ini"), "SyncConfig", "bEnableFromOld");
+    const auto value = FindIniValue(ContentOf(phone, kVersionIni), kSyncSection, kEnableKey);
     return !value || ParseInt32(std::string(*value).c_str()) != 0;
 }
 
@@ -51,50 +29,61 @@ bool Load(pugi::xml_document& document, const std::string& content)
 
 void AddGroupAndContactLimits(const pugi::xml_node& root, const std::string& path, WarningList& list)
 {
-    int groups = 0;
-    int contacts = 0;
+    std::size_t groups = 0;
+    std::size_t contacts = 0;
     for (const pugi::xml_node& group : root.children("group")) {
         const std::string name = group.attribute("sGroupName").value();
-        groups += name.empty() || name == "Anonymous" || name == "Black List" ? 0 : 1;
+        groups += name.empty() || name == "Anonymous" || name == "Black List" ? 0u : 1u;
         for (const pugi::xml_node& contact : group.children("contact"))
-            contacts += *contact.attribute("sLocalRename").value() == '\0' ? 0 : 1;
+            contacts += *contact.attribute("sLocalRename").value() == '\0' ? 0u : 1u;
     }
-    if (groups > kMostGroups)
+    if (groups > kMostContactGroups)
         list.Add(WarningRule::LimitReached, path,
-                 "50 groups of " + std::to_string(groups) + " are kept, with their contacts");
+                 std::to_string(kMostContactGroups) + " groups of " + std::to_string(groups) +
+                     " are kept, with their contacts");
     if (contacts > kMostContacts)
-        list.Add(WarningRule::LimitReached, path, "1001 contacts of " + std::to_string(contacts) + " are kept");
+        list.Add(WarningRule::LimitReached, path,
+                 std::to_string(kMostContacts) + " contacts of " + std::to_string(contacts) + " are kept");
 }
 
 void AddKeyLimit(const pugi::xml_node& root, const std::string& path, WarningList& list)
 {
     const auto keys = root.children("Item");
     const auto count = std::distance(keys.begin(), keys.end());
-    if (count > kMostKeys)
-        list.Add(WarningRule::LimitReached, path, "18 keys of " + std::to_string(count) + " are kept");
+    if (count > kMostDSSKeys)
+        list.Add(WarningRule::LimitReached, path,
+                 std::to_string(kMostDSSKeys) + " keys of " + std::to_string(count) + " are kept");
+}
+
+void AddRootWarning(const RunFacts& facts, const XmlFile& file, WarningList& list)
+{
+    if (!IsFile(facts.before, file.path))
+        return;
+    pugi::xml_document document;
+    if (!Load(document, ContentOf(facts.before, file.path))) {
+        if (!list.Has(WarningRule::FileNotLoaded, file.path)) // most passes report it themselves
+            list.Add(WarningRule::FileNotLoaded, file.path, "nothing is done with it");
+        return;
+    }
+    const pugi::xml_node root = document.child(file.root);
+    if (root.empty())
+        list.Add(WarningRule::PassStopped, file.path,
+                 std::string("it has no root element \"") + file.root + "\", nothing is done with it");
+    if (file.root == std::string_view(kOldContacts.root))
+        AddGroupAndContactLimits(root, file.path, list);
+    if (file.root == std::string_view(kOldDSSKeys.root))
+        AddKeyLimit(root, file.path, list);
 }
 
 void AddRootWarnings(const RunFacts& facts, WarningList& list)
 {
-    const bool isTranslated = HasMode(facts, {"all", "dev"}) && IsTranslationEnabled(facts.before);
-    const bool isMigrated = HasMode(facts, {"2"}) && facts.after.count("/tmp/VersionInfo.cfg") != 0;
-    for (const ExpectedRoot& expected : kExpectedRoots) {
-        if (!(expected.isOfMode2 ? isMigrated : isTranslated) || !IsFile(facts.before, expected.path))
-            continue;
-        pugi::xml_document document;
-        if (!Load(document, ContentOf(facts.before, expected.path))) {
-            if (!list.Has(WarningRule::FileNotLoaded, expected.path)) // most passes report it themselves
-                list.Add(WarningRule::FileNotLoaded, expected.path, "nothing is done with it");
-            continue;
-        }
-        const pugi::xml_node root = document.child(expected.root);
-        if (root.empty())
-            list.Add(WarningRule::PassStopped, expected.path,
-                     std::string("it has no root element \"") + expected.root + "\", nothing is done with it");
-        if (std::string(expected.root) == "contactData")
-            AddGroupAndContactLimits(root, expected.path, list);
-        if (std::string(expected.root) == "DssKey")
-            AddKeyLimit(root, expected.path, list);
+    if (HasMode(facts, {"all", "dev"}) && IsTranslationEnabled(facts.before)) {
+        for (const XmlTranslation& translation : kXmlTranslations)
+            AddRootWarning(facts, translation.source, list);
+    }
+    if (HasMode(facts, {"2"}) && facts.after.count(kHandOverFile) != 0) {
+        for (const XmlFile& layout : kKeyLayouts)
+            AddRootWarning(facts, layout, list);
     }
 }
 
@@ -102,10 +91,10 @@ void AddBacklightWarning(const RunFacts& facts, WarningList& list)
 {
     if (!HasMode(facts, {"2"}))
         return;
-    const int before = ParseInt32(ReadValue(facts.before, kUserIni, "Backlight", "nBacklightTime").c_str());
-    const int after = ParseInt32(ReadValue(facts.after, kUserIni, "Backlight", "nBacklightTime").c_str());
-    if (before > kLongestMinutes && before != after)
-        list.Add(WarningRule::SecondsAlready, std::string(kUserIni) + " [Backlight] nBacklightTime",
+    const int before = ParseInt32(ReadValue(facts.before, kUserIni, kBacklightSection, kBacklightKey).c_str());
+    const int after = ParseInt32(ReadValue(facts.after, kUserIni, kBacklightSection, kBacklightKey).c_str());
+    if (before > kLongestBacklightMinutes && before != after)
+        list.Add(WarningRule::SecondsAlready, std::string(kUserIni) + " [" + kBacklightSection + "] " + kBacklightKey,
                  std::to_string(before) + " becomes " + std::to_string(after));
 }
 
@@ -133,7 +122,7 @@ void AddEntryWarning(const RunFacts& facts, const Snapshot& phone, const std::st
 bool IsEnciphering(const RunFacts& facts)
 {
     return std::any_of(facts.reports.begin(), facts.reports.end(), [](const RunReports& reports) {
-        return reports.errors.find("etlTrace 2: Encrypt:(") != std::string::npos;
+        return reports.errors.find("etlTrace 2: " + std::string(LiteralOf(kEncipheredReport, 0))) != std::string::npos;
     });
 }
 

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "fileWarnings.h"
+#include "phoneFacts.h"
 #include "reportWarnings.h"
 #include "secretWarnings.h"
 #include "warningList.h"
@@ -17,7 +18,7 @@ namespace
 /// Account 16 makes way for the direct-IP account as a whole.
 bool IsReplacedAccount(const FileChange& file)
 {
-    return file.path == "/config/user/voip/sipAccount16.cfg" && file.kind == ChangeKind::Changed &&
+    return file.path == AccountFilePath(kLastAccount) && file.kind == ChangeKind::Changed &&
            std::any_of(file.passes.begin(), file.passes.end(),
                        [](const std::string& pass) { return pass.find("direct-IP account") != std::string::npos; });
 }
@@ -35,7 +36,7 @@ void AddValueWarnings(const RunFacts& facts, WarningList& list)
 void AddAccountWarnings(const RunFacts& facts, WarningList& list)
 {
     for (const FileChange& file : facts.changes) {
-        if (file.kind == ChangeKind::Removed && file.path.rfind("/config/user/voip/sipAccount", 0) == 0)
+        if (file.kind == ChangeKind::Removed && file.path.starts_with(kAccountFilePrefix))
             list.Add(WarningRule::AccountRemoved, file.path,
                      file.sameAs.empty() ? "no file has its settings"
                                          : "its settings are now " + facts.secrets.HideInName(file.sameAs));

@@ -5,65 +5,59 @@
 
 #include <algorithm>
 
+#include "configMapper.h"
+#include "phoneFacts.h"
+
 namespace
 {
 
-/// A report that is the same whenever it comes.
-struct FixedReport {
-    const char* line;
+/// A report and what it means. One with "%s" names the file; another one is about the file of the row.
+struct MeaningOfReport {
+    std::string_view prefix;
+    std::string_view format;
     WarningRule rule;
-    const char* place;
-    const char* text;
+    std::string_view place;
+    std::string_view text;
 };
 
-// The odd spellings are the device's own.
-constexpr FixedReport kFixedReports[] = {
-    {"The file [/phone/resource/kestrune.xml] not exist !", WarningRule::PassStopped, "/phone/resource/kestrune.xml",
-     "translation table: there is none"},
-    {"app_log 60/4: No config translate record!", WarningRule::PassStopped, "/phone/resource/kestrune.xml",
+constexpr std::string_view kLog = "app_log 60/4: ";
+constexpr std::string_view kTrace2 = "etlTrace 2: ";
+constexpr std::string_view kTrace3 = "etlTrace 3: ";
+
+constexpr MeaningOfReport kMeanings[] = {
+    {"", kNoTableReport, WarningRule::PassStopped, kTableFile, "translation table: there is none"},
+    {kLog, kNoRecordReport, WarningRule::PassStopped, kTableFile,
      "translation table: it does not load or has no record"},
-    {"app_log 60/4: Can's load user's inifile!", WarningRule::PassStopped, "/config/user/user.ini",
+    {"", kNoSourceReport, WarningRule::FileNotLoaded, "",
+     "translation table: a source does not load, its values are empty"},
+    {kLog, kNoUserIniReport, WarningRule::PassStopped, kUserIni,
      "passwords: the file does not load, nothing is converted"},
-    {"app_log 60/4: Can's load factory user's inifile!", WarningRule::PassStopped, "/phone/factory/user/user.ini",
+    {kLog, kNoFactoryIniReport, WarningRule::PassStopped, kFactoryUserIni,
      "passwords: the file does not load, nothing is converted"},
-    {"etlTrace 3: Fail to get encrypt config !!", WarningRule::PassStopped, "/phone/resource/encryptconfig.xml",
+    {kTrace3, kNoEntryListReport, WarningRule::PassStopped, kEntryListFile,
      "passwords: the list does not load, nothing is converted"},
-    {"etlTrace 2: Contact list is empty !!", WarningRule::PassStopped, "/config/data/contactData.xml",
+    {kTrace3, kNoEntryFileReport, WarningRule::FileNotLoaded, "", "passwords: its entries are not converted"},
+    {kTrace2, kEmptyContactListReport, WarningRule::PassStopped, kOldContacts.path,
      "contacts: no contact has a name, no list is written"},
-    {"etlTrace 2: Fail to load remote phonebook !!", WarningRule::FileNotLoaded, "/config/data/remotebook.xml",
+    {kTrace2, kNoRemoteBooksReport, WarningRule::FileNotLoaded, kOldRemoteBooks.path,
      "remote phone books: not translated"},
-};
-
-/// A report that ends in the path of a file in brackets.
-struct PathReport {
-    const char* beginning;
-    const char* end;
-    const char* text;
-};
-
-constexpr PathReport kPathReports[] = {
-    {"Can's load user's inifile [", "]!", "translation table: a source does not load, its values are empty"},
-    {"etlTrace 3: Fail to load file [", "] !!", "passwords: its entries are not converted"},
-    {"etlTrace 2: The file [", "] can't be loaded !", "not translated"},
-    {"etlTrace 2: Can't load the DoorPhone file [", "]!", "door phones: not translated"},
-    {"etlTrace 2: Can't load the dsskey file [", "]!", "DSS keys: not translated"},
+    {kTrace2, kNoDialFileReport, WarningRule::FileNotLoaded, "", "not translated"},
+    {kTrace2, kNoDoorPhonesReport, WarningRule::FileNotLoaded, "", "door phones: not translated"},
+    {kTrace2, kNoDSSKeysReport, WarningRule::FileNotLoaded, "", "DSS keys: not translated"},
 };
 
 void AddLine(const std::string& line, WarningList& list)
 {
-    for (const FixedReport& report : kFixedReports) {
-        if (line == report.line)
-            list.Add(report.rule, report.place, report.text);
+    for (const MeaningOfReport& meaning : kMeanings) {
+        const std::optional<std::string> file = MatchReport(line, meaning.prefix, meaning.format);
+        if (file)
+            list.Add(meaning.rule, meaning.place.empty() ? *file : std::string(meaning.place),
+                     std::string(meaning.text));
     }
-    for (const PathReport& report : kPathReports) {
-        const std::string beginning = report.beginning;
-        const std::string end = report.end;
-        if (line.starts_with(beginning) && line.ends_with(end) && line.size() > beginning.size() + end.size())
-            list.Add(WarningRule::FileNotLoaded,
-                     line.substr(beginning.size(), line.size() - beginning.size() - end.size()), report.text);
-    }
-    if (line.starts_with("etlTrace 2: Fail to load file [") && line.ends_with("]. Error Desc []"))
-        list.Add(WarningRule::FileNotLoaded, "/config/data/contactData.xml", "contacts: not translated");
+    // The description of the fault is where the path should be, and that of the description is empty.
+    if (line.starts_with(std::string(kTrace2) + std::string(LiteralOf(kNoContactsReport, 0))) &&
+        line.ends_with(std::string(LiteralOf(kNoContactsReport, 1)) + "]"))
+        list.Add(WarningRule::FileNotLoaded, kOldContacts.path, "contacts: not translated");
 }
 
 std::string PlaceOf(const TableRecord& record)

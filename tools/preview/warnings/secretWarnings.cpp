@@ -6,8 +6,7 @@
 #include <set>
 #include <tuple>
 
-#include "devicePaths.h"
-#include "transPasswordFile.h"
+#include "phoneFacts.h"
 
 namespace
 {
