@@ -3,24 +3,36 @@
 
 #include "secretPlaces.h"
 
-SecretPlaces::SecretPlaces(const PhoneLists& lists) : records_(lists.records)
+SecretPlaces::SecretPlaces(const PhoneLists& lists)
 {
+    std::set<Place> seeds;
     for (const ListedEntry& entry : lists.entries)
-        places_.emplace(entry.section, entry.key);
-    for (const TableRecord& record : records_) {
-        if (record.hasFlag) {
-            places_.emplace(record.sourceSection, record.sourceKey);
-            places_.emplace(record.section, record.key);
-        }
+        seeds.emplace(entry.section, entry.key);
+    for (const TableRecord& record : lists.records) {
+        const Place source = {record.sourceSection, record.sourceKey};
+        const Place destination = {record.section, record.key};
+        copies_.emplace(source, destination);
+        copies_.emplace(destination, source);
+        if (record.hasFlag || IsSecret(record))
+            seeds.insert({source, destination});
     }
-    Follow();
+    (void)Add(seeds);
 }
 
+/// A record whose source is the destination of another copies the secret on.
 bool SecretPlaces::Add(const std::set<Place>& places)
 {
     const std::size_t count = places_.size();
-    places_.insert(places.begin(), places.end());
-    Follow();
+    std::vector<Place> added(places.begin(), places.end());
+    while (!added.empty()) {
+        const Place place = std::move(added.back());
+        added.pop_back();
+        if (!places_.insert(place).second)
+            continue;
+        const auto [begin, end] = copies_.equal_range(place);
+        for (auto copy = begin; copy != end; ++copy)
+            added.push_back(copy->second);
+    }
     return places_.size() != count;
 }
 
@@ -37,19 +49,4 @@ bool SecretPlaces::IsSecret(const TableRecord& record) const
 bool SecretPlaces::IsSecretPlace(const Place& place) const
 {
     return places_.count(place) != 0 || WhatNameSays(place.second) == NameSays::Secret;
-}
-
-/// A record whose source is the destination of another copies the secret on.
-void SecretPlaces::Follow()
-{
-    std::size_t count = 0;
-    do {
-        count = places_.size();
-        for (const TableRecord& record : records_) {
-            if (!IsSecret(record))
-                continue;
-            places_.emplace(record.sourceSection, record.sourceKey);
-            places_.emplace(record.section, record.key);
-        }
-    } while (count != places_.size());
 }

@@ -3,12 +3,11 @@
 
 #pragma once
 
-#include <functional>
+#include <map>
 #include <set>
 #include <string>
 #include <string_view>
 #include <utility>
-#include <vector>
 
 #include "items/items.h"
 #include "steps/phoneLists.h"
@@ -35,8 +34,7 @@ public:
 
 private:
     bool IsSecretPlace(const Place& place) const;
-    void Follow();
 
-    std::vector<TableRecord> records_;
+    std::multimap<Place, Place> copies_; ///< between the two places of each record, in both directions
     std::set<Place> places_;
 };

@@ -19,7 +19,7 @@ public:
     /// A secret of less size is found only as a whole word.
     static constexpr std::size_t kShortestInWords = 6;
 
-    /// Values of fewer than four bytes are not added: a text that lost every "1" would be unreadable, and tell more.
+    /// Values of fewer than four bytes are not added: a text that lost every "1" would be unreadable, and show more.
     void Add(const std::string& value);
 
     /// Replaces every secret by a mask; secrets that overlap by one mask.

@@ -65,11 +65,6 @@ std::string SecretValues::CoreOf(const std::string& value) const
     return found == values_.end() || found->second.empty() ? value : found->second.back();
 }
 
-bool SecretValues::AreOneSecret(const std::string& one, const std::string& other) const
-{
-    return CoreOf(one) == CoreOf(other);
-}
-
 std::string SecretValues::Relation(const std::optional<std::string>& before,
                                    const std::optional<std::string>& after) const
 {
@@ -83,7 +78,7 @@ std::string SecretValues::Relation(const std::optional<std::string>& before,
         return "emptied";
     if (before->empty())
         return "set, " + form;
-    if (!AreOneSecret(*before, *after) || LayersOf(*before) == layers)
+    if (CoreOf(*before) != CoreOf(*after) || LayersOf(*before) == layers)
         return "changed, " + form;
     if (layers > 1)
         return "enciphered twice";

@@ -28,14 +28,12 @@ public:
     /// @return how many times the value is enciphered
     int LayersOf(const std::string& value) const;
 
-    /// @return whether the two are the same secret, whatever their forms
-    bool AreOneSecret(const std::string& one, const std::string& other) const;
+    /// @return what the value deciphers to in the end; itself when it is plain
+    std::string CoreOf(const std::string& value) const;
 
     /// What became of a secret, without the secret: "same, now enciphered", "changed" and the like.
     std::string Relation(const std::optional<std::string>& before, const std::optional<std::string>& after) const;
 
 private:
-    std::string CoreOf(const std::string& value) const;
-
     std::map<std::string, std::vector<std::string>> values_;
 };

@@ -22,7 +22,7 @@ struct ShownChange {
     std::optional<std::string> before;
     std::optional<std::string> after;
     std::vector<std::pair<std::string, std::string>> attributes; ///< of a whole record
-    std::string secret;                                          ///< what became of a secret; empty for what is none
+    std::string secret;                                          ///< what became of a secret; empty for any other value
     std::vector<std::string> passes;
 };
 
@@ -32,7 +32,7 @@ struct ShownFile {
     std::string format; ///< "ini", "xml", "text", "binary" or "other"
     std::string note;   ///< what else there is to say; may be empty
     std::vector<ShownChange> changes;
-    std::vector<std::string> diff; ///< of a file that was not taken apart
+    std::vector<std::string> diff; ///< of a file that is shown line by line
     std::vector<std::string> passes;
 };
 
@@ -67,7 +67,7 @@ struct Preview {
     std::vector<std::string> passes; ///< all that ran, in their order
     std::vector<ShownFile> files;
     std::vector<ShownWarning> warnings;
-    std::vector<ShownFile> secondRun; ///< what the same modes once more would still change
+    std::vector<ShownFile> secondRun; ///< what a second run of the same modes would still change
     std::vector<ShownReports> reports;
 };
 

@@ -21,16 +21,18 @@ std::string HeadOf(const TableRecord& record)
     return head;
 }
 
-/// The value read, which ends with its line or before the report of the cipher.
-std::optional<std::string> SourceIn(const std::string& output, std::size_t begin, std::size_t end)
+/// The value that was read, which ends with its line or before the report of the cipher.
+///
+/// @param reports  those before a record's last line
+std::optional<std::string> SourceIn(std::string_view reports)
 {
-    const std::size_t line = FindLine(output, kSourceLine, begin);
-    if (line >= end)
+    const std::size_t line = FindLine(reports, kSourceLine, 0);
+    if (line == std::string_view::npos)
         return std::nullopt;
-    const std::size_t valueBegin = line + kSourceLine.size();
-    const std::size_t cipherLine = FindLine(output, kCipherLine, valueBegin);
-    const std::size_t valueEnd = cipherLine < end ? cipherLine - 1 : output.find('\n', valueBegin);
-    return output.substr(valueBegin, valueEnd - valueBegin);
+    const std::size_t begin = line + kSourceLine.size();
+    const std::size_t cipherLine = FindLine(reports, kCipherLine, begin);
+    const std::size_t end = cipherLine == std::string_view::npos ? reports.find('\n', begin) : cipherLine - 1;
+    return std::string(reports.substr(begin, end - begin));
 }
 
 } // namespace
@@ -60,10 +62,10 @@ std::optional<std::string> MatchReport(std::string_view line, std::string_view p
     return std::string(line.substr(beginning.size(), line.size() - beginning.size() - end.size()));
 }
 
-std::size_t FindLine(const std::string& text, std::string_view words, std::size_t at)
+std::size_t FindLine(std::string_view text, std::string_view words, std::size_t at)
 {
     std::size_t found = text.find(words, at);
-    while (found != std::string::npos && found > 0 && text[found - 1] != '\n')
+    while (found != std::string_view::npos && found > 0 && text[found - 1] != '\n')
         found = text.find(words, found + 1);
     return found;
 }
@@ -80,7 +82,7 @@ std::vector<RecordReport> ReadRecordReports(const std::string& output, const std
         RecordReport report;
         report.record = &record;
         report.number = reports.size() + 1;
-        report.source = SourceIn(output, begin, line);
+        report.source = SourceIn(std::string_view(output).substr(begin, line - begin));
         report.begin = begin;
         report.lastLine = line;
         report.valueBegin = line + head.size();

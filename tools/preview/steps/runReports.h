@@ -54,7 +54,7 @@ std::optional<std::string> MatchReport(std::string_view line, std::string_view p
 std::vector<std::string> SplitLines(const std::string& text);
 
 /// @return where a line begins with these words, at the position or after it; npos for none
-std::size_t FindLine(const std::string& text, std::string_view words, std::size_t at);
+std::size_t FindLine(std::string_view text, std::string_view words, std::size_t at);
 
 /// Finds each record's last line by the record's own names: they and the values may hold anything, line ends too.
 ///

@@ -3,8 +3,11 @@
 
 #include "secretWarnings.h"
 
+#include <map>
 #include <set>
+#include <string>
 #include <tuple>
+#include <vector>
 
 #include "phoneFacts.h"
 
@@ -12,16 +15,6 @@ namespace
 {
 
 using Place = std::tuple<std::string, std::string, std::string>; ///< file, section and key
-
-Place SourceOf(const TableRecord& record)
-{
-    return {record.sourceFile, record.sourceSection, record.sourceKey};
-}
-
-Place DestinationOf(const TableRecord& record)
-{
-    return {record.file, record.section, record.key};
-}
 
 /// The entries that the password pass converts.
 std::set<Place> ActiveEntries(const PhoneLists& lists)
@@ -36,80 +29,88 @@ std::set<Place> ActiveEntries(const PhoneLists& lists)
     return places;
 }
 
+/// Where the table's records copy values, whatever the number of records.
+class Copies
+{
+public:
+    explicit Copies(const std::vector<TableRecord>& records)
+    {
+        for (const TableRecord& record : records)
+            destinations_.emplace(Place(record.sourceFile, record.sourceSection, record.sourceKey),
+                                  Place(record.file, record.section, record.key));
+    }
+
+    /// @return the places, and those that get a copy from one of them
+    std::set<Place> ReachedFrom(const std::set<Place>& places) const
+    {
+        std::set<Place> reached;
+        std::vector<Place> added(places.begin(), places.end());
+        while (!added.empty()) {
+            const Place place = std::move(added.back());
+            added.pop_back();
+            if (!reached.insert(place).second)
+                continue;
+            const auto [begin, end] = destinations_.equal_range(place);
+            for (auto destination = begin; destination != end; ++destination)
+                added.push_back(destination->second);
+        }
+        return reached;
+    }
+
+private:
+    std::multimap<Place, Place> destinations_; ///< by source
+};
+
 /// Finds secrets that a run writes plain.
 class PlainSecrets
 {
 public:
-    explicit PlainSecrets(const RunFacts& facts) : facts_(facts), entries_(ActiveEntries(facts.lists)), kept_(entries_)
+    explicit PlainSecrets(const RunFacts& facts) : facts_(facts), entries_(ActiveEntries(facts.lists))
     {
+        std::set<Place> kept = entries_;
+        std::set<Place> enciphered;
         for (const TableRecord& record : facts.lists.records) {
             if (record.isFlagged)
-                kept_.insert(DestinationOf(record));
+                kept.emplace(record.file, record.section, record.key);
+            const std::string value =
+                ReadValue(facts.before, record.sourceFile, record.sourceSection, record.sourceKey);
+            if (facts.secrets.Values().LayersOf(value) == 0)
+                continue;
+            enciphered.emplace(record.sourceFile, record.sourceSection, record.sourceKey);
+            decipheredTexts_.insert(facts.secrets.Values().CoreOf(value));
         }
-        const bool isFactoryLocked = IsLocked(facts.after, kFactoryUserIni);
-        isFactoryPlain_ = !isFactoryLocked;
-        wantsEnciphered_ = HasMode(facts, {"all", "pwd"}) ? isFactoryLocked : IsLocked(facts.after, kUserIni);
+        const Copies copies(facts.lists.records);
+        kept_ = copies.ReachedFrom(kept);
+        enciphered_ = copies.ReachedFrom(enciphered);
+        isFactoryLocked_ = IsLocked(facts.after, kFactoryUserIni);
+        wantsEnciphered_ = HasMode(facts, {"all", "pwd"}) ? isFactoryLocked_ : IsLocked(facts.after, kUserIni);
     }
 
     /// @return what is wrong with the new value; empty when nothing is
     std::string ProblemOf(const FileChange& file, const ItemChange& item) const
     {
-        const std::string value = item.after.value_or("");
+        const SecretValues& values = facts_.secrets.Values();
+        const std::string before = item.before.value_or("");
+        const std::string after = item.after.value_or("");
         const Place place = {file.path, *item.place.group, item.place.name};
-        if (value.empty() || !facts_.secrets.IsSecret(item.place) || facts_.secrets.Values().LayersOf(value) != 0 ||
-            (isFactoryPlain_ && entries_.count(place) != 0))
+        const bool isWantedPlain = !isFactoryLocked_ && entries_.count(place) != 0;
+        if (after.empty() || values.LayersOf(after) != 0 || !facts_.secrets.IsSecret(item.place) || isWantedPlain)
             return std::string();
-        const std::set<Place> sources = SourcesOf(place);
-        if (WasEnciphered(item.before.value_or(""), value) || AnyWasEnciphered(sources, value))
+        const bool isCopy = enciphered_.count(place) != 0 && decipheredTexts_.count(after) != 0;
+        if (isCopy || (values.LayersOf(before) != 0 && values.CoreOf(before) == after))
             return "it was enciphered before the run";
-        if (wantsEnciphered_ && !CannotBeEnciphered(value) && HoldsAny(kept_, sources))
+        if (wantsEnciphered_ && !CannotBeEnciphered(after) && kept_.count(place) != 0)
             return "the phone keeps it enciphered elsewhere";
         return std::string();
     }
 
 private:
-    /// The place, and those that records copy to it, whatever the number of copies.
-    std::set<Place> SourcesOf(const Place& place) const
-    {
-        std::set<Place> places = {place};
-        std::size_t count = 0;
-        do {
-            count = places.size();
-            for (const TableRecord& record : facts_.lists.records) {
-                if (places.count(DestinationOf(record)) != 0)
-                    places.insert(SourceOf(record));
-            }
-        } while (count != places.size());
-        return places;
-    }
-
-    bool WasEnciphered(const std::string& before, const std::string& after) const
-    {
-        return facts_.secrets.Values().LayersOf(before) != 0 && facts_.secrets.Values().AreOneSecret(before, after);
-    }
-
-    bool AnyWasEnciphered(const std::set<Place>& places, const std::string& value) const
-    {
-        for (const auto& [file, section, key] : places) {
-            if (WasEnciphered(ReadValue(facts_.before, file, section, key), value))
-                return true;
-        }
-        return false;
-    }
-
-    static bool HoldsAny(const std::set<Place>& places, const std::set<Place>& wanted)
-    {
-        for (const Place& place : wanted) {
-            if (places.count(place) != 0)
-                return true;
-        }
-        return false;
-    }
-
     const RunFacts& facts_;
     std::set<Place> entries_;
-    std::set<Place> kept_; ///< places whose values the phone enciphers
-    bool isFactoryPlain_ = false;
+    std::set<Place> kept_;                  ///< the phone enciphers the values, or they are copies of such
+    std::set<Place> enciphered_;            ///< the values were enciphered before the run, or they are copies of such
+    std::set<std::string> decipheredTexts_; ///< what those decipher to
+    bool isFactoryLocked_ = false;
     bool wantsEnciphered_ = false;
 };
 

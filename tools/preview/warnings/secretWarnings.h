@@ -9,7 +9,7 @@
 /// Adds what happened to the form of secrets: values that are enciphered twice, and secrets that are written plain.
 ///
 /// A changed or new value is a secret written plain when its place is secret, it is plain and not empty, and either
-/// - it was enciphered before the run, at that place or at another one, or
+/// - it was enciphered before the run, at that place or at one that table records copy to it, or
 /// - the phone wants secrets enciphered, and table records copy it there from a listed place or from the destination of a
 ///   record whose encrypt flag is true.
 ///
