@@ -131,12 +131,22 @@ class Approved(previewTool.PreviewTest):
         image, = self.images(image="[A]\na=1\n")
         approved = self.approve(image, "all")
         approved["previews"][0]["files"][0]["path"] = "/config/\x1b[2J\u202e\x9b"
-        approved["previews"][0]["files"][0]["note"] = "\\x1b\u202e" + "\u00e4" * 300
         (self.folder / "approved.json").write_text(json.dumps(approved))
         result = self.compare(image, "all")
         for character in "\x1b\u202e\x9b\ufffd":
             self.assertNotIn(character, result.stderr)
         self.assertIn("/0/files//config/\\x1b[2J\\u202e\\x9b: approved {", result.stderr)
+
+    def test_a_difference_shows_values_as_the_json_does_and_cuts_long_ones(self):
+        image, = self.images(image="[A]\na=1\n")
+        approved = self.approve(image, "all")
+        rows = [("\\x1b", '"\\\\x1b"'), ("\u00e4" * 300, '"' + "\u00e4" * 99 + "..."),
+                ("a" + "\u00e4" * 300, '"a' + "\u00e4" * 99 + "..."), ("a" * 198, '"' + "a" * 198 + '"')]
+        for value, words in rows:
+            with self.subTest(value):
+                approved["previews"][0]["files"][0]["changes"][0]["after"] = value
+                (self.folder / "approved.json").write_text(json.dumps(approved))
+                self.assertIn(f'/after: approved {words}, now "180"\n', self.compare(image, "all").stderr)
 
 
 if __name__ == "__main__":

@@ -15,12 +15,10 @@ echo probed
 """
 
 WRITER = """#!/bin/sh
-for place in / /usr /usr/bin /usr/lib /etc /root /home /var /run /sys /mnt {folder}; do
-    (echo written >"$place/written-by-the-probe") 2>/dev/null && echo "$place" >>/config/written
+for place in / /usr /usr/bin /usr/lib /etc /root /home /var /run /sys /mnt {folder} /kestrune; do
+    [ -w "$place" ] && echo "$place" >>/config/writable  # a look only: with a fault, this machine must not suffer
 done
-(echo written >>/kestrune) 2>/dev/null && echo /kestrune >>/config/written
-mount -o remount,rw,bind /usr 2>/dev/null && echo remounted >>/config/written
-mount -t tmpfs none /usr 2>/dev/null && echo mounted >>/config/written
+mount -o remount,rw,bind /usr 2>/dev/null && echo remounted >>/config/writable
 for tree in config phone tmp; do
     echo written >/$tree/probe
 done
@@ -57,10 +55,8 @@ class Isolation(previewTool.PreviewTest):
         self.show("--program", writer, "--save-phone", self.folder / "after", self.phone({}), "all")
         for tree in ("config", "phone", "tmp"):
             self.assertTrue((self.folder / "after" / tree / "probe").exists(), tree)
-        written = self.folder / "after/config/written"
-        self.assertEqual(written.read_text() if written.exists() else "", "")
-        self.assertFalse((self.folder / "written-by-the-probe").exists())
-        self.assertNotIn("written\n", writer.read_text()[-8:])
+        writable = self.folder / "after/config/writable"
+        self.assertEqual(writable.read_text() if writable.exists() else "", "")
 
 
 if __name__ == "__main__":

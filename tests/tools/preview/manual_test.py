@@ -38,11 +38,11 @@ class Manual(unittest.TestCase):
         result = subprocess.run(["mandoc", "-T", "lint", MANUAL], capture_output=True, text=True, check=False)
         self.assertEqual((result.returncode, result.stdout), (0, ""))
 
-    def test_it_tells_of_every_option(self):
-        told = {f"-{option}" for option in re.findall(r"^\.(?:Op|It) Fl (-[a-z-]+)", MANUAL.read_text(), re.MULTILINE)}
-        self.assertEqual(told | {"--help"}, options_of_the_program())
+    def test_it_describes_every_option(self):
+        described = {f"-{option}" for option in re.findall(r"^\.(?:Op|It) Fl (-[a-z-]+)", MANUAL.read_text(), re.MULTILINE)}
+        self.assertEqual(described | {"--help"}, options_of_the_program())
 
-    def test_it_tells_of_every_rule(self):
+    def test_it_describes_every_rule(self):
         self.assertEqual(set(re.findall(r"^\.It (KP\d+)$", MANUAL.read_text(), re.MULTILINE)), rules_of_the_program())
         self.assertEqual(set(re.findall(r"^\| (KP\d+) ", PAGE.read_text(), re.MULTILINE)), rules_of_the_program())
 

@@ -9,6 +9,7 @@ import os
 import resource
 import stat
 import subprocess
+import time
 
 import jsonschema
 
@@ -104,6 +105,25 @@ class Outputs(previewTool.PreviewTest):
                 self.assertRegex(result.stderr, "^kestrune-preview: cannot write .*: File too large\n$")
                 self.assertEqual([path.read_text() for path in paths.values()], ["old", "old"])
                 self.assertEqual(self.names(), ["html", "json"])
+
+    def test_a_page_that_cannot_be_written_leaves_the_old_json(self):
+        program = self.folder / "program"
+        program.write_text("#!/bin/sh\ntouch /config/runs\nsleep 1\n")
+        program.chmod(0o755)
+        old, folder, scratch = self.out / "old.json", self.out / "pages", self.folder / "scratch"
+        old.write_text("old")
+        folder.mkdir()
+        scratch.mkdir()
+        with subprocess.Popen([previewTool.PREVIEW, "--program", program, "--json", old, "--html", folder / "page", self.image,
+                               "all"], env={**os.environ, "TMPDIR": str(scratch)}, stdout=subprocess.DEVNULL,
+                              stderr=subprocess.DEVNULL) as process:
+            while not list(scratch.glob("*/phone/config/runs")):
+                self.assertIsNone(process.poll())
+                time.sleep(0.01)
+            folder.rmdir()
+            self.assertEqual(process.wait(timeout=60), previewTool.ERROR)
+        self.assertEqual(old.read_text(), "old")
+        self.assertEqual(self.names(), ["old.json"])
 
     def test_what_is_no_regular_file_is_refused(self):
         os.mkfifo(self.out / "pipe")

@@ -92,6 +92,12 @@ class PageDrawn(previewTool.PreviewTest):
                 self.assertGreater(max(measured["bars"]), width / 6)
                 self.assertGreater(min(measured["bars"]), 0)
 
+    def test_names_of_images_stay_on_one_line(self):
+        images = self.images(**{"desk phone of the north wing, second floor": "", "other": ""})
+        previewTool.run("--html", self.folder / "all.html", *images, "all")
+        measured = self.measure((self.folder / "all.html").read_text(), 390)
+        self.assertEqual(set(measured["firstColumn"]), {1})
+
     def test_on_paper(self):
         self.show(self.phone({}, base="example"), "all")
         self.draw(f"--print-to-pdf={self.folder}/paper.pdf")

@@ -2,7 +2,7 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""The page stands alone, and holds what the text does."""
+"""The page refers to nothing outside of it, and contains what the text does."""
 
 import html.parser
 import re

@@ -35,7 +35,7 @@ SCRATCH = "kestrune-preview-scratch."  # how the names of its folders begin
 
 @dataclasses.dataclass(frozen=True)
 class Shown:
-    """What one call of the preview left behind."""
+    """What one call of the preview gave."""
 
     status: int
     text: str

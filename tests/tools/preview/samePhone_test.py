@@ -45,7 +45,7 @@ class SamePhone(previewTool.PreviewTest):
         self.check_second_run(shown, real, phones.snapshot(image))
 
     def check_files(self, shown, before, after):
-        """It tells of every file that changed, and of no other."""
+        """It shows every file that changed, and no other."""
         changed = {path for path in before.keys() | after.keys()
                    if before.get(path) is None or after.get(path) is None or before[path].content != after[path].content}
         self.assertEqual({file["path"] for file in shown.preview["files"]}, changed)

@@ -2,7 +2,7 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""The copies of a phone hold its secrets: no run leaves one behind, and the next run removes those of a run that was killed."""
+"""The copies of a phone contain its secrets: no run leaves one, and the next run removes those of a run that was killed."""
 
 import os
 import shutil
