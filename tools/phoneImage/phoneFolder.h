@@ -21,8 +21,7 @@ public:
 
     /// Looks a path up as the phone would, with the folder for its root: no link and no ".." leads out of the folder.
     ///
-    /// @return the file's path on this machine; nothing when the phone has none there. Throws `ToolError` when a folder of
-    ///         the image may not be searched.
+    /// @return the path of the file on this machine; nothing when the phone has no such file
     std::optional<std::string> Find(const std::string& devicePath) const;
 
 private:

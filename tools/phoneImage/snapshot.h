@@ -9,7 +9,7 @@
 #include <string>
 #include <sys/types.h>
 
-/// What one name of a phone stands for.
+/// A file, link or folder of a phone.
 struct PhoneFile {
     enum class Kind { File, Link, Folder, Other };
 

@@ -30,8 +30,8 @@ json Read(const std::filesystem::path& path)
     return approved;
 }
 
-/// Names the members of a list by some of their own texts: a file that comes in between moves no other then, and what
-/// differs is told by its place on the phone.
+/// Names the members of a list by some of their own texts. A file that is new moves no other then, and a difference has
+/// the place on the phone for its name.
 json ByName(const json& list, std::initializer_list<const char*> names)
 {
     json named = json::object();
