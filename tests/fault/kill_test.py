@@ -63,7 +63,7 @@ class Kills:
 def prove(program, phone, mode, scratch):
     """The losses, and the number of kills."""
     run = oneStep.record(program, phone, mode, scratch, kills.OPTIONS)
-    jobs = kills.all_of(run)
+    jobs = proof.thinned(mode, kills.all_of(run))
     faults = []
     wrong = 0
     for (call, number), found in zip(jobs, proof.in_parallel(Kills(program, run, scratch).faults, jobs)):
