@@ -76,7 +76,7 @@ json EssenceOfAll(const json& document)
     return all;
 }
 
-/// The texts of an approved preview are printable already, unless somebody changed the file.
+/// The texts of an approved preview are printable, unless the file was edited.
 std::string Words(const json& value)
 {
     constexpr std::size_t kLongest = 200;

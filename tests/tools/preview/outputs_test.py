@@ -139,7 +139,7 @@ class Outputs(previewTool.PreviewTest):
         self.assertEqual((self.out / "target").read_text(), "old")
 
     def test_outputs_are_looked_at_before_the_work(self):
-        """The program never ends: whoever started it would wait for a minute."""
+        """The program never ends: the caller would wait for a minute."""
         program = self.folder / "program"
         program.write_text("#!/bin/sh\nsleep 100\n")
         program.chmod(0o755)

@@ -21,7 +21,7 @@ void RequireWritable(const std::filesystem::path& path);
 /// As `RequireWritable`, for a folder that must not be there yet.
 void RequireNewFolder(const std::filesystem::path& path);
 
-/// An output that replaces a file in one step: whoever opens the file finds the old text whole or the new one.
+/// An output that replaces a file in one step: a reader of the file gets the whole old text or the whole new one.
 class OutputFile
 {
 public:
