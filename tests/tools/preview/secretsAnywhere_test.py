@@ -7,6 +7,7 @@
 import json
 import re
 import resource
+import shutil
 import subprocess
 
 import previewTool
@@ -81,11 +82,20 @@ class SecretsAnywhere(previewTool.PreviewTest):
                 for secret in (text, short, *PLAIN):
                     self.assertNotIn(secret, outputs)
 
+    def test_a_new_value_at_the_place_of_an_enciphered_one_is_a_secret(self):
+        for path, form in (("/config/x.xml", '<a><b c="{}"/></a>'), ("/config/x.ini", "[A]\nc={}\n")):
+            with self.subTest(path):
+                text = self.enciphered(PLAIN[0])[0]
+                shutil.rmtree(self.folder / "enciphered")
+                _, outputs = self.rewrite({path: form.format(text), USER: "[A]\nd=none\n"},
+                                          {path: form.format("heron-nest"), USER: "[A]\nd=xheron-nest\n"})
+                self.assertNotIn("heron", outputs)
+
     def test_the_entry_list_counts_for_files_of_any_ending(self):
         for ending in ENDINGS:
             with self.subTest(ending):
                 path = "/config/user/secure" + ending
-                image = self.phone({USER: FIXED, path: "[A]\nstrBlob=Qx0001zebra\nother=1\n", FACTORY: LOCKED,
+                image = self.phone({USER: FIXED, path: "[A]\nstrBlob=Qx0001zebra\nand words\n", FACTORY: LOCKED,
                                     LIST: f'<l><e file="{path}" section="A" key="strBlob"/></l>'})
                 shown, outputs = self.outputs(image, "pwd")
                 self.assertNotIn("zebra", outputs)
@@ -95,11 +105,27 @@ class SecretsAnywhere(previewTool.PreviewTest):
         for ending in ENDINGS:
             with self.subTest(ending):
                 path = "/config/user/secure" + ending
-                image = self.phone({USER: FIXED, path: "[A]\nstrBlob=Qx0001zebra\n[B]\nstrNew=q~7\n",
+                image = self.phone({USER: FIXED, path: "[A]\nstrBlob=Qx0001zebra\n[B]\nstrNew=q~7\nand words\n",
                                     TABLE: table((path, "strBlob", 'dstSec="B" dstKey="strNew" dstEncrypt="1"'))})
                 shown, outputs = self.outputs(image, "dev")
                 self.assertIsNone(re.search("zebra|q~7", outputs))
                 self.assertEqual(shown.change(path, "B", "strNew")["secret"], "changed, plain")
+
+    def test_the_files_of_a_record_are_configuration_files(self):
+        """Whatever they look like: both hold lines that no configuration file has."""
+        source, destination = "/config/from", "/config/to"
+        image = self.phone({USER: FIXED, source: "[A]\na=7\nand words\n", destination: "words\n",
+                            TABLE: table((source, "a", f'dstFile="{destination}"'), (source, "a", 'dstKey="b"'))})
+        shown, _ = self.outputs(image, "dev")
+        self.assertEqual([shown.change(path, "A", key)["after"] for path, key in ((source, "b"), (destination, "a"))],
+                         ["7", "7"])
+
+    def test_what_is_copied_to_or_from_a_secret_place_is_a_secret(self):
+        image = self.phone({USER: FIXED + "[A]\na=q~7\nb=\nc=\nd=\n", LIST: f'<l><e file="{USER}" section="A" key="c"/></l>',
+                            TABLE: table((USER, "a", 'dstKey="b"'), (USER, "b", 'dstKey="c"'), (USER, "c", 'dstKey="d"'))})
+        shown, outputs = self.outputs(image, "dev")
+        self.assertNotIn("q~7", outputs)
+        self.assertEqual([shown.change(USER, "A", key)["after"] for key in "bcd"], [MASK] * 3)
 
     def test_a_file_that_nothing_uses_is_what_it_looks_like(self):
         ini, text = "[A]\n; c\na={}\n", "[A]\na={}\nand words\n"
@@ -182,6 +208,17 @@ class SecretsAnywhere(previewTool.PreviewTest):
             "a/UnlockPIN[1] (text)": True, "a/b[1] pin": True, "a/b[1] name": False, "a/c[1]/password[1]/d[1] (text)": True,
             "a/e[1] value": True, "a/e[1] note": False, "a/f[1] (text)": True, "a/PinLength[1] max": False})
 
+    def test_a_short_secret_in_the_diff_of_an_xml_file(self):
+        """Its name is the value of another attribute."""
+        old = '<a><e name="strPin" value="4711"/></a>'
+        shown, outputs = self.rewrite({"/config/x.xml": old}, {"/config/x.xml": old + "<!-- c -->"})
+        self.assertTrue(shown.file("/config/x.xml")["diff"])
+        self.assertNotIn("4711", outputs)
+
+    def test_a_secret_that_becomes_a_switch(self):
+        shown, outputs = self.rewrite({USER: "[A]\nbMenuPassword=plover\n"}, {USER: "[A]\nbMenuPassword=1\n"})
+        self.assertEqual(shown.change(USER, "A", "bMenuPassword")["before"], MASK)
+
     def test_a_name_that_says_length_shows_a_length_only(self):
         old = "[A]\nnPinLength=4\nbMenuPassword=0\nstrPasswordMode=\n"
         shown, outputs = self.rewrite({USER: old}, {USER: "[A]\nnPinLength=8\nbMenuPassword=plover\nstrPasswordMode=md5\n"})
@@ -189,20 +226,27 @@ class SecretsAnywhere(previewTool.PreviewTest):
                          ["8", MASK, "md5"])
 
     def test_a_large_xml_file_takes_little_memory(self):
-        """198 levels and 250 attributes each, 4 MiB; one value of it changes."""
+        """198 levels with 250 attributes each, 4 MiB; and long names around many elements. One value changes."""
         attributes = "".join(f' a{number}="{number:05d}"' for number in range(250))
-        one = f"<e{attributes}>" * 198 + "</e>" * 198
-        old = "<r><first n='old'/>" + one * ((4 << 20) // len(one)) + "</r>"
-        program = self.folder / "program"
-        program.write_text("#!/bin/sh\nsed -i \"s/n='old'/n='new'/\" /config/data/deep.xml\n")
-        program.chmod(0o755)
-        result = subprocess.run(
-            [previewTool.PREVIEW, "--json", "-", "--program", program, self.phone({"/config/data/deep.xml": old}), "all"],
-            capture_output=True, text=True, check=False, timeout=60,
-            preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_AS, (1 << 30, 1 << 30)))
-        self.assertEqual(result.returncode, previewTool.SOMETHING_CHANGES, result.stderr + result.stdout[:500])
-        changes = json.loads(result.stdout)["previews"][0]["files"][0]["changes"]
-        self.assertEqual([(change["group"], change["name"], change["after"]) for change in changes], [("r/first[1]", "n", "new")])
+        attributes = f"<e{attributes}>" * 198 + "</e>" * 198
+        names = [f"n{number}".ljust(1000, "x") for number in range(190)]
+        paths = "".join(f"<{name}>" for name in names) + '<a b="1"/>' * 20000 + "".join(f"</{name}>" for name in reversed(names))
+        for inside, kind in ((attributes * ((4 << 20) // len(attributes)), "changes"), (paths, "diff")):
+            with self.subTest(kind):
+                program = self.folder / "program"
+                program.write_text("#!/bin/sh\nsed -i \"s/n='old'/n='new'/\" /config/data/deep.xml\n")
+                program.chmod(0o755)
+                image = self.phone({"/config/data/deep.xml": f"<r><first n='old'/>\n{inside}\n</r>"})
+                result = subprocess.run(
+                    [previewTool.PREVIEW, "--json", "-", "--program", program, image, "all"],
+                    capture_output=True, text=True, check=False, timeout=60,
+                    preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_AS, (1 << 30, 1 << 30)))
+                self.assertEqual(result.returncode, previewTool.SOMETHING_CHANGES, result.stderr + result.stdout[:500])
+                file = json.loads(result.stdout)["previews"][0]["files"][0]
+                self.assertIn(kind, file)
+                if kind == "changes":
+                    self.assertEqual([(change["group"], change["name"], change["after"]) for change in file["changes"]],
+                                     [("r/first[1]", "n", "new")])
 
 
 if __name__ == "__main__":

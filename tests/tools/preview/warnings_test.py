@@ -137,6 +137,8 @@ PLAIN_CASES = [
      f'<l><e file="{USER}" section="A" key="a" active="false"/></l>'), "all", [("KP012", f"{USER} [A] a")]),
     ("a record with the flag", phone_with(1, 1, f"a={PLOVER}\n", "<t>" + record("a", 'dstKey="b" dstEncrypt="1"') + "</t>"), "all",
      []),
+    ("too long to be enciphered, which KP002 says", phone_with(1, 1, "a=" + "x" * 104 + "\n",
+     "<t>" + record("a", 'dstKey="b" dstEncrypt="1"') + "</t>"), "dev", []),
     ("both places are listed", phone_with(0, 1, "a=plover-nest\n", TO_B, f'<l><e file="{USER}" section="A" key="a"/>'
      f'<e file="{USER}" section="A" key="b"/></l>'), "all", []),
     ("a secret by its name only", phone_with(1, 1, "a=1\nstrPassword=plover-nest\n", "<t>" +

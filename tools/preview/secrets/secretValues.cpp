@@ -5,8 +5,6 @@
 
 #include <algorithm>
 
-#include "passwordCipher.h"
-
 namespace
 {
 
@@ -31,8 +29,6 @@ void SecretValues::Add(std::string_view value)
 {
     if (!value.empty())
         values_.try_emplace(std::string(value));
-    if (value.size() >= kPasswordBufferSize)
-        values_.try_emplace(std::string(value.substr(0, kPasswordBufferSize - 1)));
     while (!value.empty()) {
         const std::size_t end = std::min(value.size(), value.find('\n'));
         const std::string_view line = Trim(value.substr(0, end));

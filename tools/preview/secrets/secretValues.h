@@ -13,8 +13,7 @@
 class SecretValues
 {
 public:
-    /// Adds a secret, not an empty one. A text may show one of several lines line by line, without the blanks around
-    /// them, and a trace shows the beginning of a long one: they are added too.
+    /// Adds a secret, unless it is empty, and its lines without the blanks around them: a text may show them one by one.
     void Add(std::string_view value);
 
     /// Adds an enciphered value and what it deciphers to in turn.
