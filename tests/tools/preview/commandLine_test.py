@@ -13,7 +13,7 @@ import subprocess
 import jsonschema
 
 import previewTool
-from previewTool import DONE, USER
+from previewTool import DONE
 
 
 class CommandLine(previewTool.PreviewTest):

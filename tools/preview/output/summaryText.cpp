@@ -40,7 +40,7 @@ std::string Join(const std::vector<std::string>& words, const char* separator)
 
 std::string ValueWords(const std::string& value)
 {
-    const std::string blank = "\\x20";
+    constexpr const char* blank = "\\x20";
     if (value.empty())
         return "(empty)";
     if (value == " ")
