@@ -75,7 +75,7 @@ void RunMode(std::string_view mode, const PassRunner& run)
 
     if (mode == "all" || mode == "dev") {
         run("translation table", [] { return TranslateConfigTable(); });
-        run("XML data", [&run] { TranslateXmlData(run); });
+        run(kXmlDataPass, [&run] { TranslateXmlData(run); });
         run("certificates", [] { SyncFactoryCerts(); });
     }
     if (mode == "all" || mode == "pwd")
@@ -83,11 +83,11 @@ void RunMode(std::string_view mode, const PassRunner& run)
 
     if (mode == "1") {
         run("factory sync by version", [] { SyncFactoryByVersion(); });
-        run("direct-IP account", [] { ExtractDirectIPAccount(); });
+        run(kDirectIPPass, [] { ExtractDirectIPAccount(); });
     }
     if (mode == "2") {
-        run("mode 2 migration", [] { MigrateVersionSettings(); });
-        run("direct-IP account", [] { RestoreDirectIPAccount(); });
+        run(kMode2Pass, [] { MigrateVersionSettings(); });
+        run(kDirectIPPass, [] { RestoreDirectIPAccount(); });
     }
 }
 

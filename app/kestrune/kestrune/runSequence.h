@@ -8,6 +8,11 @@
 /// Reads:  /config/version.ini ([SyncConfig] bEnableFromOld; absent counts as enabled)
 bool IsEnableFromOld();
 
+// Names of passes that tools look for; kXmlTranslations has those of the translators.
+constexpr char kXmlDataPass[] = "XML data";
+constexpr char kMode2Pass[] = "mode 2 migration";
+constexpr char kDirectIPPass[] = "direct-IP account";
+
 /// Called with the name of a pass after it has ended. Its changes are in the files by then. Passes nest: the pass
 /// "XML data" ends after the passes that it contains.
 using PassEnd = void (*)(const char* pass);

@@ -7,6 +7,9 @@
 #include <set>
 #include <string_view>
 
+#include "allV4XToV50.h"
+#include "runSequence.h"
+
 namespace
 {
 
@@ -22,10 +25,9 @@ std::string WithoutBlanks(std::string text)
 /// The passes that read an XML file whole and write it again. The translation table does not.
 bool WritesXml(const std::string& pass)
 {
-    constexpr std::string_view kPasses[] = {"contacts", "dial plan",   "dial-now rules",     "DSS keys",
-                                            "XML data", "door phones", "remote phone books", "mode 2 migration"};
-    return std::any_of(std::begin(kPasses), std::end(kPasses),
-                       [&pass](std::string_view name) { return pass.ends_with(name); });
+    return pass.ends_with(kXmlDataPass) || pass.ends_with(kMode2Pass) ||
+           std::any_of(std::begin(kXmlTranslations), std::end(kXmlTranslations),
+                       [&pass](const XmlTranslation& translation) { return pass.ends_with(translation.pass); });
 }
 
 bool IsWrittenByXmlPass(const FileChange& change)

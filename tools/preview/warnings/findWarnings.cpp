@@ -9,6 +9,7 @@
 #include "fileWarnings.h"
 #include "phoneFacts.h"
 #include "reportWarnings.h"
+#include "runSequence.h"
 #include "secretWarnings.h"
 #include "warningList.h"
 
@@ -20,7 +21,7 @@ bool IsReplacedAccount(const FileChange& file)
 {
     return file.path == AccountFilePath(kLastAccount) && file.kind == ChangeKind::Changed &&
            std::any_of(file.passes.begin(), file.passes.end(),
-                       [](const std::string& pass) { return pass.find("direct-IP account") != std::string::npos; });
+                       [](const std::string& pass) { return pass.ends_with(kDirectIPPass); });
 }
 
 void AddValueWarnings(const RunFacts& facts, WarningList& list)
