@@ -100,21 +100,36 @@ fs::path FindTrees(const fs::path& top)
 
 } // namespace
 
-void CopyPhone(const fs::path& source, const fs::path& phone)
+void CopyPhone(const fs::path& source, const fs::path& phone, const fs::path& firmware)
 {
     Amount amount;
     fs::create_directory(phone);
-    for (const char* tree : kPhoneTrees) {
-        if (IsRealFolder(source / tree))
-            CopyFolder(source / tree, phone / tree, amount, 0);
-        else if (!fs::exists(fs::symlink_status(source / tree)))
+    for (const std::string tree : kPhoneTrees) {
+        const fs::path& origin = tree == "phone" && !firmware.empty() ? firmware : source;
+        if (IsRealFolder(origin / tree))
+            CopyFolder(origin / tree, phone / tree, amount, 0);
+        else if (!fs::exists(fs::symlink_status(origin / tree)))
             fs::create_directory(phone / tree);
         else
-            throw ToolError(std::string("the image's ") + tree + " is no folder"); // a link may lead anywhere
+            throw ToolError("the image's " + tree + " is no folder"); // a link may lead anywhere
     }
 }
 
-void CopyImage(const fs::path& image, const fs::path& phone, const fs::path& scratch)
+void PutFile(const fs::path& phone, const std::string& devicePath, const std::string& bytes)
+{
+    const fs::path path = phone / fs::path(devicePath).relative_path();
+    fs::path folder = phone;
+    for (const fs::path& name : fs::path(devicePath).relative_path().parent_path()) {
+        folder /= name;
+        fs::create_directory(folder); // does nothing if there is one
+        if (!IsRealFolder(folder))
+            throw ToolError("cannot replace " + devicePath + ": the image has a link in its path");
+    }
+    fs::remove(path);
+    WriteWhole(path, bytes);
+}
+
+fs::path OpenImage(const fs::path& image, const fs::path& scratch)
 {
     fs::path trees = image;
     if (fs::is_regular_file(image)) {
@@ -125,5 +140,5 @@ void CopyImage(const fs::path& image, const fs::path& phone, const fs::path& scr
     }
     if (!HasTrees(trees))
         throw ToolError("no image of a phone: it has neither config nor phone nor tmp");
-    CopyPhone(trees, phone);
+    return trees;
 }

@@ -4,21 +4,28 @@
 #pragma once
 
 #include <filesystem>
+#include <string>
 
-/// Copies a phone out of its image: a folder or a .tar, .tar.gz archive with the trees config/, phone/ and tmp/ (at
-/// least one of them), at its top or in one folder there. The image is only read.
-///
-/// Links are copied as links and never followed; what is no file, folder or link is left out of a folder's copy. Names
-/// keep their bytes.
+/// Finds a phone in its image: a folder or a .tar, .tar.gz archive with the trees config/, phone/ and tmp/ (at least one of
+/// them), at its top or in one folder there. The image is only read.
 ///
 /// Throws `ToolError` for what is no image, cannot be read or is beyond a limit, and for an archive with a path that
 /// is absolute or has "..", a link that leads out of the phone, or a device.
 ///
-/// @param phone    folder to make; gets all three trees
-/// @param scratch  folder to make for the archive's files
-void CopyImage(const std::filesystem::path& image, const std::filesystem::path& phone,
-               const std::filesystem::path& scratch);
+/// @param scratch  folder to make for the files of an archive
+/// @return the folder with the trees
+std::filesystem::path OpenImage(const std::filesystem::path& image, const std::filesystem::path& scratch);
 
 /// Copies a phone's trees from one folder to another, which is made. A tree that is missing is made empty; one that is a
-/// link or a file is an error.
-void CopyPhone(const std::filesystem::path& source, const std::filesystem::path& phone);
+/// link or a file is an error. Links are copied as links and never followed; what is no file, folder or link is left out.
+/// Names keep their bytes. Throws `ToolError` for what cannot be read or is beyond a limit.
+///
+/// @param firmware  folder whose tree phone/ is copied instead of the source's; empty for none
+void CopyPhone(const std::filesystem::path& source, const std::filesystem::path& phone,
+               const std::filesystem::path& firmware = std::filesystem::path());
+
+/// Makes or replaces a file of a copied phone, with the folders that it needs. Follows no link: one in place of a folder is
+/// an error, one in place of the file is replaced.
+///
+/// @param devicePath  such as "/phone/resource/kestrune.xml"
+void PutFile(const std::filesystem::path& phone, const std::string& devicePath, const std::string& bytes);

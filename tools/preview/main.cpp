@@ -111,7 +111,10 @@ int Run(const Options& options)
     RemoveScratchOfEndedProcesses();
     RequireSandbox();
 
-    const std::vector<Preview> previews = MakePreviews(options.images, options.request, options.jobs);
+    const Firmware firmware(options.firmware, options.table);
+    PreviewRequest request = options.request;
+    request.firmware = firmware.IsNone() ? nullptr : &firmware;
+    const std::vector<Preview> previews = MakePreviews(options.images, request, options.jobs);
     WriteToTerminal(options, previews);
     const int status = approved == nullptr ? StatusOf(previews) : CompareWithApproved(approved, previews);
     WriteDocuments(options, previews);

@@ -140,6 +140,12 @@ void Describe(CLI::App& app, Arguments& given, Options& options)
     app.add_option("--jobs", options.jobs, "number of images to process in parallel (default: number of processors)")
         ->option_text("NUMBER")
         ->check(CLI::Range(1u, 256u));
+    app.add_option("--firmware", options.firmware, "replace the /phone of each image by that of this folder or archive")
+        ->option_text("IMAGE")
+        ->check(&RefuseEmptyName);
+    app.add_option("--table", options.table, "replace the translation table of each phone by this file")
+        ->option_text("FILE")
+        ->check(&RefuseEmptyName);
     app.add_option("--program", given.program, "run this kestrune")->option_text("FILE");
     app.add_option("--save-phone", options.request.savedPhone, "save the phone as it is after the run to a new folder")
         ->option_text("FOLDER")

@@ -13,6 +13,8 @@
 struct Options {
     std::vector<std::filesystem::path> images;
     PreviewRequest request;
+    std::filesystem::path firmware; ///< folder or archive whose /phone replaces each image's; empty for none
+    std::filesystem::path table;    ///< replaces each phone's translation table; empty for none
     bool withReports = false;
     bool withColour = false;
     unsigned jobs = 1;                  ///< how many images are processed in parallel, from 1

@@ -50,6 +50,13 @@ std::vector<PassState> RunPassByPass(const PreviewRequest& request, const StepsC
     return states.back().phone == after ? std::move(states) : std::vector<PassState>();
 }
 
+PhoneLists Join(PhoneLists lists, const PhoneLists& more)
+{
+    lists.entries.insert(lists.entries.end(), more.entries.begin(), more.entries.end());
+    lists.records.insert(lists.records.end(), more.records.begin(), more.records.end());
+    return lists;
+}
+
 /// Runs the modes on copies of the phone and keeps what was seen of them.
 class PreviewRun
 {
@@ -57,7 +64,13 @@ public:
     PreviewRun(const fs::path& image, const PreviewRequest& request, const Scratch& scratch)
         : request_(request), phone_(scratch.Path("phone")), steps_(request.programs.steps, phone_)
     {
-        CopyImage(image, phone_, scratch.Path("archive"));
+        const fs::path trees = OpenImage(image, scratch.Path("archive"));
+        if (request_.firmware == nullptr) {
+            CopyPhone(trees, phone_);
+        } else {
+            request_.firmware->Install(trees, phone_);
+            ReadOldLists(trees, scratch.Path("old"));
+        }
         const fs::path stepsPhone = scratch.Path("steps");
         CopyPhone(phone_, stepsPhone);
         before_ = TakeSnapshot(phone_);
@@ -74,7 +87,8 @@ public:
     void Show(Preview& preview) const
     {
         const FileFormats formats(lists_);
-        Secrets secrets(lists_, request_.secrecy);
+        const PhoneLists allLists = Join(lists_, oldLists_);
+        Secrets secrets(allLists, request_.secrecy);
         secrets.Learn(AllStates(), formats, steps_);
         const std::vector<FileChange> changes = FindChanges(before_, after_, states_, formats);
         const std::vector<FileChange> secondRun = FindChanges(after_, afterSecondRun_, {}, formats);
@@ -97,6 +111,13 @@ public:
     }
 
 private:
+    /// What the phone's own lists name is a secret too, even if the new ones do not name it.
+    void ReadOldLists(const fs::path& trees, const fs::path& oldPhone)
+    {
+        CopyPhone(trees, oldPhone);
+        oldLists_ = StepsClient(request_.programs.steps, oldPhone).ReadLists();
+    }
+
     void SavePhone() const
     {
         if (request_.savedPhone.empty())
@@ -121,6 +142,7 @@ private:
     fs::path phone_;
     StepsClient steps_;
     PhoneLists lists_;
+    PhoneLists oldLists_; ///< of the phone before the upgrade was installed; empty without one
     Snapshot before_;
     Snapshot after_;
     Snapshot afterSecondRun_;

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "firmware.h"
 #include "secrets/secrets.h"
 #include "shown/shownPreview.h"
 
@@ -20,7 +21,8 @@ struct PreviewRequest {
     std::vector<std::string> modes;
     PreviewPrograms programs;
     Secrecy secrecy = Secrecy::Hidden;
-    std::filesystem::path savedPhone; ///< folder to make with the phone as it is after the run; empty for none
+    const Firmware* firmware = nullptr; ///< what the upgrade brings; null for each image's own
+    std::filesystem::path savedPhone;   ///< folder to make with the phone as it is after the run; empty for none
 };
 
 /// Runs the modes, one after another, on a copy of the image, and finds what they changed. Does not throw:
