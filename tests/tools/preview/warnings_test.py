@@ -9,6 +9,7 @@ import previewTool
 USER, SYSTEM = "/config/user/user.ini", "/config/system/system.ini"
 TABLE, LIST = "/phone/resource/kestrune.xml", "/phone/resource/encryptconfig.xml"
 FACTORY = "/phone/factory/user/user.ini"
+VERSION, SWITCH_OFF = "/config/version.ini", "[SyncConfig]\nbEnableFromOld=0\n"
 MASK = "\u2022" * 6
 FIXED = "[Feature]\nRingbackTimeout=120\n"
 
@@ -42,6 +43,12 @@ QUIET = {USER: FIXED + lock(0), FACTORY: lock(0), TABLE: "<t><r srcFile='/config
 CASES = [
     ("a source that is missing", {TABLE: "<t>" + record("none", 'dstKey="b"') + "</t>", USER: FIXED + "[A]\nb=1\n"}, "dev",
      "KP001", f"{USER} [A] b"),
+    ("a source that is missing, of a key that is", {TABLE: "<t>" + record("none", 'dstKey="b"') + "</t>"}, "dev",
+     "KP013", f"{USER} [A] b"),
+    ("the switch is off", {VERSION: SWITCH_OFF}, "dev", "KP014", f"{VERSION} [SyncConfig] bEnableFromOld"),
+    ("a record puts the switch off", {USER: FIXED + lock(0) + "[A]\na=0\n", VERSION: "[SyncConfig]\nbEnableFromOld=1\n",
+     TABLE: "<t>" + record("a", f'dstFile="{VERSION}" dstSec="SyncConfig" dstKey="bEnableFromOld"') + "</t>"}, "all",
+     "KP014", f"{VERSION} [SyncConfig] bEnableFromOld"),
     ("a listed value of 104 characters", {USER: FIXED + lock(0) + "[A]\na=" + "x" * 104, FACTORY: lock(1),
      LIST: f'<l><e file="{USER}" section="A" key="a"/></l>'}, "pwd",
      "KP002", f"{USER} [A] a"),
@@ -64,8 +71,8 @@ CASES = [
     ("contacts without names", {"/config/data/contactData.xml": "<contactData/>"}, "dev", "KP006",
      "/config/data/contactData.xml"),
     ("another root", {"/config/data/dialplan.xml": "<Other/>"}, "dev", "KP006", "/config/data/dialplan.xml"),
-    ("a source file that does not load", {TABLE: f'<t><r srcFile="/config/no.ini" srcSec="A" srcKey="a" dstFile="{USER}"/></t>'},
-     "dev", "KP007", "/config/no.ini"),
+    ("a source file that does not load", {TABLE: f'<t><r srcFile="/config/no.ini" srcSec="A" srcKey="a" dstFile="{USER}"/></t>',
+     USER: FIXED + "[A]\na=1\n"}, "dev", "KP007", "/config/no.ini"),
     ("contacts that do not load", {"/config/data/contactData.xml": "<contactData"}, "dev", "KP007",
      "/config/data/contactData.xml"),
     ("dial rules that do not load", {"/config/data/dialnow.xml": "<DialNow"}, "dev", "KP007", "/config/data/dialnow.xml"),
@@ -93,11 +100,13 @@ QUIET_CASES = [
     ("1001 contacts", {"/config/data/contactData.xml": contacts(1, 1001)}, "dev"),
     ("18 keys", {"/config/data/dsskey.xml": keys(18)}, "dev"),
     ("no old file at all", {"/config/data/contactData.xml": None}, "dev"),
-    ("the translations switched off", {"/config/data/dsskey.xml": keys(19), "/config/version.ini":
-     "[SyncConfig]\nbEnableFromOld=0\n"}, "dev"),
     ("nothing enciphered yet", {}, "pwd"),
     ("a certificate", {"/config/certs/phoneca/a.pem": "x"}, "all"),
     ("no account marked", {"/config/user/voip/sipAccount2.cfg": "[account]\nSCALineKeyNumber=-1\n"}, "1"),
+    ("the switch is off and there is nothing to translate", {VERSION: SWITCH_OFF, "/config/data/contactData.xml": None}, "dev"),
+    ("the switch is off in a mode without translations", {VERSION: SWITCH_OFF}, "pwd"),
+    ("an empty key that was empty", {TABLE: "<t>" + record("none", 'dstKey="b"') + "</t>", USER: FIXED + "[A]\nb=\n"}, "dev"),
+    ("an empty key of a new file", {"/phone/factory/user/voip/sipAccount16.cfg": "[account]\nSCALineKeyNumber=?3\nq=?\n"}, "2"),
     ("no hand-over", {USER: FIXED + "[Backlight]\nnBacklightTime=60\n"}, "2"),
 ]
 
@@ -200,8 +209,13 @@ class Warnings(previewTool.PreviewTest):
         self.assertEqual(self.warnings(empty, "dev")[0], [("KP008", f"/config/certs/{MASK}.pem")])
 
     def test_the_lost_value_is_said_to_be_lost(self):
-        _, shown = self.warnings(CASES[3][1], "dev")
+        files = next(case[1] for case in CASES if case[0] == "a table value that is lost")
+        _, shown = self.warnings(files, "dev")
         self.assertIn("a value is too long to encipher: translation table: the value is lost", shown.text)
+
+    def test_what_is_not_translated_reaches_no_limit(self):
+        found, _ = self.warnings({"/config/data/dsskey.xml": keys(19), VERSION: SWITCH_OFF}, "dev")
+        self.assertEqual([rule for rule, _ in found], ["KP014"])
 
     def test_every_warning_says_what_to_do(self):
         for warning in self.warnings(CASES[0][1], "dev")[1].preview["warnings"]:

@@ -21,6 +21,19 @@ bool IsTranslationEnabled(const Snapshot& phone)
     return !value || ParseInt32(std::string(*value).c_str()) != 0;
 }
 
+/// The table pass runs before the translators, and may have written the switch.
+void AddSwitchWarning(const RunFacts& facts, WarningList& list)
+{
+    if (!HasMode(facts, {"all", "dev"}) || IsTranslationEnabled(facts.after))
+        return;
+    const bool hasData = std::any_of(
+        std::begin(kXmlTranslations), std::end(kXmlTranslations),
+        [&facts](const XmlTranslation& translation) { return IsFile(facts.before, translation.source.path); });
+    if (hasData)
+        list.Add(WarningRule::TranslationsOff, std::string(kVersionIni) + " [" + kSyncSection + "] " + kEnableKey,
+                 "contacts and other XML data of the old firmware are not carried over");
+}
+
 bool Load(pugi::xml_document& document, const std::string& content)
 {
     return !content.empty() && RefuseSize(content.size()) == nullptr && RefuseXml(content) == nullptr &&
@@ -77,7 +90,7 @@ void AddRootWarning(const RunFacts& facts, const XmlFile& file, WarningList& lis
 
 void AddRootWarnings(const RunFacts& facts, WarningList& list)
 {
-    if (HasMode(facts, {"all", "dev"}) && IsTranslationEnabled(facts.before)) {
+    if (HasMode(facts, {"all", "dev"}) && IsTranslationEnabled(facts.after)) {
         for (const XmlTranslation& translation : kXmlTranslations)
             AddRootWarning(facts, translation.source, list);
     }
@@ -145,6 +158,7 @@ void AddEntryWarnings(const RunFacts& facts, WarningList& list)
 void AddFileWarnings(const RunFacts& facts, WarningList& list)
 {
     AddRootWarnings(facts, list);
+    AddSwitchWarning(facts, list);
     AddBacklightWarning(facts, list);
     AddCertificateWarnings(facts, list);
     AddEntryWarnings(facts, list);

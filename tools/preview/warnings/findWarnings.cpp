@@ -24,12 +24,21 @@ bool IsReplacedAccount(const FileChange& file)
                        [](const std::string& pass) { return pass.ends_with(kDirectIPPass); });
 }
 
+/// In a file that was there before: a new file is a copy, or is written as a whole.
+bool IsEmptyKeyAdded(const FileChange& file, const ItemChange& item)
+{
+    return file.format == FileFormat::Ini && file.kind != ChangeKind::Added && item.kind == ChangeKind::Added &&
+           item.after.value_or("").empty() && !IsReplacedAccount(file);
+}
+
 void AddValueWarnings(const RunFacts& facts, WarningList& list)
 {
     for (const FileChange& file : facts.changes) {
         for (const ItemChange& item : file.items) {
             if (item.kind == ChangeKind::Emptied && !IsReplacedAccount(file))
                 list.Add(WarningRule::ValueEmptied, PlaceOf(file, item.place), "it had a value");
+            if (IsEmptyKeyAdded(file, item))
+                list.Add(WarningRule::EmptyKeyAdded, PlaceOf(file, item.place), "it was not there before");
         }
     }
 }

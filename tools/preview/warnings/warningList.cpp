@@ -33,6 +33,10 @@ const std::vector<WarningText>& WarningRules()
          "use kestrune-preview and kestrune of one build"},
         {WarningRule::SecretPlain, "a secret is written plain",
          "give the record an encrypt flag, and list the new place in encryptconfig.xml"},
+        {WarningRule::EmptyKeyAdded, "an empty key is added",
+         "remove the record, or give it a source that has a value: the firmware's default no longer counts"},
+        {WarningRule::TranslationsOff, "translations are switched off",
+         "set [SyncConfig] bEnableFromOld of version.ini to 1 or remove it, also as a destination in the table"},
     };
     return rules;
 }

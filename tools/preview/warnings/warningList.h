@@ -24,6 +24,8 @@ enum class WarningRule {
     SecondRunChanges = 10,
     PassesUnknown = 11,
     SecretPlain = 12,
+    EmptyKeyAdded = 13,
+    TranslationsOff = 14,
 };
 
 struct WarningText {
