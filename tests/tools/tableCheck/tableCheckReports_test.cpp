@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
@@ -138,8 +139,11 @@ TEST(TableCheckReports, ControlBytesOfATableAreEscaped)
     const std::string name = "attribute \"comment\\u202e\\x9b2J\" is unknown and ignored";
     const std::string flag =
         "dstEncrypt=\"\\x1b]0;title\\x07\\n::error::\\x7f\" is not a boolean: the attribute counts as absent";
-    const std::string refusal =
-        "other XML parsers refuse the table: Specification mandates value for attribute comment";
+    const auto report = nlohmann::json::parse(RunTableCheck({"--format=json", "control-bytes.xml"}).output);
+    EXPECT_EQ(report.at("findings").at(0).at("text"), name);
+    EXPECT_EQ(report.at("findings").at(1).at("text"), flag);
+    const std::string refusal = report.at("findings").at(2).at("text"); // in the words of the other parser
+    EXPECT_THAT(refusal, testing::MatchesRegex("other XML parsers refuse the table: [ -~]+"));
     EXPECT_EQ(RunTableCheck({"control-bytes.xml"}).output,
               "control-bytes.xml:3: warning: " + name + " [KT004]\ncontrol-bytes.xml:3: warning: " + flag +
                   " [KT007]\ncontrol-bytes.xml:3: warning: " + refusal + " [KT036]\n");
@@ -147,9 +151,6 @@ TEST(TableCheckReports, ControlBytesOfATableAreEscaped)
     EXPECT_EQ(RunTableCheck({"--format=github", "control-bytes.xml"}).output, command + "KT004::" + name + "\n" +
                                                                                   command + "KT007::" + flag + "\n" +
                                                                                   command + "KT036::" + refusal + "\n");
-    const auto report = nlohmann::json::parse(RunTableCheck({"--format=json", "control-bytes.xml"}).output);
-    EXPECT_EQ(report.at("findings").at(0).at("text"), name);
-    EXPECT_EQ(report.at("findings").at(1).at("text"), flag);
 }
 
 TEST(TableCheckReports, ControlBytesOfAPathAreEscaped)
