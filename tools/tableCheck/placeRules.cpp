@@ -44,7 +44,7 @@ Given FirstGiven(const TiXmlElement& record, const char* name, const char* fallb
 }
 
 /// @return true when a path has a wildcard, or a format that takes a number or a name
-bool HasPlaceholder(std::string_view path)
+bool HasPattern(std::string_view path)
 {
     return path.find_first_of("*?{}") != std::string_view::npos || path.find("%d") != std::string_view::npos ||
            path.find("%u") != std::string_view::npos || path.find("%s") != std::string_view::npos;
@@ -60,9 +60,9 @@ bool HasBlankAtEnd(std::string_view text)
 /// @return what is wrong with a path that no phone has; empty when it may have it
 std::string_view WhyNoPhoneHas(std::string_view path)
 {
-    if (HasPlaceholder(path))
-        return "has a placeholder, which the program takes literally";
-    return HasBlankAtEnd(path) ? "begins or ends with a blank, which the program takes literally" : "";
+    if (HasPattern(path))
+        return "has a pattern, but the program uses the path as it is";
+    return HasBlankAtEnd(path) ? "begins or ends with a blank, which is part of it" : "";
 }
 
 void CheckDestinationFile(const TableRecord& record, Findings& findings)

@@ -150,7 +150,7 @@ const std::vector<Rule>& Rules()
          "written to the destination.",
          "Read from a configuration file.", Basis::Phone},
         {"KT034", Severity::Error, "Path that no phone has",
-         "A path is taken literally. A placeholder (\"*\", \"?\", \"%d\", \"{n}\") has no meaning, and a blank at "
+         "The program uses a path as it is. A pattern (\"*\", \"?\", \"%d\", \"{n}\") has no meaning, and a blank at "
          "the path's beginning or end is part of it. A destination of that path ends the pass, a source empties the "
          "destination.",
          "Write one record for each file, and the paths without blanks at their ends."},

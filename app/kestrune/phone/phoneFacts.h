@@ -52,7 +52,7 @@ struct XmlFile {
     const char* root;
 };
 
-// Old XML data and the new files that the translators write. Some paths differ only in letter case.
+// Old XML data and the new files that the translators write. Some paths differ only in upper and lower case.
 constexpr XmlFile kOldContacts = {"/config/data/contactData.xml", "contactData"};
 constexpr XmlFile kOldDialPlan = {"/config/data/dialplan.xml", "DialRule"};
 constexpr XmlFile kOldDialNow = {"/config/data/dialnow.xml", "DialNow"};
