@@ -6,7 +6,6 @@
 #include "configMapper.h"
 #include "phoneFacts.h"
 #include "phoneImage/toolError.h"
-#include "transPasswordFile.h"
 
 namespace
 {

@@ -8,6 +8,7 @@
 #include "iniText.h"
 #include "integerText.h"
 #include "passwordCipher.h"
+#include "phoneFacts.h"
 
 bool HasMode(const RunFacts& facts, std::initializer_list<const char*> modes)
 {
@@ -24,7 +25,7 @@ std::string ReadValue(const Snapshot& phone, const std::string& file, const std:
 
 bool IsLocked(const Snapshot& phone, const std::string& userIni)
 {
-    return ParseInt32(ReadValue(phone, userIni, "PhoneSetting", "EnLock").c_str()) != 0;
+    return ParseInt32(ReadValue(phone, userIni, kLockSection, kLockKey).c_str()) != 0;
 }
 
 bool CannotBeEnciphered(const std::string& value)
