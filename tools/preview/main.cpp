@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kestrune authors
 // SPDX-License-Identifier: MIT
 
+#include <algorithm>
 #include <clocale>
 #include <csignal>
 #include <iostream>
@@ -23,9 +24,10 @@
 namespace
 {
 
-constexpr int kNothingChanges = 0;
-constexpr int kError = 1;
-constexpr int kSomethingChanges = 2;
+constexpr int kEndsWell = 0;
+constexpr int kNeedsCare = 1; ///< there is a warning; with --expect: it is not as approved
+constexpr int kFails = 2;     ///< there is an error, or no preview of one of several images
+constexpr int kNotDone = 3;   ///< there is no preview
 
 /// Finds out what would stop the run at its end before the work is done.
 void RequireOutputs(const Options& options)
@@ -84,14 +86,14 @@ void WriteToTerminal(const Options& options, const std::vector<Preview>& preview
 
 int StatusOf(const std::vector<Preview>& previews)
 {
-    int status = kNothingChanges;
-    for (const Preview& preview : previews) {
-        if (!preview.error.empty())
-            return kError;
-        if (!preview.files.empty())
-            status = kSomethingChanges;
-    }
-    return status;
+    Severity worst = Severity::Note;
+    if (std::all_of(previews.begin(), previews.end(), [](const Preview& preview) { return !preview.error.empty(); }))
+        return kNotDone;
+    for (const Preview& preview : previews)
+        worst = std::max(worst, WorstOf(preview).value_or(Severity::Note));
+    if (worst == Severity::Error)
+        return kFails;
+    return worst == Severity::Warning ? kNeedsCare : kEndsWell;
 }
 
 int CompareWithApproved(const Approved& approved, const std::vector<Preview>& previews)
@@ -99,7 +101,7 @@ int CompareWithApproved(const Approved& approved, const std::vector<Preview>& pr
     const std::vector<std::string> differences = DifferencesFrom(approved, previews);
     for (const std::string& difference : differences)
         std::cerr << "kestrune-preview: " << difference << "\n";
-    return differences.empty() ? kNothingChanges : kError;
+    return differences.empty() ? kEndsWell : kNeedsCare;
 }
 
 int Run(const Options& options)
@@ -138,12 +140,12 @@ int main(int argumentCount, char** arguments)
         case OptionsResult::Done:
             return 0;
         case OptionsResult::Wrong:
-            return kError;
+            return kNotDone;
         case OptionsResult::Run:
             return Run(options);
         }
     } catch (const std::exception& error) {
         std::cerr << "kestrune-preview: " << Printable(error.what()) << "\n";
     }
-    return kError;
+    return kNotDone;
 }

@@ -154,7 +154,8 @@ void Describe(CLI::App& app, Arguments& given, Options& options)
     app.set_version_flag("--version", "kestrune-preview " KESTRUNE_VERSION, "show the version and exit");
     app.set_help_flag("-h,--help", "show this help and exit");
     app.footer("IMAGE arguments come before MODE arguments. Several modes run one after another on one copy.\n"
-               "Exit status: 0 nothing changes, 2 something changes, 1 error; with --expect: 0 as approved, 1 not.");
+               "Exit status: 0 all ends well, 1 a warning, 2 an error, 3 there is no preview; with --expect: 0 as "
+               "approved, 1 not.");
 }
 
 } // namespace

@@ -34,19 +34,6 @@ const Rule* FindRule(std::string_view number)
     return found == Rules().end() ? nullptr : &*found;
 }
 
-std::string_view SeverityName(Severity severity)
-{
-    switch (severity) {
-    case Severity::Error:
-        return "error";
-    case Severity::Warning:
-        return "warning";
-    case Severity::Note:
-        break;
-    }
-    return "note";
-}
-
 std::string RuleList()
 {
     std::string list;

@@ -7,11 +7,7 @@
 #include <string_view>
 #include <vector>
 
-enum class Severity {
-    Note,
-    Warning,
-    Error,
-};
+#include "phoneImage/severity.h"
 
 /// What a rule looks at.
 enum class Basis {
@@ -35,8 +31,6 @@ const std::vector<Rule>& Rules();
 /// @param number  in any letter case
 /// @return the rule, or null
 const Rule* FindRule(std::string_view number);
-
-std::string_view SeverityName(Severity severity);
 
 /// @return a line for each rule: number, severity, title
 std::string RuleList();

@@ -23,18 +23,18 @@ class Approved(previewTool.PreviewTest):
         (image / "config/user/voip").mkdir()
         (image / "config/user/voip/sipAccount0.cfg").write_text("[account]\nCancelTimer=90\n")
         result = previewTool.run("--expect", approved, image, "all")
-        self.assertEqual(result.returncode, previewTool.ERROR)
+        self.assertEqual(result.returncode, previewTool.CARE)
         self.assertIn('/0/files//config/user/user.ini/changes/Feature RingbackTimeout/after: approved "180", now "90"\n',
                       result.stderr)
         self.assertIn("/0/files//config/user/voip/sipAccount0.cfg: approved nothing, now {", result.stderr)
-        self.assertEqual(previewTool.run("--expect", approved, other, image, "all").returncode, previewTool.ERROR)
+        self.assertEqual(previewTool.run("--expect", approved, other, image, "all").returncode, previewTool.CARE)
 
     def test_an_approved_preview_is_compared_before_it_is_written_anew(self):
         image, other = self.images(image="[A]\na=1\n", other=DONE)
         approved = self.folder / "approved.json"
         previewTool.run("--json", approved, image, "all")
         renewal = ("--json", approved, "--expect", approved, other, "all")
-        self.assertEqual(previewTool.run(*renewal).returncode, previewTool.ERROR)
+        self.assertEqual(previewTool.run(*renewal).returncode, previewTool.CARE)
         self.assertEqual(previewTool.run(*renewal).returncode, 0)
 
     def test_values_of_like_names_are_compared_each(self):
@@ -48,7 +48,7 @@ class Approved(previewTool.PreviewTest):
             with self.subTest(before):
                 image = self.phone(files | {USER: files[USER].replace(before, after)})
                 result = previewTool.run("--expect", approved, image, "dev")
-                self.assertEqual(result.returncode, previewTool.ERROR)
+                self.assertEqual(result.returncode, previewTool.CARE)
                 self.assertIn(f'approved "{before}", now "{after}"', result.stderr)
 
     def test_what_is_no_approved_preview(self):
@@ -60,7 +60,7 @@ class Approved(previewTool.PreviewTest):
                      '{"format": 7, "version": 2, "previews": []}', "[" * 100_000):
             approved.write_text(text)
             result = previewTool.run("--expect", approved, image, "all")
-            self.assertEqual(result.returncode, previewTool.ERROR)
+            self.assertEqual(result.returncode, previewTool.NOT_DONE)
             self.assertRegex(result.stderr, "approved.json (is no JSON text of a preview|has another version)")
 
     def approve(self, *arguments):
@@ -90,11 +90,11 @@ class Approved(previewTool.PreviewTest):
         self.approve(image, broken, "all")
         self.assertEqual(self.compare(image, broken, "all").returncode, 0)
         result = self.compare(other, broken, "all")
-        self.assertEqual(result.returncode, previewTool.ERROR)
+        self.assertEqual(result.returncode, previewTool.CARE)
         self.assertIn("/0/files//config/user/user.ini: approved {", result.stderr)
         self.assertNotIn("/1", result.stderr)
         result = self.compare(image, image, "all")
-        self.assertEqual(result.returncode, previewTool.ERROR)
+        self.assertEqual(result.returncode, previewTool.CARE)
         self.assertIn('/1/error: approved "neither a folder nor', result.stderr)
 
     def test_an_error_is_the_same_wherever_the_image_is(self):
@@ -113,7 +113,7 @@ class Approved(previewTool.PreviewTest):
         self.assertIs(self.approve("--reveal-secrets", image, "all")["revealed"], True)
         for arguments in ([other, "all"], [image, "all"]):
             result = self.compare(*arguments)
-            self.assertEqual(result.returncode, previewTool.ERROR)
+            self.assertEqual(result.returncode, previewTool.NOT_DONE)
             self.assertIn("made with --reveal-secrets", result.stderr)
             self.assertNotIn("4711", result.stdout + result.stderr)
         self.assertEqual(self.compare("--reveal-secrets", image, "all").returncode, 0)

@@ -17,10 +17,18 @@ from previewTool import DONE
 
 
 class CommandLine(previewTool.PreviewTest):
-    def test_the_exit_status_tells_whether_something_changes(self):
-        image, done = self.images(image="", done=DONE)
-        self.assertEqual(previewTool.run(image, "all").returncode, previewTool.SOMETHING_CHANGES)
-        self.assertEqual(previewTool.run(done, "pwd").returncode, previewTool.NOTHING_CHANGES)
+    def test_the_exit_status_is_the_worst_severity(self):
+        fails, well = self.images(image="", done=DONE)  # no factory file: a pass stops early
+        certificate = well.parent / "care" / "config/certs/phoneca/a.pem"
+        certificate.parent.mkdir(parents=True)
+        certificate.touch()
+        care = well.parent / "care"
+        for images, status in (([well], previewTool.WELL), ([care], previewTool.CARE), ([fails], previewTool.FAILS),
+                               ([well, care], previewTool.CARE), ([care, fails, well], previewTool.FAILS),
+                               ([well, well.parent / "none"], previewTool.FAILS), ([well.parent / "none"], previewTool.NOT_DONE)):
+            with self.subTest(images=[image.name for image in images]):
+                modes = ["1"] if fails not in images else ["all"]
+                self.assertEqual(previewTool.run(*images, *modes).returncode, status)
 
     def test_errors(self):
         image, = self.images(image="")
@@ -34,7 +42,7 @@ class CommandLine(previewTool.PreviewTest):
         for arguments, words in rows:
             with self.subTest(words):
                 result = previewTool.run(*arguments)
-                self.assertEqual(result.returncode, previewTool.ERROR)
+                self.assertEqual(result.returncode, previewTool.NOT_DONE)
                 self.assertEqual(result.stdout, "")
                 self.assertRegex(result.stderr, "^kestrune-preview: .*" + words)
 
@@ -45,10 +53,10 @@ class CommandLine(previewTool.PreviewTest):
                       [image, "--", "--all"], [image, missing, "al"]):
             with self.subTest(words):
                 result = previewTool.run(*words)
-                self.assertEqual((result.returncode, result.stdout), (previewTool.ERROR, ""))
+                self.assertEqual((result.returncode, result.stdout), (previewTool.NOT_DONE, ""))
                 self.assertIn(f'"{words[-1]}" is no MODE', result.stderr)
         result = previewTool.run(image, missing, "all")
-        self.assertEqual(result.returncode, previewTool.ERROR)
+        self.assertEqual(result.returncode, previewTool.FAILS)
         self.assertEqual(result.stderr, "kestrune-preview: image2: no such image\n")
         self.assertEqual(len(result.stdout.splitlines()), 3)
 
@@ -66,7 +74,7 @@ class CommandLine(previewTool.PreviewTest):
                           ["--program", "/no\x1b", image, "all"], ["--json", "/no/\x1b", image, "all"]):
             with self.subTest(arguments):
                 result = previewTool.run(*arguments, *([] if "all" in arguments else [image, "all"]))
-                self.assertEqual(result.returncode, previewTool.ERROR)
+                self.assertGreaterEqual(result.returncode, previewTool.FAILS)
                 self.assertIn("\\x1b", result.stderr)
                 self.assertNotIn("\x1b", result.stderr)
 
@@ -74,7 +82,7 @@ class CommandLine(previewTool.PreviewTest):
         image, other = self.images(image="", other="")
         (image / "phone").symlink_to(other / "config")
         result = previewTool.run(image, "all")
-        self.assertEqual(result.returncode, previewTool.ERROR)
+        self.assertEqual(result.returncode, previewTool.NOT_DONE)
         self.assertIn("the image's phone is no folder", result.stdout + result.stderr)
 
     def test_an_empty_name_is_no_option_left_out(self):
@@ -82,7 +90,7 @@ class CommandLine(previewTool.PreviewTest):
         for option in ("--expect", "--json", "--html", "--save-phone"):
             with self.subTest(option):
                 result = previewTool.run(option, "", done, "pwd")
-                self.assertEqual(result.returncode, previewTool.ERROR)
+                self.assertEqual(result.returncode, previewTool.NOT_DONE)
                 self.assertIn(f"{option}: the name is empty", result.stderr)
 
     def test_a_program_that_fails_is_an_error(self):
@@ -90,7 +98,7 @@ class CommandLine(previewTool.PreviewTest):
         program.write_text("#!/bin/sh\necho strPassword=plover >&2\nexit 3\n")
         program.chmod(0o755)
         result = previewTool.run("--program", program, *self.images(image=""), "all")
-        self.assertEqual(result.returncode, previewTool.ERROR)
+        self.assertEqual(result.returncode, previewTool.NOT_DONE)
         self.assertEqual(result.stderr, "kestrune-preview: image: the run of mode all failed: exit status 3\n")
         self.assertNotIn("plover", result.stdout + result.stderr)
 
@@ -119,7 +127,7 @@ class CommandLine(previewTool.PreviewTest):
                     (folder / "bwrap").write_text(stub)
                     (folder / "bwrap").chmod(0o755)
                 result = previewTool.run(*images, "all", environment={"PATH": str(folder)})
-                self.assertEqual((result.returncode, result.stdout), (previewTool.ERROR, ""))
+                self.assertEqual((result.returncode, result.stdout), (previewTool.NOT_DONE, ""))
                 self.assertEqual(len(result.stderr.splitlines()), 1)
                 self.assertIn(words, result.stderr)
                 self.assertIn("package bubblewrap", result.stderr)
@@ -163,12 +171,12 @@ class CommandLine(previewTool.PreviewTest):
                                 ["two", "+0 ~0 !0 -0", "+0 ~0 !0 -0", "0", "0"],
                                 ["three", "+0 ~1 !0 -0", "+1 ~0 !0 -0", "0", "0"],
                                 ["none", "error: no such image"]])
-        self.assertEqual(result.returncode, previewTool.ERROR)
+        self.assertEqual(result.returncode, previewTool.FAILS)
         self.assertEqual(result.stderr, "kestrune-preview: none: no such image\n")
         written = json.loads((self.folder / "all.json").read_text())
         jsonschema.validate(written, json.loads(previewTool.SCHEMA.read_text()))
         self.assertEqual([preview["image"] for preview in written["previews"]], ["one", "two", "three", "none"])
-        self.assertEqual(previewTool.run(*images, "pwd").returncode, previewTool.SOMETHING_CHANGES)
+        self.assertEqual(previewTool.run(*images, "pwd").returncode, previewTool.FAILS)
 
     def test_columns_count_characters(self):
         images = self.images(**{"\u00e4\u00f6\u00fc\u3042": "", "ascii": ""})

@@ -43,9 +43,9 @@ class Demo(previewTool.PreviewTest):
         self.assertIn("/config/data/contact_list.xml", pathlib.Path(self.folder / "out.html").read_text())
 
     def test_what_it_does_not_take(self):
-        self.assertEqual(self.demo("all", self.folder / "none").returncode, previewTool.ERROR)
-        self.assertEqual(self.demo("all", SMALL, "more").returncode, previewTool.ERROR)
-        self.assertEqual(self.demo("--html").returncode, previewTool.ERROR)
+        self.assertEqual(self.demo("all", self.folder / "none").returncode, previewTool.NOT_DONE)
+        self.assertEqual(self.demo("all", SMALL, "more").returncode, 1)
+        self.assertEqual(self.demo("--html").returncode, 1)
         self.assertIn("usage: script/demo", self.demo("--help").stdout)
 
 

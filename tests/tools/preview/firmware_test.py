@@ -9,7 +9,7 @@ import subprocess
 
 import phones
 import previewTool
-from previewTool import DONE, ERROR, SOMETHING_CHANGES, USER
+from previewTool import DONE, FAILS, NOT_DONE, USER
 
 TABLE = "/phone/resource/kestrune.xml"
 KEY = "/phone/factory/certs/pwcipher.key"
@@ -25,7 +25,7 @@ class Firmware(previewTool.PreviewTest):
         return root
 
     def moved(self, shown, value="7"):
-        self.assertEqual(shown.status, SOMETHING_CHANGES, shown.errors)
+        self.assertEqual(shown.status, FAILS, shown.errors)
         change = shown.change(USER, "A", "new")
         self.assertIsNotNone(change, shown.text)
         self.assertEqual(change["after"], value)
@@ -69,7 +69,7 @@ class Firmware(previewTool.PreviewTest):
         (image / "phone").mkdir()
         os.symlink(outside, image / "phone/resource")
         shown = self.show("--table", table, image, "all")
-        self.assertEqual(shown.status, ERROR)
+        self.assertEqual(shown.status, NOT_DONE)
         self.assertIn("link in its path", shown.errors)
         os.unlink(image / "phone/resource")
         (image / "phone/resource").mkdir()
@@ -97,9 +97,9 @@ class Firmware(previewTool.PreviewTest):
         image = self.phone({USER: DONE})
         for name, words in ((self.folder / "missing", "no such image"), (image, "no folder phone")):
             result = previewTool.run("--firmware", name, image, "all")
-            self.assertEqual(result.returncode, ERROR)
+            self.assertEqual(result.returncode, NOT_DONE)
             self.assertIn(words, result.stderr)
-        self.assertEqual(previewTool.run("--table", self.folder / "missing.xml", image, "all").returncode, ERROR)
+        self.assertEqual(previewTool.run("--table", self.folder / "missing.xml", image, "all").returncode, NOT_DONE)
 
 
 if __name__ == "__main__":

@@ -38,10 +38,10 @@ class Outputs(previewTool.PreviewTest):
 
     def test_a_page_on_standard_output_is_all_that_is_there(self):
         result = previewTool.run("--html", "-", self.image, "all")
-        self.assertEqual(result.returncode, previewTool.SOMETHING_CHANGES)
+        self.assertEqual(result.returncode, previewTool.FAILS)
         self.assertTrue(result.stdout.startswith("<!DOCTYPE html>") and result.stdout.endswith("</html>\n"))
         both = previewTool.run("--html", "-", "--json", "-", self.image, "all")
-        self.assertEqual((both.returncode, both.stdout), (previewTool.ERROR, ""))
+        self.assertEqual((both.returncode, both.stdout), (previewTool.NOT_DONE, ""))
         self.assertIn("only one of", both.stderr)
 
     def test_an_error_on_standard_error_too_when_json_is_on_standard_output(self):
@@ -58,7 +58,7 @@ class Outputs(previewTool.PreviewTest):
                         path.write_text("old")
                         path.chmod(before)
                     self.assertEqual(previewTool.run("--reveal-secrets", option, path, self.image, "all").returncode,
-                                     previewTool.SOMETHING_CHANGES)
+                                     previewTool.FAILS)
                     self.assertNotEqual(path.read_text(), "old")
                     self.assertEqual(mode(path), 0o600)
 
@@ -101,7 +101,7 @@ class Outputs(previewTool.PreviewTest):
                 result = subprocess.run([previewTool.PREVIEW, *(word for option in options for word in (option, paths[option])),
                                          "--program", program, image, "all"], preexec_fn=limit, capture_output=True,
                                         text=True, check=False)
-                self.assertEqual(result.returncode, previewTool.ERROR)
+                self.assertEqual(result.returncode, previewTool.NOT_DONE)
                 self.assertRegex(result.stderr, "^kestrune-preview: cannot write .*: File too large\n$")
                 self.assertEqual([path.read_text() for path in paths.values()], ["old", "old"])
                 self.assertEqual(self.names(), ["html", "json"])
@@ -121,7 +121,7 @@ class Outputs(previewTool.PreviewTest):
                 self.assertIsNone(process.poll())
                 time.sleep(0.01)
             folder.rmdir()
-            self.assertEqual(process.wait(timeout=60), previewTool.ERROR)
+            self.assertEqual(process.wait(timeout=60), previewTool.NOT_DONE)
         self.assertEqual(old.read_text(), "old")
         self.assertEqual(self.names(), ["old.json"])
 
@@ -134,7 +134,7 @@ class Outputs(previewTool.PreviewTest):
             for option in DOCUMENTS:
                 with self.subTest(path=path, option=option):
                     result = previewTool.run(option, path, self.image, "all")
-                    self.assertEqual((result.returncode, result.stdout), (previewTool.ERROR, ""))
+                    self.assertEqual((result.returncode, result.stdout), (previewTool.NOT_DONE, ""))
                     self.assertIn("it is no regular file; - means standard output", result.stderr)
         self.assertEqual((self.out / "target").read_text(), "old")
 
@@ -151,20 +151,20 @@ class Outputs(previewTool.PreviewTest):
             with self.subTest(option=option, path=path):
                 result = subprocess.run([previewTool.PREVIEW, option, path, "--program", program, self.image, "all"],
                                         capture_output=True, text=True, timeout=20, check=False)
-                self.assertEqual((result.returncode, result.stdout), (previewTool.ERROR, ""))
+                self.assertEqual((result.returncode, result.stdout), (previewTool.NOT_DONE, ""))
                 self.assertIn(path.name, result.stderr)
 
     def test_a_saved_phone_is_there_whole_or_not_at_all(self):
         program = self.folder / "program"
         result = previewTool.run("--save-phone", self.out / "after", self.image, "all")
-        self.assertEqual(result.returncode, previewTool.SOMETHING_CHANGES)
+        self.assertEqual(result.returncode, previewTool.FAILS)
         self.assertEqual(mode(self.out / "after"), 0o700)
         self.assertEqual(sorted(path.name for path in (self.out / "after").iterdir()), ["config", "phone", "tmp"])
         program = self.folder / "program"
         program.write_text("#!/bin/sh\ncd /config\ni=0\nwhile [ $i -lt 120 ]; do mkdir d; cd d; i=$((i + 1)); done\n")
         program.chmod(0o755)
         result = previewTool.run("--program", program, "--save-phone", self.out / "other", self.image, "all")
-        self.assertEqual(result.returncode, previewTool.ERROR)
+        self.assertEqual(result.returncode, previewTool.NOT_DONE)
         self.assertIn("nested too deep", result.stderr)
         self.assertEqual(self.names(), ["after"])
 

@@ -28,7 +28,7 @@ if os.access(MEMORY, os.W_OK):
 
 USER = "/config/user/user.ini"
 DONE = "[Feature]\nRingbackTimeout=120\n"  # nothing changes in it
-NOTHING_CHANGES, ERROR, SOMETHING_CHANGES = 0, 1, 2
+WELL, CARE, FAILS, NOT_DONE = range(4)
 SKIPPED = 77
 SCRATCH = "kestrune-preview-scratch."  # how the names of its folders begin
 

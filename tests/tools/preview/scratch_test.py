@@ -22,7 +22,7 @@ class Scratch(previewTool.PreviewTest):
         previewTool.run(self.folder / "none.tar", "all", environment={"TMPDIR": str(scratch)})
         self.assertEqual(list(scratch.iterdir()), [])
         shutil.rmtree(scratch)
-        self.assertEqual(previewTool.run(image, "all", environment={"TMPDIR": str(scratch)}).returncode, previewTool.ERROR)
+        self.assertEqual(previewTool.run(image, "all", environment={"TMPDIR": str(scratch)}).returncode, previewTool.NOT_DONE)
 
     def test_nothing_is_left_behind_when_it_is_interrupted(self):
         """A program that never ends keeps the preview waiting."""
@@ -55,7 +55,7 @@ class Scratch(previewTool.PreviewTest):
         with previewTool.running(self.folder, image, "all"):
             before = sorted(scratch.iterdir())
             self.assertEqual(previewTool.run(image, "all", environment={"TMPDIR": str(scratch)}).returncode,
-                             previewTool.SOMETHING_CHANGES)
+                             previewTool.FAILS)
             self.assertEqual(sorted(scratch.iterdir()), before)
             self.assertTrue(list(scratch.glob("*/phone/config/user/user.ini")))
 

@@ -34,7 +34,7 @@ class SecretsAnywhere(previewTool.PreviewTest):
     def outputs(self, *arguments):
         """What is shown, and all outputs as one text."""
         shown = self.show("--reports", *arguments)
-        self.assertEqual(shown.status, previewTool.SOMETHING_CHANGES, shown.errors)
+        self.assertLess(shown.status, previewTool.NOT_DONE, shown.errors)
         return shown, shown.text + shown.html + json.dumps(shown.json, ensure_ascii=False)
 
     def enciphered(self, *texts):
@@ -242,7 +242,7 @@ class SecretsAnywhere(previewTool.PreviewTest):
                     [previewTool.PREVIEW, "--json", "-", "--program", program, image, "all"],
                     capture_output=True, text=True, check=False, timeout=60,
                     preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_AS, (1 << 30, 1 << 30)))
-                self.assertEqual(result.returncode, previewTool.SOMETHING_CHANGES, result.stderr + result.stdout[:500])
+                self.assertEqual(result.returncode, previewTool.CARE, result.stderr + result.stdout[:500])
                 file = json.loads(result.stdout)["previews"][0]["files"][0]
                 self.assertIn(kind, file)
                 if kind == "changes":

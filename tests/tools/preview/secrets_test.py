@@ -162,7 +162,7 @@ class Secrets(previewTool.PreviewTest):
         image = self.phone(plant(planter, *locks))
         self.assertGreaterEqual(len(set(planter.secrets)), PLANTED)
         shown = self.show("--reports", "--color", "always", "--save-phone", self.folder / "after", image, *modes)
-        self.assertEqual(shown.status, previewTool.SOMETHING_CHANGES, shown.errors + shown.text[:500])
+        self.assertLess(shown.status, previewTool.NOT_DONE, shown.errors + shown.text[:500])
         forms = forms_on(self.folder / "after", planter)
         previewTool.shutil.rmtree(self.folder / "after")
         outputs = {"text": shown.text, "errors": shown.errors, "html": shown.html,

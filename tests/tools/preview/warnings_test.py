@@ -161,6 +161,14 @@ PLAIN_CASES = [
 ]
 
 
+ERRORS = ("KP002", "KP003", "KP006", "KP012", "KP014")  # something is lost, or in clear
+WORST_FIRST = ("error", "warning", "note")
+
+
+def severity_of(rule):
+    return "error" if rule in ERRORS else "note" if rule == "KP010" else "warning"
+
+
 class Warnings(previewTool.PreviewTest):
     def warnings(self, files, mode):
         chosen = {path: content for path, content in {**QUIET, **files}.items() if content is not None}
@@ -174,7 +182,9 @@ class Warnings(previewTool.PreviewTest):
                 others = [warning for warning in found if warning[0] != "KP010"]
                 self.assertIn((rule, place), found)
                 self.assertEqual({warning[0] for warning in others} - {rule, "KP001"}, set())
-                self.assertIn(f"warning {rule}  {place}\n", shown.text)
+                self.assertIn(f"{severity_of(rule)} {rule}  {place}\n", shown.text)
+                severities = [warning["severity"] for warning in shown.preview["warnings"]]
+                self.assertEqual(severities, sorted(map(severity_of, (rule for rule, _ in found)), key=WORST_FIRST.index))
 
     def test_none_warns_just_before(self):
         for name, files, mode in QUIET_CASES:

@@ -35,8 +35,9 @@ std::string Warnings(const std::vector<ShownWarning>& warnings)
 {
     std::string html;
     for (const ShownWarning& warning : warnings)
-        html += "<div class=\"warning\"><b>" + EscapeHtml(warning.rule) + "</b>" + EscapeHtml(warning.place) + "<br>" +
-                EscapeHtml(warning.text) + "<br>" + Element("span", "dim", warning.advice) + "</div>\n";
+        html += "<div class=\"warning " + std::string(SeverityName(warning.severity)) + "\"><b>" +
+                EscapeHtml(WordsOf(warning)) + "</b>" + EscapeHtml(warning.place) + "<br>" + EscapeHtml(warning.text) +
+                "<br>" + Element("span", "dim", warning.advice) + "</div>\n";
     return html.empty() ? html : "<h2>Warnings</h2>\n" + html;
 }
 

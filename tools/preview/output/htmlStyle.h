@@ -31,6 +31,7 @@ th, td { padding: .2rem .5rem; text-align: left; vertical-align: top; border-bot
 td:first-child { white-space: nowrap; }
 th { font-weight: 600; background: var(--shade); } td.name { font-family: ui-monospace, monospace; font-size: .9em; }
 .warning { margin: .6rem 0; padding: .5rem .8rem; background: var(--shade); border-left: .3rem solid var(--emptied); }
+.warning.error { color: inherit; border-color: var(--removed); } .warning.note { border-color: var(--line); }
 .warning b { margin-right: .5rem; }
 pre { margin: .4rem 0; padding: .6rem; background: var(--shade); white-space: pre-wrap; overflow-wrap: anywhere;
   font-size: .85em; }

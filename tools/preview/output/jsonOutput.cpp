@@ -70,8 +70,11 @@ Json WarningsToJson(const std::vector<ShownWarning>& warnings)
 {
     Json json = Json::array();
     for (const ShownWarning& warning : warnings)
-        json.push_back(
-            {{"rule", warning.rule}, {"place", warning.place}, {"text", warning.text}, {"advice", warning.advice}});
+        json.push_back({{"rule", warning.rule},
+                        {"severity", SeverityName(warning.severity)},
+                        {"place", warning.place},
+                        {"text", warning.text},
+                        {"advice", warning.advice}});
     return json;
 }
 

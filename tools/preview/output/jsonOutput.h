@@ -9,7 +9,7 @@
 #include "shown/shownPreview.h"
 
 /// The version of the form, which preview.schema.json describes. It changes when a reader of the old form would be misled.
-constexpr int kJsonVersion = 2;
+constexpr int kJsonVersion = 3;
 
 struct JsonStyle {
     bool withReports = false;

@@ -58,6 +58,11 @@ std::size_t LengthOf(const std::string& text)
     return static_cast<std::size_t>(utf8::distance(text.begin(), text.end()));
 }
 
+std::string WordsOf(const ShownWarning& warning)
+{
+    return std::string(SeverityName(warning.severity)) + " " + warning.rule;
+}
+
 std::string SummaryLine(const Preview& preview)
 {
     return "files: " + CountWords(CountFiles(preview.files)) + "; keys: " + CountWords(CountValues(preview.files)) +

@@ -28,5 +28,8 @@ std::string ValueWords(const std::string& value);
 /// @return how many characters of UTF-8 the text has
 std::size_t LengthOf(const std::string& text);
 
+/// @return "error KP006"
+std::string WordsOf(const ShownWarning& warning);
+
 /// @return one line: how much changes
 std::string SummaryLine(const Preview& preview);

@@ -90,7 +90,8 @@ private:
     void WriteWarnings(const std::vector<ShownWarning>& warnings)
     {
         for (const ShownWarning& warning : warnings) {
-            out_ << "\n" << Paint(kYellow, "warning " + warning.rule) << "  " << warning.place << "\n";
+            const char* colour = warning.severity == Severity::Error ? kRed : kYellow;
+            out_ << "\n" << Paint(colour, WordsOf(warning)) << "  " << warning.place << "\n";
             out_ << "  " << warning.text << "\n";
             out_ << "  " << Paint(kDim, "-> " + warning.advice) << "\n";
         }

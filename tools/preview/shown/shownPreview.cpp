@@ -3,6 +3,15 @@
 
 #include "shownPreview.h"
 
+std::optional<Severity> WorstOf(const Preview& preview)
+{
+    if (!preview.error.empty())
+        return Severity::Error;
+    if (preview.warnings.empty())
+        return std::nullopt;
+    return preview.warnings.front().severity; // they are sorted
+}
+
 Counts CountFiles(const std::vector<ShownFile>& files)
 {
     Counts counts;

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "changes/fileChanges.h"
+#include "phoneImage/severity.h"
 
 /// A preview as it is shown: every text in it is printable, and its secrets are hidden.
 
@@ -38,6 +39,7 @@ struct ShownFile {
 
 struct ShownWarning {
     std::string rule; ///< such as "KP001"
+    Severity severity;
     std::string place;
     std::string text;
     std::string advice;
@@ -70,6 +72,9 @@ struct Preview {
     std::vector<ShownFile> secondRun; ///< what a second run of the same modes would still change
     std::vector<ShownReports> reports;
 };
+
+/// @return the worst severity among the warnings, error where there is no preview; none where nothing was found
+std::optional<Severity> WorstOf(const Preview& preview);
 
 /// The files of a preview, and the values in them.
 Counts CountFiles(const std::vector<ShownFile>& files);

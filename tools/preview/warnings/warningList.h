@@ -30,6 +30,7 @@ enum class WarningRule {
 
 struct WarningText {
     WarningRule rule;
+    Severity severity;
     const char* title;
     const char* advice;
 };
@@ -40,7 +41,7 @@ const std::vector<WarningText>& WarningRules();
 /// @return "KP001" for 1
 std::string WarningId(WarningRule rule);
 
-/// Collects warnings, each once, in the order of their rules and places.
+/// Collects warnings, each once, in the order of their severities, the worst first, then of their rules and places.
 class WarningList
 {
 public:
