@@ -85,20 +85,19 @@ bool HasTrees(const fs::path& folder)
                        [&folder](const char* tree) { return IsRealFolder(folder / tree); });
 }
 
-/// The folder that has the trees: the archive's top, or the one folder in it. A "phone" at the top may be the tree of
-/// that name or a folder that holds a whole phone: the latter has a "config", the former never.
-fs::path FindTrees(const fs::path& top)
-{
-    std::vector<fs::path> folders;
-    for (const fs::directory_entry& entry : fs::directory_iterator(top))
-        folders.push_back(entry.path());
-    if (folders.size() == 1 && IsRealFolder(folders.front()) &&
-        (IsRealFolder(folders.front() / "config") || (!HasTrees(top) && HasTrees(folders.front()))))
-        return folders.front();
-    return top;
-}
-
 } // namespace
+
+std::optional<fs::path> FindTrees(const fs::path& folder)
+{
+    std::vector<fs::path> entries;
+    for (const fs::directory_entry& entry : fs::directory_iterator(folder))
+        entries.push_back(entry.path());
+    // A "phone" may be the tree of that name or a folder that holds a whole phone: only the latter has a "config".
+    if (entries.size() == 1 && IsRealFolder(entries.front()) &&
+        (IsRealFolder(entries.front() / "config") || (!HasTrees(folder) && HasTrees(entries.front()))))
+        return entries.front();
+    return HasTrees(folder) ? std::optional(folder) : std::nullopt;
+}
 
 void CopyPhone(const fs::path& source, const fs::path& phone, const fs::path& firmware)
 {
@@ -131,14 +130,12 @@ void PutFile(const fs::path& phone, const std::string& devicePath, const std::st
 
 fs::path OpenImage(const fs::path& image, const fs::path& scratch)
 {
-    fs::path trees = image;
-    if (fs::is_regular_file(image)) {
+    if (fs::is_regular_file(image))
         ExtractArchive(image, scratch);
-        trees = FindTrees(scratch);
-    } else if (!fs::is_directory(image)) {
+    else if (!fs::is_directory(image))
         throw ToolError("no such image");
-    }
-    if (!HasTrees(trees))
+    const auto trees = FindTrees(fs::is_directory(image) ? image : scratch);
+    if (!trees)
         throw ToolError("no image of a phone: it has neither config nor phone nor tmp");
-    return trees;
+    return *trees;
 }

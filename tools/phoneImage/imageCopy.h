@@ -4,6 +4,7 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <string>
 
 /// Finds a phone in its image: a folder or a .tar, .tar.gz archive with the trees config/, phone/ and tmp/ (at least one of
@@ -15,6 +16,12 @@
 /// @param scratch  folder to make for the files of an archive
 /// @return the folder with the trees
 std::filesystem::path OpenImage(const std::filesystem::path& image, const std::filesystem::path& scratch);
+
+/// Finds the trees of a phone in a folder. Follows no link in it. Throws `std::filesystem::filesystem_error` for a folder that
+/// cannot be read.
+///
+/// @return the folder itself, or the only folder in it; nothing when neither has a tree
+std::optional<std::filesystem::path> FindTrees(const std::filesystem::path& folder);
 
 /// Copies a phone's trees from one folder to another, which is made. A tree that is missing is made empty; one that is a
 /// link or a file is an error. Links are copied as links and never followed; what is no file, folder or link is left out.
