@@ -28,8 +28,8 @@ def rules_of_the_program():
 
 def titles_of_the_program():
     names = dict(re.findall(r"^    ([A-Z]\w+) = (\d+),$", RULES.read_text(), re.MULTILINE))
-    titles = re.findall(r'\{WarningRule::(\w+), "([^"]+)"', RULES.with_suffix(".cpp").read_text())
-    return {f"KP{int(names[name]):03d}": title for name, title in titles}
+    titles = re.findall(r'\{WarningRule::(\w+), Severity::(\w+), "([^"]+)"', RULES.with_suffix(".cpp").read_text())
+    return {f"KP{int(names[name]):03d}": (severity.lower(), title) for name, severity, title in titles}
 
 
 class Manual(unittest.TestCase):
@@ -50,9 +50,9 @@ class Manual(unittest.TestCase):
         titles = titles_of_the_program()
         self.assertEqual(set(titles), rules_of_the_program())
         manual, page = MANUAL.read_text(), PAGE.read_text()
-        for rule, title in titles.items():
+        for rule, (severity, title) in titles.items():
             self.assertRegex(manual, rf"(?m)^\.It {rule}\n{title[0].upper()}{re.escape(title[1:])}[.:]")
-            self.assertRegex(page, rf"(?m)^\| {rule} \| {re.escape(title)}[ ,:]")
+            self.assertRegex(page, rf"(?m)^\| {rule} \| {severity} \| {re.escape(title)}[ ,:]")
 
     def test_the_completion_offers_every_option(self):
         script = f". {COMPLETION}; COMP_WORDS=(kestrune-preview --); COMP_CWORD=1; _kestrune_preview; echo ${{COMPREPLY[@]}}"
