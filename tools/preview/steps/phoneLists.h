@@ -24,6 +24,7 @@ struct TableRecord {
     std::string file;
     std::string section;
     std::string key;
+    int line = 0;           ///< of the table where it begins, from 1
     bool hasFlag = false;   ///< it has an encrypt flag, of either name and any value
     bool isFlagged = false; ///< it enciphers its value on a locked phone
 };

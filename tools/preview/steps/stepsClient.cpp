@@ -36,9 +36,9 @@ ListedEntry ReadEntry(const json& object)
 
 TableRecord ReadRecord(const json& object)
 {
-    return {TextOf(object, "sourceFile"),     TextOf(object, "sourceSection"),   TextOf(object, "sourceKey"),
-            TextOf(object, "file"),           TextOf(object, "section"),         TextOf(object, "key"),
-            object.at("hasFlag").get<bool>(), object.at("isFlagged").get<bool>()};
+    return {TextOf(object, "sourceFile"), TextOf(object, "sourceSection"),  TextOf(object, "sourceKey"),
+            TextOf(object, "file"),       TextOf(object, "section"),        TextOf(object, "key"),
+            object.at("line").get<int>(), object.at("hasFlag").get<bool>(), object.at("isFlagged").get<bool>()};
 }
 
 } // namespace

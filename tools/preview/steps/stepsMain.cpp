@@ -101,6 +101,7 @@ json DescribeRecord(const TiXmlElement& record)
             {"file", file},
             {"section", section},
             {"key", key},
+            {"line", record.Row()},
             {"hasFlag", hasFlag},
             {"isFlagged", isEnciphered}};
 }
