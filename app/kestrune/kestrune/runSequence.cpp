@@ -74,7 +74,7 @@ void RunMode(std::string_view mode, const PassRunner& run)
     run("start-up fix-ups", [] { InitRingbackTimeout(); });
 
     if (mode == "all" || mode == "dev") {
-        run("translation table", [] { return TranslateConfigTable(); });
+        run(kTablePass, [] { return TranslateConfigTable(); });
         run(kXmlDataPass, [&run] { TranslateXmlData(run); });
         run("certificates", [] { SyncFactoryCerts(); });
     }

@@ -9,6 +9,7 @@
 bool IsEnableFromOld();
 
 // Names of passes that tools look for; kXmlTranslations has those of the translators.
+constexpr char kTablePass[] = "translation table";
 constexpr char kXmlDataPass[] = "XML data";
 constexpr char kMode2Pass[] = "mode 2 migration";
 constexpr char kDirectIPPass[] = "direct-IP account";

@@ -5,18 +5,12 @@
 
 #include <gmock/gmock.h>
 
+#include "oneFilePhone.h"
+
 namespace
 {
 
 constexpr char kLayout[] = "/config/data/linekey.xml";
-
-Snapshot PhoneWith(const std::string& path, const std::string& content)
-{
-    PhoneFile file;
-    file.kind = PhoneFile::Kind::File;
-    file.content = std::make_shared<const std::string>(content);
-    return {{path, file}};
-}
 
 /// Whether a change by one pass is called one without other values.
 bool IsSame(const std::string& path, const std::string& before, const std::string& after, const std::string& pass)
