@@ -40,7 +40,7 @@ void ExtractDirectIPAccount()
         const std::string path = AccountFilePath(number);
         if (ETL_MiscHelper::pathFileExist(path.c_str()) == 0)
             continue;
-        if (etlGetRegistryInt(path.c_str(), "account", "directip", 0) != 1)
+        if (etlGetRegistryInt(path.c_str(), kAccountSection, kDirectIPKey, 0) != 1)
             continue;
         if (!isCopied) {
             // A failure is ignored because the device removes the account regardless.

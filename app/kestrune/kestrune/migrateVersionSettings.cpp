@@ -37,18 +37,18 @@ void PutOutQueueStatusLights()
     for (int number = 0; number <= kLastCallCentreAccount; ++number) {
         const std::string path = AccountFilePath(number);
         if (ETL_MiscHelper::pathFileExist(path.c_str()) != 0)
-            etlSetProfileInt(path.c_str(), "CallCenter", "bEnableQueueStatusLight", 0);
+            etlSetProfileInt(path.c_str(), kCallCentreSection, kQueueLightKey, 0);
     }
 }
 
 void SwitchOffPowerLight(_HREGISTRY_* target)
 {
-    registrySetInt(target, "PowerLed_Common", 0);
-    registrySetInt(target, "PowerLed_Ring", 1);
-    registrySetInt(target, "PowerLed_Mail", 0);
-    registrySetInt(target, "PowerLed_Mute", 0);
-    registrySetInt(target, "PowerLed_HoldHeld", 0);
-    registrySetInt(target, "PowerLed_TalkDial", 0);
+    registrySetInt(target, kPowerLedCommonKey, 0);
+    registrySetInt(target, kPowerLedRingKey, 1);
+    registrySetInt(target, kPowerLedMailKey, 0);
+    registrySetInt(target, kPowerLedMuteKey, 0);
+    registrySetInt(target, kPowerLedHoldKey, 0);
+    registrySetInt(target, kPowerLedTalkKey, 0);
     PutOutQueueStatusLights();
 }
 
@@ -76,59 +76,58 @@ void MigrateVersionSettings()
 
 void MigrateBLFLed()
 {
-    _HREGISTRY_* target = registryOpen(kUserIni, "BLFLed");
-    _HREGISTRY_* saved = registryOpen(kHandOverFile, "Features");
+    _HREGISTRY_* target = registryOpen(kUserIni, kBLFLedSection);
+    _HREGISTRY_* saved = registryOpen(kHandOverFile, kFeaturesSection);
 
-    const std::string offIdle = ETL_SubClass::registryGetString(saved, "BLFLedOffIdle", "");
-    const std::string notifyType =
-        ETL_SubClass::registryGetString(saved, "BLfNotifyType", ""); // the device's own spelling
+    const std::string offIdle = ETL_SubClass::registryGetString(saved, kOldBLFIdleKey, "");
+    const std::string notifyType = ETL_SubClass::registryGetString(saved, kOldBLFNotifyKey, "");
     if (offIdle.empty() || notifyType.empty())
         return; // mode "1" saved no value: "BLFLedMode" is not changed
 
-    registrySetInt(target, "BLFLedMode", ToInt(notifyType) == 1 ? 1 : ClampToInt32(std::int64_t{2} * ToInt(offIdle)));
+    registrySetInt(target, kBLFLedModeKey, ToInt(notifyType) == 1 ? 1 : ClampToInt32(std::int64_t{2} * ToInt(offIdle)));
     registryFlush(target);
 }
 
 void MigratePowerLed()
 {
-    _HREGISTRY_* target = registryOpen(kUserIni, "PowerLed");
-    _HREGISTRY_* saved = registryOpen(kHandOverFile, "Features");
+    _HREGISTRY_* target = registryOpen(kUserIni, kPowerLedSection);
+    _HREGISTRY_* saved = registryOpen(kHandOverFile, kFeaturesSection);
 
     bool isChanged = false;
-    const std::string closePowerLight = ETL_SubClass::registryGetString(saved, "ClosePowerLight", "");
-    const std::string mail = ETL_SubClass::registryGetString(saved, "PowerLedMail", "");
+    const std::string closePowerLight = ETL_SubClass::registryGetString(saved, kOldClosePowerLightKey, "");
+    const std::string mail = ETL_SubClass::registryGetString(saved, kOldPowerLedMailKey, "");
     if (!closePowerLight.empty() && ToInt(closePowerLight) != 0) {
         SwitchOffPowerLight(target);
         isChanged = true;
     } else if (!mail.empty()) {
-        registrySetInt(target, "PowerLed_Mail", ToInt(mail));
+        registrySetInt(target, kPowerLedMailKey, ToInt(mail));
         isChanged = true;
     }
 
-    const std::string idleAndTalk = ETL_SubClass::registryGetString(saved, "PowerLedIdle&Talk", "");
+    const std::string idleAndTalk = ETL_SubClass::registryGetString(saved, kOldPowerLedIdleTalkKey, "");
     if (idleAndTalk.empty()) {
         if (isChanged)
             registryFlush(target);
         return;
     }
     const int light = IdleAndTalkLight(idleAndTalk, closePowerLight);
-    registrySetInt(target, "PowerLed_Common", light);
-    registrySetInt(target, "PowerLed_TalkDial", light);
+    registrySetInt(target, kPowerLedCommonKey, light);
+    registrySetInt(target, kPowerLedTalkKey, light);
     registryFlush(target);
 }
 
 void MigrateSyslog()
 {
-    _HREGISTRY_* target = registryOpen(kSystemIni, "Syslog");
-    _HREGISTRY_* saved = registryOpen(kHandOverFile, "Syslog");
+    _HREGISTRY_* target = registryOpen(kSystemIni, kSyslogSection);
+    _HREGISTRY_* saved = registryOpen(kHandOverFile, kSyslogSection);
 
-    const std::string logType = ETL_SubClass::registryGetString(saved, "eLogType", "");
-    const std::string serverName = ETL_SubClass::registryGetString(saved, "strServerName", "");
+    const std::string logType = ETL_SubClass::registryGetString(saved, kOldLogTypeKey, "");
+    const std::string serverName = ETL_SubClass::registryGetString(saved, kOldLogServerKey, "");
     if (logType.empty() || serverName.empty())
         return;
 
-    registrySetInt(target, "LogType", ClampToInt32(std::int64_t{ToInt(logType)} - 1));
-    registrySetString(target, "SyslogServer", serverName);
+    registrySetInt(target, kLogTypeKey, ClampToInt32(std::int64_t{ToInt(logType)} - 1));
+    registrySetString(target, kLogServerKey, serverName);
     registryFlush(target);
 }
 

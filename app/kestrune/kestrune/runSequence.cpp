@@ -55,9 +55,9 @@ void TranslateXmlData(const PassRunner& run)
 
 void SyncFactoryByVersion()
 {
-    if (etlGetProfileInt(kFactoryUserIni, "Sync", "SyncCfgByVersion", 0) != 1)
+    if (etlGetProfileInt(kFactoryUserIni, kVersionSyncSection, kVersionSyncKey, 0) != 1)
         return;
-    if (etlGetProfileInt(kUserIni, "Sync", "SyncCfgByVersion", 0) != 0)
+    if (etlGetProfileInt(kUserIni, kVersionSyncSection, kVersionSyncKey, 0) != 0)
         return;
     SaveVersionInfo();
 }

@@ -9,16 +9,16 @@
 void SaveVersionInfo()
 {
     // The sources are never flushed, so the live configuration does not change.
-    _HREGISTRY_* features = registryOpen(kUserIni, "Features");
-    _HREGISTRY_* savedFeatures = registryOpen(kHandOverFile, "Features");
-    // "BLfNotifyType" is the device's own spelling.
-    for (const char* key : {"BLFLedOffIdle", "BLfNotifyType", "ClosePowerLight", "PowerLedIdle&Talk", "PowerLedMail"})
+    _HREGISTRY_* features = registryOpen(kUserIni, kFeaturesSection);
+    _HREGISTRY_* savedFeatures = registryOpen(kHandOverFile, kFeaturesSection);
+    for (const char* key :
+         {kOldBLFIdleKey, kOldBLFNotifyKey, kOldClosePowerLightKey, kOldPowerLedIdleTalkKey, kOldPowerLedMailKey})
         CopyRegistryText(features, savedFeatures, key);
     registryFlush(savedFeatures);
 
-    _HREGISTRY_* syslog = registryOpen(kSystemIni, "Syslog");
-    _HREGISTRY_* savedSyslog = registryOpen(kHandOverFile, "Syslog");
-    for (const char* key : {"eLogType", "strServerName"})
+    _HREGISTRY_* syslog = registryOpen(kSystemIni, kSyslogSection);
+    _HREGISTRY_* savedSyslog = registryOpen(kHandOverFile, kSyslogSection);
+    for (const char* key : {kOldLogTypeKey, kOldLogServerKey})
         CopyRegistryText(syslog, savedSyslog, key);
     registryFlush(savedSyslog);
 }

@@ -25,16 +25,17 @@ void SetDefaultSCALineKeyNumber()
         if (ETL_MiscHelper::pathFileExist(path.c_str()) == 0)
             continue;
         // No need to distinguish an absent key from -1: rewriting -1 is harmless.
-        if (etlGetProfileInt(path.c_str(), "account", "SCALineKeyNumber", kNoSharedLineKey) == kNoSharedLineKey)
-            etlSetProfileInt(path.c_str(), "account", "SCALineKeyNumber", kNoSharedLineKey);
+        if (etlGetProfileInt(path.c_str(), kAccountSection, kSharedLineKey, kNoSharedLineKey) == kNoSharedLineKey)
+            etlSetProfileInt(path.c_str(), kAccountSection, kSharedLineKey, kNoSharedLineKey);
     }
 }
 
 void InitRingbackTimeout()
 {
     // "Feature" and "Features" are different sections.
-    if (etlGetProfileInt(kUserIni, "Feature", "RingbackTimeout", kNoRingbackTimeout) != kNoRingbackTimeout)
+    if (etlGetProfileInt(kUserIni, kRingbackSection, kRingbackKey, kNoRingbackTimeout) != kNoRingbackTimeout)
         return;
-    const int timeout = etlGetProfileInt(AccountFilePath(0).c_str(), "account", "CancelTimer", kDefaultCancelTimer);
-    etlSetProfileInt(kUserIni, "Feature", "RingbackTimeout", timeout);
+    const int timeout =
+        etlGetProfileInt(AccountFilePath(0).c_str(), kAccountSection, kCancelTimerKey, kDefaultCancelTimer);
+    etlSetProfileInt(kUserIni, kRingbackSection, kRingbackKey, timeout);
 }

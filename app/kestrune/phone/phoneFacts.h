@@ -30,6 +30,9 @@ constexpr char kFactoryAccount[] = "/phone/factory/user/voip/sipAccount16.cfg";
 /// What all account files begin with.
 constexpr char kAccountFilePrefix[] = "/config/user/voip/sipAccount";
 
+/// What tools call all of them.
+constexpr char kAllAccounts[] = "/config/user/voip/sipAccount*.cfg";
+
 /// @return "/config/user/voip/sipAccount<number>.cfg"
 std::string AccountFilePath(int number);
 
@@ -45,6 +48,73 @@ constexpr char kBacklightSection[] = "Backlight"; ///< of user.ini
 constexpr char kBacklightKey[] = "nBacklightTime";
 /// A backlight time up to this is in minutes, a greater one in seconds.
 constexpr int kLongestBacklightMinutes = 59;
+
+// Other keys that passes read or write by themselves
+constexpr char kVersionSyncSection[] = "Sync"; ///< of user.ini and of the factory's
+constexpr char kVersionSyncKey[] = "SyncCfgByVersion";
+constexpr char kRingbackSection[] = "Feature"; ///< of user.ini; "Features" is a different section
+constexpr char kRingbackKey[] = "RingbackTimeout";
+constexpr char kFeaturesSection[] = "Features"; ///< of user.ini and of the hand-over file, with old settings
+constexpr char kOldBLFIdleKey[] = "BLFLedOffIdle";
+constexpr char kOldBLFNotifyKey[] = "BLfNotifyType"; // the device's own spelling
+constexpr char kOldClosePowerLightKey[] = "ClosePowerLight";
+constexpr char kOldPowerLedIdleTalkKey[] = "PowerLedIdle&Talk";
+constexpr char kOldPowerLedMailKey[] = "PowerLedMail";
+constexpr char kBLFLedSection[] = "BLFLed"; ///< of user.ini
+constexpr char kBLFLedModeKey[] = "BLFLedMode";
+constexpr char kPowerLedSection[] = "PowerLed"; ///< of user.ini
+constexpr char kPowerLedCommonKey[] = "PowerLed_Common";
+constexpr char kPowerLedRingKey[] = "PowerLed_Ring";
+constexpr char kPowerLedMailKey[] = "PowerLed_Mail";
+constexpr char kPowerLedMuteKey[] = "PowerLed_Mute";
+constexpr char kPowerLedHoldKey[] = "PowerLed_HoldHeld";
+constexpr char kPowerLedTalkKey[] = "PowerLed_TalkDial";
+constexpr char kSyslogSection[] = "Syslog"; ///< of system.ini and of the hand-over file
+constexpr char kOldLogTypeKey[] = "eLogType";
+constexpr char kOldLogServerKey[] = "strServerName";
+constexpr char kLogTypeKey[] = "LogType";
+constexpr char kLogServerKey[] = "SyslogServer";
+constexpr char kAccountSection[] = "account"; ///< of account files
+constexpr char kDirectIPKey[] = "directip";
+constexpr char kSharedLineKey[] = "SCALineKeyNumber";
+constexpr char kCancelTimerKey[] = "CancelTimer";
+constexpr char kCallCentreSection[] = "CallCenter"; ///< of account files
+constexpr char kQueueLightKey[] = "bEnableQueueStatusLight";
+
+struct PassKey {
+    const char* file;
+    const char* section;
+    const char* key;
+};
+
+/// What passes read or write by themselves below "/config", whatever the firmware's lists name. For tools.
+constexpr PassKey kPassKeys[] = {
+    {kUserIni, kLockSection, kLockKey},
+    {kUserIni, kVersionSyncSection, kVersionSyncKey},
+    {kUserIni, kRingbackSection, kRingbackKey},
+    {kUserIni, kBacklightSection, kBacklightKey},
+    {kUserIni, kFeaturesSection, kOldBLFIdleKey},
+    {kUserIni, kFeaturesSection, kOldBLFNotifyKey},
+    {kUserIni, kFeaturesSection, kOldClosePowerLightKey},
+    {kUserIni, kFeaturesSection, kOldPowerLedIdleTalkKey},
+    {kUserIni, kFeaturesSection, kOldPowerLedMailKey},
+    {kUserIni, kBLFLedSection, kBLFLedModeKey},
+    {kUserIni, kPowerLedSection, kPowerLedCommonKey},
+    {kUserIni, kPowerLedSection, kPowerLedRingKey},
+    {kUserIni, kPowerLedSection, kPowerLedMailKey},
+    {kUserIni, kPowerLedSection, kPowerLedMuteKey},
+    {kUserIni, kPowerLedSection, kPowerLedHoldKey},
+    {kUserIni, kPowerLedSection, kPowerLedTalkKey},
+    {kSystemIni, kSyslogSection, kOldLogTypeKey},
+    {kSystemIni, kSyslogSection, kOldLogServerKey},
+    {kSystemIni, kSyslogSection, kLogTypeKey},
+    {kSystemIni, kSyslogSection, kLogServerKey},
+    {kVersionIni, kSyncSection, kEnableKey},
+    {kAllAccounts, kAccountSection, kDirectIPKey},
+    {kAllAccounts, kAccountSection, kSharedLineKey},
+    {kAllAccounts, kAccountSection, kCancelTimerKey},
+    {kAllAccounts, kCallCentreSection, kQueueLightKey},
+};
 
 /// An XML file, and the name of the root element without which it is not processed.
 struct XmlFile {
