@@ -65,6 +65,10 @@ json Essence(json preview)
     preview["warnings"] = ByName(preview.at("warnings"), {"rule", "place", "text"});
     NameFiles(preview.at("files"));
     NameFiles(preview.at("secondRun").at("files"));
+    for (json& record : preview.at("records"))
+        record.erase("line"); // another comment in the table is no difference
+    preview["records"] = ByName(preview.at("records"), {"source", "destination"});
+    preview["forgotten"] = ByName(preview.at("forgotten"), {"file", "section", "key"});
     return preview;
 }
 

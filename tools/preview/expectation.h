@@ -19,8 +19,8 @@ using Approved = std::shared_ptr<const nlohmann::json>;
 /// it shows secrets and this run does not, or the other way round: the comparison would be of no use, and would show them.
 Approved ReadApproved(const std::filesystem::path& path, Secrecy secrecy);
 
-/// Compares previews with the approved ones, in their order. The names of the images, the reports and the version of the
-/// program that made them do not count; errors do.
+/// Compares previews with the approved ones, in their order. The names of the images, the reports, the lines of records and
+/// the version of the program that made them do not count; errors do.
 ///
 /// @return one line for each difference, printable; empty when they are equal
 std::vector<std::string> DifferencesFrom(const Approved& approved, const std::vector<Preview>& previews);

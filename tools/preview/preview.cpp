@@ -57,6 +57,40 @@ PhoneLists Join(PhoneLists lists, const PhoneLists& more)
     return lists;
 }
 
+std::string ShowName(const std::string& name, const Secrets& secrets)
+{
+    return Printable(secrets.HideInName(name));
+}
+
+std::string ShowPlace(const std::string& file, const std::string& section, const std::string& key,
+                      const Secrets& secrets)
+{
+    return ShowName("[" + section + "] " + key + " of " + file, secrets);
+}
+
+std::vector<ShownRecord> ShowRecords(const std::vector<TableRecord>& records,
+                                     const std::vector<RecordOutcome>& outcomes, const Secrets& secrets)
+{
+    std::vector<ShownRecord> shown;
+    for (const TableRecord& record : records) {
+        const bool hasSource = !record.sourceFile.empty() && !record.sourceSection.empty() && !record.sourceKey.empty();
+        shown.push_back(
+            {record.line,
+             hasSource ? ShowPlace(record.sourceFile, record.sourceSection, record.sourceKey, secrets) : std::string(),
+             ShowPlace(record.file, record.section, record.key, secrets), outcomes[shown.size()]});
+    }
+    return shown;
+}
+
+std::vector<ShownForgottenKey> ShowForgotten(std::vector<ForgottenKey> keys, const Secrets& secrets)
+{
+    for (ForgottenKey& key : keys) {
+        for (std::string* name : {&key.file, &key.section, &key.key})
+            *name = ShowName(*name, secrets);
+    }
+    return keys;
+}
+
 /// Runs the modes on copies of the phone and keeps what was seen of them.
 class PreviewRun
 {
@@ -108,6 +142,10 @@ public:
                                          .secrets = secrets});
         for (const RunReports& reports : reports_)
             preview.reports.push_back(ShowReports(reports, lists_.records, secrets));
+        preview.records =
+            ShowRecords(lists_.records, FindRecordOutcomes(lists_.records, reports_, before_, states_), secrets);
+        const Snapshot& old = request_.firmware == nullptr ? before_ : old_;
+        preview.forgotten = ShowForgotten(FindForgottenKeys(before_, old, lists_, formats), secrets);
     }
 
 private:
@@ -116,6 +154,7 @@ private:
     {
         CopyPhone(trees, oldPhone);
         oldLists_ = StepsClient(request_.programs.steps, oldPhone).ReadLists();
+        old_ = TakeSnapshot(oldPhone);
     }
 
     void SavePhone() const
@@ -143,6 +182,7 @@ private:
     StepsClient steps_;
     PhoneLists lists_;
     PhoneLists oldLists_; ///< of the phone before the upgrade was installed; empty without one
+    Snapshot old_;
     Snapshot before_;
     Snapshot after_;
     Snapshot afterSecondRun_;

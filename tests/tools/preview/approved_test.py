@@ -54,10 +54,10 @@ class Approved(previewTool.PreviewTest):
     def test_what_is_no_approved_preview(self):
         image, = self.images(image="")
         approved = self.folder / "approved.json"
-        for text in ("", "[]", "{}", '{"format": "kestrune-preview", "version": 3, "previews": []}',
-                     '{"format": "kestrune-preview", "version": 2, "previews": [{"files": 1}]}',
-                     '{"format": "kestrune-preview", "version": 2, "previews": []}',
-                     '{"format": 7, "version": 2, "previews": []}', "[" * 100_000):
+        for text in ("", "[]", "{}", '{"format": "kestrune-preview", "version": 2, "previews": []}',
+                     '{"format": "kestrune-preview", "version": 3, "previews": [{"files": 1}]}',
+                     '{"format": "kestrune-preview", "version": 3, "previews": []}',
+                     '{"format": 7, "version": 3, "previews": []}', "[" * 100_000):
             approved.write_text(text)
             result = previewTool.run("--expect", approved, image, "all")
             self.assertEqual(result.returncode, previewTool.NOT_DONE)

@@ -111,6 +111,16 @@ std::string Files(const char* title, const std::vector<ShownFile>& files)
     return files.empty() ? html + "<p>None.</p>\n" : html;
 }
 
+std::string Forgotten(const Preview& preview)
+{
+    std::string rows;
+    for (const auto& [section, keys] : OwnForgotten(preview.forgotten))
+        rows += "<tr><td class=\"name\">" + Element("span", "dim", section) + "</td><td>" + EscapeHtml(Join(keys)) +
+                "</td></tr>\n";
+    return rows.empty() ? rows
+                        : "<h2>What the table forgets</h2>\n<div class=\"wide\"><table>" + rows + "</table></div>\n";
+}
+
 std::string Reports(const std::vector<ShownReports>& reports)
 {
     std::string html;
@@ -128,7 +138,7 @@ std::string Section(const Preview& preview, bool withReports)
     if (!preview.error.empty())
         return html + "<p>" + Element("span", "error", "error: " + preview.error) + "</p></section>\n";
     html += Tiles(preview) + ChangesChart(preview) + Warnings(preview.warnings) + Files("Changes", preview.files) +
-            Files("What a second run would still change", preview.secondRun);
+            Forgotten(preview) + Files("What a second run would still change", preview.secondRun);
     return html + (withReports ? Reports(preview.reports) : std::string()) + "</section>\n";
 }
 

@@ -78,6 +78,25 @@ Json WarningsToJson(const std::vector<ShownWarning>& warnings)
     return json;
 }
 
+Json RecordsToJson(const std::vector<ShownRecord>& records)
+{
+    Json json = Json::array();
+    for (const ShownRecord& record : records)
+        json.push_back({{"line", record.line},
+                        {"source", record.source},
+                        {"destination", record.destination},
+                        {"outcome", OutcomeWords(record.outcome)}});
+    return json;
+}
+
+Json ForgottenToJson(const std::vector<ShownForgottenKey>& keys)
+{
+    Json json = Json::array();
+    for (const ShownForgottenKey& key : keys)
+        json.push_back({{"file", key.file}, {"section", key.section}, {"key", key.key}, {"own", key.isOwn}});
+    return json;
+}
+
 Json PreviewToJson(const Preview& preview, bool withReports)
 {
     Json json = {{"image", preview.image}, {"modes", preview.modes}};
@@ -91,6 +110,8 @@ Json PreviewToJson(const Preview& preview, bool withReports)
     json["warnings"] = WarningsToJson(preview.warnings);
     json["files"] = FilesToJson(preview.files);
     json["secondRun"] = {{"summary", SummaryToJson(preview.secondRun)}, {"files", FilesToJson(preview.secondRun)}};
+    json["records"] = RecordsToJson(preview.records);
+    json["forgotten"] = ForgottenToJson(preview.forgotten);
     if (withReports) {
         json["reports"] = Json::array();
         for (const ShownReports& reports : preview.reports)

@@ -63,6 +63,16 @@ std::string WordsOf(const ShownWarning& warning)
     return std::string(SeverityName(warning.severity)) + " " + warning.rule;
 }
 
+std::map<std::string, std::vector<std::string>> OwnForgotten(const std::vector<ShownForgottenKey>& keys)
+{
+    std::map<std::string, std::vector<std::string>> sections;
+    for (const ShownForgottenKey& key : keys) {
+        if (key.isOwn)
+            sections[key.file + " [" + key.section + "]"].push_back(key.key);
+    }
+    return sections;
+}
+
 std::string SummaryLine(const Preview& preview)
 {
     return "files: " + CountWords(CountFiles(preview.files)) + "; keys: " + CountWords(CountValues(preview.files)) +

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -30,6 +31,9 @@ std::size_t LengthOf(const std::string& text);
 
 /// @return "error KP006"
 std::string WordsOf(const ShownWarning& warning);
+
+/// @return the forgotten keys with values of the user's own, by "FILE [SECTION]"
+std::map<std::string, std::vector<std::string>> OwnForgotten(const std::vector<ShownForgottenKey>& keys);
 
 /// @return one line: how much changes
 std::string SummaryLine(const Preview& preview);

@@ -3,6 +3,8 @@
 
 #include "textOutput.h"
 
+#include <utility>
+
 #include "summaryText.h"
 
 namespace
@@ -60,6 +62,7 @@ public:
             out_ << "\nNothing changes.\n";
         for (const ShownFile& file : preview.files)
             WriteFile(file);
+        WriteForgotten(preview);
         WriteSecondRun(preview);
         if (style_.withReports) {
             for (const ShownReports& reports : preview.reports)
@@ -151,6 +154,13 @@ private:
         if (!before.empty() && !after.empty() && before != after)
             words = ValueWords(before) + " -> " + words;
         return words + " (" + change.secret + ")";
+    }
+
+    void WriteForgotten(const Preview& preview)
+    {
+        std::string title = "\n" + Paint(kBold, "What the table forgets") + "\n";
+        for (const auto& [section, keys] : OwnForgotten(preview.forgotten))
+            out_ << std::exchange(title, "") << "  " << section << " " << Join(keys) << "\n";
     }
 
     void WriteSecondRun(const Preview& preview)

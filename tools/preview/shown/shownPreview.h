@@ -12,6 +12,8 @@
 
 #include "changes/fileChanges.h"
 #include "phoneImage/severity.h"
+#include "table/forgottenKeys.h"
+#include "table/recordOutcomes.h"
 
 /// A preview as it is shown: every text in it is printable, and its secrets are hidden.
 
@@ -45,6 +47,16 @@ struct ShownWarning {
     std::string advice;
 };
 
+/// A record of the translation table.
+struct ShownRecord {
+    int line;           ///< of the table, from 1
+    std::string source; ///< such as "[S] k of /file"; empty when an attribute is absent
+    std::string destination;
+    RecordOutcome outcome;
+};
+
+using ShownForgottenKey = ForgottenKey; ///< its names are printable too
+
 /// What a run reported, line by line.
 struct ShownReports {
     std::string mode;
@@ -71,6 +83,8 @@ struct Preview {
     std::vector<ShownWarning> warnings;
     std::vector<ShownFile> secondRun; ///< what a second run of the same modes would still change
     std::vector<ShownReports> reports;
+    std::vector<ShownRecord> records;         ///< of the whole table, in its order
+    std::vector<ShownForgottenKey> forgotten; ///< by the table
 };
 
 /// @return the worst severity among the warnings, error where there is no preview; none where nothing was found
