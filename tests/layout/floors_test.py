@@ -14,7 +14,7 @@ ROOT = Path(__file__).resolve().parents[2]
 PLATFORM = ["platform/include"]
 APP = ["app/kestrune/phone", "app/kestrune/xmlTranslator", "app/kestrune/kestrune"]
 IMAGE = ["platform/host", "tools/phoneImage"]
-ROOMS = ["steps", "items", "table", "changes", "secrets", "shown", "warnings", "output"]  # in the order of a value's way to a report
+ROOMS = ["steps", "items", "table", "changes", "secrets", "shown", "warnings", "output", "fleet"]  # in the order of a value's way to a report
 
 MAY_INCLUDE = {
     "platform/include": [],

@@ -5,30 +5,186 @@
 
 #include <algorithm>
 #include <atomic>
+#include <exception>
+#include <iomanip>
 #include <mutex>
+#include <nettle/sha2.h>
+#include <set>
+#include <sstream>
 #include <thread>
 
+#include "fleet/fleetCounter.h"
+#include "fleet/fleetLog.h"
+#include "fleet/fleetOutput.h"
+#include "fleet/phoneLine.h"
+#include "output/htmlOutput.h"
 #include "output/progressBar.h"
+#include "phoneImage/imageLimits.h"
+#include "phoneImage/printable.h"
+#include "phoneImage/scratch.h"
+#include "phoneImage/toolError.h"
 
-std::vector<Preview> MakePreviews(const std::vector<std::filesystem::path>& images, const PreviewRequest& request,
-                                  unsigned jobs)
+namespace fs = std::filesystem;
+using nlohmann::json;
+
+namespace
 {
-    std::vector<Preview> previews(images.size());
-    const ProgressBar bar(images.size());
-    std::mutex barMutex;
+
+constexpr std::size_t kFingerprintBytes = 16;
+
+json FirstLine(const FleetOptions& options)
+{
+    return {{"format", "kestrune-preview-fleet"},
+            {"version", kFleetLogVersion},
+            {"madeBy", "kestrune-preview " KESTRUNE_VERSION},
+            {"modes", options.modes},
+            {"difference", options.isDifference},
+            {"revealed", options.isRevealed},
+            {"upgrade", options.upgrade}};
+}
+
+FleetReport Finish(FleetCounter& counter, const json& first)
+{
+    FleetReport report = counter.Take();
+    report.modes = first.at("modes").get<std::vector<std::string>>();
+    report.isDifference = first.at("difference").get<bool>();
+    report.isRevealed = first.at("revealed").get<bool>();
+    return report;
+}
+
+/// What the threads share. Each function is called by one of them at a time.
+class Fleet
+{
+public:
+    Fleet(const FleetOptions& options, std::ostream& errors) : options_(options), errors_(errors)
+    {
+        if (options.log.empty())
+            return;
+        log_.emplace(options.log, FirstLine(options), ReadersOfOutput(), [this](const json& line) {
+            counter_.Add(line);
+            if (line.contains("image"))
+                done_.insert(line["image"].get<std::string>());
+        });
+    }
+
+    bool IsDone(const std::string& image) const { return done_.count(Printable(image)) != 0; }
+
+    /// Writes the page before the line: a phone with a line has a page.
+    void Add(const std::string& image, const Preview& preview)
+    {
+        const std::string name = Printable(image);
+        if (!preview.error.empty())
+            errors_ << "kestrune-preview: " << name << ": " << preview.error << std::endl;
+        else if (!options_.pages.empty())
+            OutputFile(options_.pages / PageName(name), HtmlPage(preview, options_.withReports), ReadersOfOutput()).Commit();
+        json line = PhoneLine(name, preview);
+        if (const json table = TableOf(preview); !table.empty()) {
+            bool isNew = false;
+            line["table"] = counter_.NumberOf(table, isNew);
+            if (isNew)
+                AddLine({{"records", table}});
+        }
+        AddLine(line);
+    }
+
+    FleetReport Report() { return Finish(counter_, FirstLine(options_)); }
+
+private:
+    Readers ReadersOfOutput() const { return options_.isRevealed ? Readers::Owner : Readers::AsBefore; }
+
+    void AddLine(const json& line)
+    {
+        if (log_)
+            log_->Append(line);
+        counter_.Add(line);
+    }
+
+    const FleetOptions& options_;
+    std::ostream& errors_;
+    FleetCounter counter_;
+    std::set<std::string> done_; ///< images that the log has
+    std::optional<FleetLog> log_;
+};
+
+/// @param name  in its folder: the same firmware is in other places on other machines
+void HashFile(sha256_ctx& hash, const std::string& name, const fs::path& path)
+{
+    const std::string content = ReadWhole(path, kMostImageBytes);
+    const std::string bytes = name + '\n' + std::to_string(content.size()) + '\n' + content;
+    sha256_update(&hash, bytes.size(), reinterpret_cast<const std::uint8_t*>(bytes.data()));
+}
+
+} // namespace
+
+FleetReport RunFleet(const std::vector<std::string>& images, const FleetOptions& options, std::ostream& errors)
+{
+    Fleet fleet(options, errors);
+    std::vector<std::string> toDo;
+    std::copy_if(images.begin(), images.end(), std::back_inserter(toDo), [&](const std::string& image) { return !fleet.IsDone(image); });
+    const ProgressBar bar(toDo.size());
+    std::mutex mutex;
     std::size_t done = 0;
+    std::exception_ptr failure;
     std::atomic<std::size_t> next = 0;
     const auto work = [&] {
-        for (std::size_t own = next++; own < images.size(); own = next++) {
-            previews[own] = MakePreview(images[own], request);
-            const std::lock_guard lock(barMutex);
-            bar.Show(++done);
+        for (std::size_t own = next++; own < toDo.size(); own = next++) {
+            const Preview preview = options.makePreview(toDo[own]);
+            const std::lock_guard lock(mutex);
+            try {
+                fleet.Add(toDo[own], preview);
+                bar.Show(++done);
+            } catch (...) {
+                failure = std::current_exception();
+                next = toDo.size();
+            }
         }
     };
     std::vector<std::thread> workers;
-    for (std::size_t i = 0; i < std::min<std::size_t>(jobs, images.size()); ++i)
+    for (std::size_t i = 0; i < std::min<std::size_t>(options.jobs, toDo.size()); ++i)
         workers.emplace_back(work);
     for (std::thread& worker : workers)
         worker.join();
-    return previews;
+    if (failure)
+        std::rethrow_exception(failure);
+    return fleet.Report();
+}
+
+FleetReport MergeLogs(const std::vector<fs::path>& logs)
+{
+    FleetCounter counter;
+    json first;
+    for (const fs::path& log : logs) {
+        counter.BeginLog();
+        const json own = ReadFleetLog(log, [&counter](const json& line) { counter.Add(line); });
+        if (!first.is_null() && own != first)
+            throw ToolError(log.string() + " is of another run than " + logs.front().string());
+        first = own;
+    }
+    return Finish(counter, first);
+}
+
+std::string FingerprintOf(const std::vector<fs::path>& paths)
+{
+    sha256_ctx hash;
+    sha256_init(&hash);
+    for (const fs::path& path : paths) {
+        std::vector<fs::path> files;
+        if (fs::is_directory(path)) {
+            for (const fs::directory_entry& entry : fs::recursive_directory_iterator(path)) {
+                if (fs::is_regular_file(entry.symlink_status()))
+                    files.push_back(entry.path());
+            }
+            std::sort(files.begin(), files.end());
+        } else if (!path.empty()) {
+            files.push_back(path);
+        }
+        for (const fs::path& file : files)
+            HashFile(hash, file == path ? "" : file.lexically_relative(path).string(), file);
+    }
+    std::array<std::uint8_t, SHA256_DIGEST_SIZE> digest = {};
+    sha256_digest(&hash, digest.size(), digest.data());
+    std::ostringstream text;
+    for (std::size_t i = 0; i < kFingerprintBytes; ++i)
+        text << std::hex << std::setw(2) << std::setfill('0') << unsigned{digest[i]};
+    return text.str();
 }

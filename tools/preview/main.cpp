@@ -10,16 +10,19 @@
 
 #include "expectation.h"
 #include "fleet.h"
+#include "fleet/fleetOutput.h"
 #include "options.h"
 #include "output/htmlOutput.h"
 #include "output/jsonOutput.h"
 #include "output/outputFile.h"
-#include "output/tableOutput.h"
 #include "output/textOutput.h"
+#include "phoneImage/imageNames.h"
 #include "phoneImage/printable.h"
 #include "phoneImage/sandbox.h"
 #include "phoneImage/scratch.h"
 #include "phoneImage/toolError.h"
+
+namespace fs = std::filesystem;
 
 namespace
 {
@@ -29,10 +32,15 @@ constexpr int kNeedsCare = 1; ///< there is a warning; with --expect: it is not 
 constexpr int kFails = 2;     ///< there is an error, or no preview of one of several images
 constexpr int kNotDone = 3;   ///< there is no preview
 
+Readers ReadersOf(const Options& options)
+{
+    return options.request.secrecy == Secrecy::Revealed ? Readers::Owner : Readers::AsBefore;
+}
+
 /// Finds out what would stop the run at its end before the work is done.
 void RequireOutputs(const Options& options)
 {
-    for (const std::filesystem::path& path : {options.jsonFile, options.htmlFile}) {
+    for (const fs::path& path : {options.jsonFile, options.htmlFile}) {
         if (!path.empty() && path != "-")
             RequireWritable(path);
     }
@@ -44,7 +52,7 @@ void RequireOutputs(const Options& options)
 ///
 /// @param path  "-" for standard output; empty for none
 /// @param file  receives the file that is still to be committed, if there is one
-void Write(const std::filesystem::path& path, const std::string& text, Readers readers, std::optional<OutputFile>& file)
+void Write(const fs::path& path, const std::string& text, Readers readers, std::optional<OutputFile>& file)
 {
     if (path == "-")
         std::cout << text;
@@ -52,78 +60,141 @@ void Write(const std::filesystem::path& path, const std::string& text, Readers r
         file.emplace(path, text, readers);
 }
 
-void WriteDocuments(const Options& options, const std::vector<Preview>& previews)
+/// @param makePage  called only when a page was asked for
+template <typename MakePage>
+void WriteDocuments(const Options& options, const nlohmann::ordered_json& document, MakePage makePage)
 {
-    const bool isRevealed = options.request.secrecy == Secrecy::Revealed;
-    const Readers readers = isRevealed ? Readers::Owner : Readers::AsBefore;
     std::optional<OutputFile> jsonFile;
     std::optional<OutputFile> htmlFile;
-    if (!options.jsonFile.empty()) {
-        const nlohmann::ordered_json document = ToJson(previews, {options.withReports, isRevealed});
-        Write(options.jsonFile, document.dump(2) + "\n", readers, jsonFile);
-    }
+    if (!options.jsonFile.empty())
+        Write(options.jsonFile, document.dump(2) + "\n", ReadersOf(options), jsonFile);
     if (!options.htmlFile.empty())
-        Write(options.htmlFile, HtmlPage(previews, options.withReports), readers, htmlFile);
+        Write(options.htmlFile, makePage(), ReadersOf(options), htmlFile);
     if (jsonFile)
         jsonFile->Commit();
     if (htmlFile)
         htmlFile->Commit();
+    std::cout.flush();
+    if (!std::cout)
+        throw ToolError("cannot write to standard output");
 }
 
-void WriteToTerminal(const Options& options, const std::vector<Preview>& previews)
+bool IsTerminalFree(const Options& options)
 {
-    for (const Preview& preview : previews) {
-        if (!preview.error.empty())
-            std::cerr << "kestrune-preview: " << preview.image << ": " << preview.error << "\n";
-    }
-    if (options.jsonFile == "-" || options.htmlFile == "-")
-        return;
-    if (previews.size() > 1)
-        WriteTable(std::cout, previews);
-    else if (previews.front().error.empty())
-        WriteText(std::cout, previews.front(), {options.withColour, options.withReports});
+    return options.jsonFile != "-" && options.htmlFile != "-";
 }
 
-int StatusOf(const std::vector<Preview>& previews)
+int StatusOf(std::optional<Severity> worst)
 {
-    Severity worst = Severity::Note;
-    if (std::all_of(previews.begin(), previews.end(), [](const Preview& preview) { return !preview.error.empty(); }))
-        return kNotDone;
-    for (const Preview& preview : previews)
-        worst = std::max(worst, WorstOf(preview).value_or(Severity::Note));
     if (worst == Severity::Error)
         return kFails;
     return worst == Severity::Warning ? kNeedsCare : kEndsWell;
 }
 
-int CompareWithApproved(const Approved& approved, const std::vector<Preview>& previews)
+int CompareWithApproved(const Approved& approved, const Preview& preview)
 {
-    const std::vector<std::string> differences = DifferencesFrom(approved, previews);
+    const std::vector<std::string> differences = DifferencesFrom(approved, {preview});
     for (const std::string& difference : differences)
         std::cerr << "kestrune-preview: " << difference << "\n";
     return differences.empty() ? kEndsWell : kNeedsCare;
 }
 
-int Run(const Options& options)
+int PreviewOne(const Options& options, const PreviewRequest& request, const Approved& approved)
 {
-    RequireOutputs(options);
+    const Preview preview = MakePreview(options.words.front(), request);
+    if (!preview.error.empty())
+        std::cerr << "kestrune-preview: " << preview.image << ": " << preview.error << "\n";
+    else if (IsTerminalFree(options))
+        WriteText(std::cout, preview, {options.withColour, options.withReports});
+    const int status = approved != nullptr   ? CompareWithApproved(approved, preview)
+                       : preview.error.empty() ? StatusOf(WorstOf(preview))
+                                               : kNotDone;
+    WriteDocuments(options, ToJson({preview}, {options.withReports, request.secrecy == Secrecy::Revealed}),
+                   [&] { return HtmlPage(preview, options.withReports); });
+    return status;
+}
+
+int WriteReport(const Options& options, const FleetReport& report)
+{
+    if (IsTerminalFree(options))
+        WriteFleetText(std::cout, report);
+    WriteDocuments(options, FleetJson(report), [&] { return FleetPage(report, options.pages); });
+    const auto isShown = [](const PhoneRow& row) { return row.error.empty(); };
+    if (std::none_of(report.phones.begin(), report.phones.end(), isShown))
+        return kNotDone;
+    if (report.byEnding[static_cast<std::size_t>(Ending::Fail)] != 0 && !report.isDifference)
+        return kFails;
+    if (report.isDifference)
+        return report.places.empty() && report.rules.empty() ? kEndsWell : kNeedsCare;
+    return report.byEnding[static_cast<std::size_t>(Ending::Care)] != 0 ? kNeedsCare : kEndsWell;
+}
+
+FleetOptions FleetOptionsOf(const Options& options, const PreviewRequest& request)
+{
+    std::vector<fs::path> upgrade = {request.programs.program, request.programs.steps};
+    upgrade.insert(upgrade.end(), options.firmware.begin(), options.firmware.end());
+    upgrade.insert(upgrade.end(), options.table.begin(), options.table.end());
+    FleetOptions fleet;
+    fleet.makePreview = [&request](const std::string& image) { return MakePreview(image, request); };
+    fleet.modes = request.modes;
+    fleet.isRevealed = request.secrecy == Secrecy::Revealed;
+    fleet.withReports = options.withReports;
+    fleet.jobs = options.jobs;
+    fleet.log = options.log;
+    fleet.pages = options.pages;
+    fleet.upgrade = FingerprintOf(upgrade);
+    if (!options.pages.empty())
+        fs::create_directories(options.pages);
+    return fleet;
+}
+
+/// @param number  0 for the first upgrade of a difference, or the only one
+Firmware FirmwareOf(const Options& options, std::size_t number)
+{
+    const auto choose = [number](const std::vector<fs::path>& paths) {
+        return paths.empty() ? fs::path() : paths[std::min(number, paths.size() - 1)];
+    };
+    return {choose(options.firmware), choose(options.table)};
+}
+
+int RunDiff(const Options& options, const std::vector<std::string>& images)
+{
+    const Firmware first = FirmwareOf(options, 0);
+    const Firmware second = FirmwareOf(options, 1);
+    PreviewRequest request = options.request;
+    request.firmware = &first;
+    FleetOptions fleet = FleetOptionsOf(options, request);
+    fleet.isDifference = true;
+    fleet.makePreview = [&](const std::string& image) { return MakeDifference(image, request, second); };
+    return WriteReport(options, RunFleet(images, fleet, std::cerr));
+}
+
+int RunPreview(Options options, const std::vector<std::string>& images)
+{
     Approved approved; // read before a new JSON takes its place
     if (!options.expectedFile.empty())
         approved = ReadApproved(options.expectedFile, options.request.secrecy);
-    RemoveScratchOfEndedProcesses();
-    RequireSandbox();
-
-    const Firmware firmware(options.firmware, options.table);
+    const Firmware firmware = FirmwareOf(options, 0);
     PreviewRequest request = options.request;
     request.firmware = firmware.IsNone() ? nullptr : &firmware;
-    const std::vector<Preview> previews = MakePreviews(options.images, request, options.jobs);
-    WriteToTerminal(options, previews);
-    const int status = approved == nullptr ? StatusOf(previews) : CompareWithApproved(approved, previews);
-    WriteDocuments(options, previews);
-    std::cout.flush();
-    if (!std::cout)
-        throw ToolError("cannot write to standard output");
-    return status;
+    if (images.size() > 1 || !options.log.empty()) {
+        if (approved != nullptr || !request.savedPhone.empty())
+            throw ToolError("--expect and --save-phone take one IMAGE");
+        return WriteReport(options, RunFleet(images, FleetOptionsOf(options, request), std::cerr));
+    }
+    options.words = images;
+    return PreviewOne(options, request, approved);
+}
+
+int Run(const Options& options)
+{
+    RequireOutputs(options);
+    if (options.command == Command::Merge)
+        return WriteReport(options, MergeLogs({options.words.begin(), options.words.end()}));
+    RemoveScratchOfEndedProcesses();
+    RequireSandbox();
+    const std::vector<std::string> images = FindImages(options.words);
+    return options.command == Command::Diff ? RunDiff(options, images) : RunPreview(options, images);
 }
 
 } // namespace

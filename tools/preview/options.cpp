@@ -38,7 +38,7 @@ OptionsResult Refuse(const std::string& reason)
 bool LooksLikeImage(const std::string& word)
 {
     std::error_code ignored; // what cannot be looked at is no image
-    return word.find('/') != std::string::npos || word.find(".tar") != std::string::npos || fs::exists(word, ignored);
+    return word.starts_with('@') || word.find('/') != std::string::npos || word.find(".tar") != std::string::npos || fs::exists(word, ignored);
 }
 
 bool IsMode(const std::string& word, bool isAnyMode)
@@ -52,7 +52,7 @@ OptionsResult DivideWords(const Arguments& given, Options& options)
 {
     const auto isMode = [&given](const std::string& word) { return IsMode(word, given.isAnyMode); };
     const auto firstMode = std::find_if(given.words.begin() + 1, given.words.end(), isMode);
-    options.images.assign(given.words.begin(), firstMode);
+    options.words.assign(given.words.begin(), firstMode);
     options.request.modes.assign(firstMode, given.words.end());
 
     const std::string hint = "; modes are all, dev, pwd, 1 and 2, and come after the images";
@@ -99,18 +99,30 @@ fs::path WithoutLastSlash(const fs::path& path)
     return path.has_filename() || !path.has_relative_path() ? path : path.parent_path();
 }
 
+/// A difference needs two upgrades, a preview one at most.
+bool HasRightUpgrades(const Options& options)
+{
+    const std::size_t most = std::max(options.firmware.size(), options.table.size());
+    return options.command == Command::Diff ? most == 2 : most <= 1;
+}
+
 OptionsResult Complete(const Arguments& given, Options& options)
 {
+    if (options.jsonFile == "-" && options.htmlFile == "-")
+        return Refuse("only one of --json and --html can go to standard output");
+    if (options.command == Command::Merge) {
+        options.words = given.words;
+        return OptionsResult::Run;
+    }
     if (DivideWords(given, options) != OptionsResult::Run)
         return OptionsResult::Wrong;
+    if (!HasRightUpgrades(options))
+        return Refuse(options.command == Command::Diff ? "diff needs --firmware or --table twice, the old one first"
+                                                       : "--firmware and --table are given once");
     options.withColour = IsColourWanted(given.colour);
     options.request.secrecy = given.isRevealed ? Secrecy::Revealed : Secrecy::Hidden;
     options.request.programs = FindPrograms(given.program);
     options.request.savedPhone = WithoutLastSlash(options.request.savedPhone);
-    if (options.jsonFile == "-" && options.htmlFile == "-")
-        return Refuse("only one of --json and --html can go to standard output");
-    if (options.images.size() > 1 && !options.request.savedPhone.empty())
-        return Refuse("--save-phone takes one IMAGE");
     for (const fs::path& program : {options.request.programs.program, options.request.programs.steps}) {
         if (access(program.c_str(), X_OK) != 0)
             return Refuse("no program " + Printable(program.string()));
@@ -118,44 +130,78 @@ OptionsResult Complete(const Arguments& given, Options& options)
     return OptionsResult::Run;
 }
 
-void Describe(CLI::App& app, Arguments& given, Options& options)
+CLI::Option* AddFile(CLI::App& app, const char* name, std::filesystem::path& file, const char* description)
 {
-    app.add_option("IMAGE... MODE", given.words, "backups of phones (folders, .tar, .tar.gz), then the modes to run")
-        ->option_text(" ")
-        ->required();
+    return app.add_option(name, file, description)->option_text("FILE")->check(&RefuseEmptyName);
+}
+
+void DescribeOutputs(CLI::App& app, Options& options)
+{
+    AddFile(app, "--json", options.jsonFile, "write the preview or the report to this file as JSON; - is standard output");
+    AddFile(app, "--html", options.htmlFile, "write it to this file as an HTML page; - is standard output");
+    AddFile(app, "--pages", options.pages, "write a page for each phone to this folder; the report links to them")
+        ->option_text("FOLDER");
+}
+
+/// Options of one image, which a difference does not have.
+void DescribePreview(CLI::App& app, Arguments& given, Options& options)
+{
     app.add_flag("--reports", options.withReports, "show what the program reported, too");
-    app.add_flag("--reveal-secrets", given.isRevealed, "show passwords, PINs and keys instead of hiding them");
     app.add_option("--color", given.colour, "colour the text: auto, always or never")
         ->option_text("WHEN")
         ->check(CLI::IsMember({"auto", "always", "never"}));
-    app.add_option("--json", options.jsonFile, "write the preview to this file as JSON; - is standard output")
-        ->option_text("FILE")
-        ->check(&RefuseEmptyName);
-    app.add_option("--html", options.htmlFile, "write the preview to this file as an HTML page; - is standard output")
-        ->option_text("FILE")
-        ->check(&RefuseEmptyName);
-    app.add_option("--expect", options.expectedFile, "compare with an approved preview, which --json wrote")
-        ->option_text("FILE")
-        ->check(&RefuseEmptyName);
-    app.add_option("--jobs", options.jobs, "number of images to process in parallel (default: number of processors)")
+    AddFile(app, "--expect", options.expectedFile, "compare with an approved preview, which --json wrote");
+    AddFile(app, "--save-phone", options.request.savedPhone, "save the phone as it is after the run to a new folder")
+        ->option_text("FOLDER");
+}
+
+void DescribeRuns(CLI::App& app, Arguments& given, Options& options)
+{
+    app.add_flag("--reveal-secrets", given.isRevealed, "show passwords, PINs and keys instead of hiding them");
+    AddFile(app, "--jsonl", options.log, "write a line for each phone to this file, and go on where it ends");
+    app.add_option("-j,--jobs", options.jobs, "number of images to process in parallel (default: number of processors)")
         ->option_text("NUMBER")
         ->check(CLI::Range(1u, 256u));
     app.add_option("--firmware", options.firmware, "replace the /phone of each image by that of this folder or archive")
         ->option_text("IMAGE")
-        ->check(&RefuseEmptyName);
+        ->check(&RefuseEmptyName)
+        ->expected(1, 2)
+        ->allow_extra_args(false);
     app.add_option("--table", options.table, "replace the translation table of each phone by this file")
         ->option_text("FILE")
-        ->check(&RefuseEmptyName);
+        ->check(&RefuseEmptyName)
+        ->expected(1, 2)
+        ->allow_extra_args(false);
     app.add_option("--program", given.program, "run this kestrune")->option_text("FILE");
-    app.add_option("--save-phone", options.request.savedPhone, "save the phone as it is after the run to a new folder")
-        ->option_text("FOLDER")
-        ->check(&RefuseEmptyName);
     app.add_flag("--any-mode", given.isAnyMode, "allow modes other than all, dev, pwd, 1 and 2");
+}
+
+void Describe(CLI::App& app, Arguments& given, Options& options)
+{
+    const bool isMerge = options.command == Command::Merge;
+    app.add_option(isMerge ? "LOG..." : "IMAGE... MODE", given.words,
+                   isMerge ? "what --jsonl wrote" : "backups of phones, folders of them, or @FILE with names; then the modes")
+        ->option_text(" ")
+        ->required();
+    DescribeOutputs(app, options);
+    if (!isMerge)
+        DescribeRuns(app, given, options);
+    if (options.command == Command::Preview)
+        DescribePreview(app, given, options);
     app.set_version_flag("--version", "kestrune-preview " KESTRUNE_VERSION, "show the version and exit");
     app.set_help_flag("-h,--help", "show this help and exit");
-    app.footer("IMAGE arguments come before MODE arguments. Several modes run one after another on one copy.\n"
-               "Exit status: 0 all ends well, 1 a warning, 2 an error, 3 there is no preview; with --expect: 0 as "
-               "approved, 1 not.");
+    app.footer("Several modes run one after another on one copy. Other commands: kestrune-preview merge LOG...,\n"
+               "kestrune-preview diff --table OLD --table NEW IMAGE... MODE.\n"
+               "Exit status: 0 all ends well, 1 a warning, 2 an error, 3 there is no preview; with --expect and diff: 0 the\n"
+               "same, 1 not.");
+}
+
+Command CommandOf(int argumentCount, const char* const* arguments)
+{
+    const std::string_view word = argumentCount > 1 ? arguments[1] : "";
+    if (word == "merge")
+        return Command::Merge;
+    return word == "diff" ? Command::Diff : Command::Preview;
 }
 
 } // namespace
@@ -166,9 +212,11 @@ OptionsResult ReadOptions(int argumentCount, const char* const* arguments, Optio
                  "kestrune-preview");
     Arguments given;
     options.jobs = std::max(1u, std::thread::hardware_concurrency());
+    options.command = CommandOf(argumentCount, arguments);
+    const int skipped = options.command == Command::Preview ? 0 : 1;
     Describe(app, given, options);
     try {
-        app.parse(argumentCount, arguments);
+        app.parse(argumentCount - skipped, arguments + skipped);
     } catch (const CLI::ParseError& error) {
         if (error.get_exit_code() != 0)
             return Refuse(Printable(error.what()) + "; see kestrune-preview --help");

@@ -9,18 +9,27 @@
 
 #include "preview.h"
 
+enum class Command {
+    Preview,
+    Merge, ///< "merge": adds up logs
+    Diff,  ///< "diff": compares two upgrades
+};
+
 /// What the command line asks for.
 struct Options {
-    std::vector<std::filesystem::path> images;
+    Command command = Command::Preview;
+    std::vector<std::string> words; ///< images, folders of images and lists; logs to merge
     PreviewRequest request;
-    std::filesystem::path firmware; ///< folder or archive whose /phone replaces each image's; empty for none
-    std::filesystem::path table;    ///< replaces each phone's translation table; empty for none
+    std::vector<std::filesystem::path> firmware; ///< whose /phone replaces each image's; two for a difference of them
+    std::vector<std::filesystem::path> table;    ///< replaces each phone's translation table; likewise
     bool withReports = false;
     bool withColour = false;
     unsigned jobs = 1;                  ///< how many images are processed in parallel, from 1
     std::filesystem::path jsonFile;     ///< "-" for standard output, empty for none
     std::filesystem::path htmlFile;     ///< likewise
     std::filesystem::path expectedFile; ///< JSON of an approved preview, empty for none
+    std::filesystem::path log;          ///< gets a line for each phone, empty for none
+    std::filesystem::path pages;        ///< folder for the page of each phone, empty for none
 };
 
 enum class OptionsResult {

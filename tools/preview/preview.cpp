@@ -3,6 +3,10 @@
 
 #include "preview.h"
 
+#include <algorithm>
+#include <iterator>
+#include <tuple>
+
 #include "output/outputFile.h"
 #include "phoneImage/childProcess.h"
 #include "phoneImage/imageCopy.h"
@@ -91,6 +95,24 @@ std::vector<ShownForgottenKey> ShowForgotten(std::vector<ForgottenKey> keys, con
     return keys;
 }
 
+Snapshot WithoutFirmware(Snapshot phone)
+{
+    std::erase_if(phone, [](const auto& entry) { return entry.first.starts_with("/phone"); });
+    return phone;
+}
+
+/// @return the warnings that the other list has not
+std::vector<ShownWarning> Without(const std::vector<ShownWarning>& warnings, const std::vector<ShownWarning>& others)
+{
+    std::vector<ShownWarning> left;
+    std::copy_if(warnings.begin(), warnings.end(), std::back_inserter(left), [&others](const ShownWarning& warning) {
+        return std::none_of(others.begin(), others.end(), [&warning](const ShownWarning& other) {
+            return std::tie(warning.rule, warning.place, warning.text) == std::tie(other.rule, other.place, other.text);
+        });
+    });
+    return left;
+}
+
 /// Runs the modes on copies of the phone and keeps what was seen of them.
 class PreviewRun
 {
@@ -146,6 +168,19 @@ public:
             ShowRecords(lists_.records, FindRecordOutcomes(lists_.records, reports_, before_, states_), secrets);
         const Snapshot& old = request_.firmware == nullptr ? before_ : old_;
         preview.forgotten = ShowForgotten(FindForgottenKeys(before_, old, lists_, formats), secrets);
+    }
+
+    /// Shows how the phone after this run differs from that after another one. The firmware's own files do not count.
+    void ShowDifference(const PreviewRun& other, Preview& preview) const
+    {
+        const PhoneLists lists = Join(Join(lists_, oldLists_), other.lists_);
+        const FileFormats formats(lists);
+        Secrets secrets(lists, request_.secrecy);
+        std::vector<const Snapshot*> states = AllStates();
+        const std::vector<const Snapshot*> otherStates = other.AllStates();
+        states.insert(states.end(), otherStates.begin(), otherStates.end());
+        secrets.Learn(states, formats, steps_);
+        preview.files = ShowFiles(FindChanges(WithoutFirmware(after_), WithoutFirmware(other.after_), {}, formats), secrets);
     }
 
 private:
@@ -205,9 +240,10 @@ std::string WithoutPath(std::string text, const std::string& path)
     return text;
 }
 
-} // namespace
-
-Preview MakePreview(const fs::path& image, const PreviewRequest& request)
+/// Makes a preview; a failure becomes its error.
+///
+/// @param show  called with a scratch folder for the phone's copies, and the preview
+template <typename Show> Preview MakeShown(const fs::path& image, const PreviewRequest& request, Show show)
 {
     Preview preview;
     preview.image = NameOf(image);
@@ -216,7 +252,7 @@ Preview MakePreview(const fs::path& image, const PreviewRequest& request)
     try {
         const Scratch scratch;
         try {
-            PreviewRun(image, request, scratch).Show(preview);
+            show(scratch, preview);
         } catch (const std::exception& error) {
             preview.error = Printable(WithoutPath(WithoutPath(error.what(), scratch.Path("")), image / ""));
         }
@@ -224,4 +260,31 @@ Preview MakePreview(const fs::path& image, const PreviewRequest& request)
         preview.error = Printable(error.what());
     }
     return preview;
+}
+
+} // namespace
+
+Preview MakePreview(const fs::path& image, const PreviewRequest& request)
+{
+    return MakeShown(image, request, [&](const Scratch& scratch, Preview& preview) {
+        PreviewRun(image, request, scratch).Show(preview);
+    });
+}
+
+Preview MakeDifference(const fs::path& image, const PreviewRequest& request, const Firmware& second)
+{
+    return MakeShown(image, request, [&](const Scratch& scratch, Preview& preview) {
+        PreviewRequest secondRequest = request;
+        secondRequest.firmware = &second;
+        const PreviewRun firstRun(image, request, scratch);
+        const Scratch secondScratch;
+        const PreviewRun secondRun(image, secondRequest, secondScratch);
+        Preview one;
+        Preview two;
+        firstRun.Show(one);
+        secondRun.Show(two);
+        firstRun.ShowDifference(secondRun, preview);
+        preview.warnings = Without(two.warnings, one.warnings);
+        preview.gone = Without(one.warnings, two.warnings);
+    });
 }

@@ -28,3 +28,7 @@ struct PreviewRequest {
 /// Runs the modes, one after another, on a copy of the image, and finds what they changed. Does not throw:
 /// when it fails, the preview's `error` says why.
 Preview MakePreview(const std::filesystem::path& image, const PreviewRequest& request);
+
+/// Runs the modes on two copies of the image, one with the request's firmware and one with another, and finds how the phones
+/// and the warnings differ: "before" is the phone after the first run, "after" that after the second. Does not throw.
+Preview MakeDifference(const std::filesystem::path& image, const PreviewRequest& request, const Firmware& second);

@@ -4,7 +4,6 @@
 #include "htmlOutput.h"
 
 #include "htmlChart.h"
-#include "htmlStyle.h"
 #include "htmlText.h"
 #include "summaryText.h"
 
@@ -142,35 +141,9 @@ std::string Section(const Preview& preview, bool withReports)
     return html + (withReports ? Reports(preview.reports) : std::string()) + "</section>\n";
 }
 
-std::string FleetTable(const std::vector<Preview>& previews)
-{
-    std::string html =
-        "<div class=\"wide\"><table><tr><th>image</th><th>files</th><th>keys</th><th>warnings</th></tr>\n";
-    for (const Preview& preview : previews) {
-        html += "<tr><td>" + EscapeHtml(preview.image) + "</td>";
-        if (!preview.error.empty())
-            html += "<td colspan=\"3\">" + Element("span", "error", preview.error) + "</td></tr>\n";
-        else
-            html += "<td>" + CountWords(CountFiles(preview.files)) + "</td><td>" +
-                    CountWords(CountValues(preview.files)) + "</td><td>" + std::to_string(preview.warnings.size()) +
-                    "</td></tr>\n";
-    }
-    return html + "</table></div>\n";
-}
-
 } // namespace
 
-std::string HtmlPage(const std::vector<Preview>& previews, bool withReports)
+std::string HtmlPage(const Preview& preview, bool withReports)
 {
-    std::string html = "<!DOCTYPE html>\n<html lang=\"en\"><head><meta charset=\"utf-8\">\n"
-                       "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; style-src "
-                       "'unsafe-inline'\">\n"
-                       "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
-                       "<title>What the upgrade changes</title>\n<style>" +
-                       std::string(kPageStyle) + "</style></head>\n<body>\n";
-    if (previews.size() > 1)
-        html += FleetTable(previews);
-    for (const Preview& preview : previews)
-        html += Section(preview, withReports);
-    return html + "</body></html>\n";
+    return HtmlDocument("What the upgrade changes", Section(preview, withReports));
 }

@@ -4,10 +4,8 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
 #include "shown/shownPreview.h"
 
-/// The previews as one page without outside references, for screens of any width and for paper: the summary, a chart of
-/// changes by pass and by file, the warnings, then the changes.
-std::string HtmlPage(const std::vector<Preview>& previews, bool withReports);
+/// The preview as a page: the summary, a chart of changes by pass and by file, the warnings, then the changes.
+std::string HtmlPage(const Preview& preview, bool withReports);

@@ -3,6 +3,8 @@
 
 #include "htmlText.h"
 
+#include "htmlStyle.h"
+
 std::string EscapeHtml(std::string_view text)
 {
     std::string escaped;
@@ -33,4 +35,12 @@ std::string EscapeHtml(std::string_view text)
 std::string Element(const char* name, const char* cssClass, std::string_view text)
 {
     return std::string("<") + name + " class=\"" + cssClass + "\">" + EscapeHtml(text) + "</" + name + ">";
+}
+
+std::string HtmlDocument(const std::string& title, const std::string& body)
+{
+    return "<!DOCTYPE html>\n<html lang=\"en\"><head><meta charset=\"utf-8\">\n"
+           "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; style-src 'unsafe-inline'\">\n"
+           "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n<title>" +
+           EscapeHtml(title) + "</title>\n<style>" + kPageStyle + "</style></head>\n<body>\n" + body + "</body></html>\n";
 }

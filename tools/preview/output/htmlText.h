@@ -11,3 +11,7 @@ std::string EscapeHtml(std::string_view text);
 
 /// @return "<NAME class="CLASS">escaped text</NAME>"
 std::string Element(const char* name, const char* cssClass, std::string_view text);
+
+/// @param body  HTML
+/// @return a whole page without outside references, for screens of any width and for paper
+std::string HtmlDocument(const std::string& title, const std::string& body);

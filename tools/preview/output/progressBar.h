@@ -3,9 +3,10 @@
 
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 
-/// Draws on standard error how many of the images are done; nothing when that is no terminal.
+/// Draws on standard error how many of the images are done, and the time left; nothing when that is no terminal.
 class ProgressBar
 {
 public:
@@ -20,4 +21,5 @@ public:
 private:
     std::size_t total_;
     bool isShown_;
+    std::chrono::steady_clock::time_point begin_ = std::chrono::steady_clock::now();
 };

@@ -85,6 +85,7 @@ struct Preview {
     std::vector<ShownReports> reports;
     std::vector<ShownRecord> records;         ///< of the whole table, in its order
     std::vector<ShownForgottenKey> forgotten; ///< by the table
+    std::vector<ShownWarning> gone;           ///< of the difference of two previews: warnings of the first only
 };
 
 /// @return the worst severity among the warnings, error where there is no preview; none where nothing was found
