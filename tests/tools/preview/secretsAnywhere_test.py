@@ -83,8 +83,9 @@ class SecretsAnywhere(previewTool.PreviewTest):
                     self.assertNotIn(secret, outputs)
 
     def test_a_new_value_at_the_place_of_an_enciphered_one_is_a_secret(self):
-        for path, form in (("/config/x.xml", '<a><b c="{}"/></a>'), ("/config/x.ini", "[A]\nc={}\n")):
-            with self.subTest(path):
+        for path, form in (("/config/x.xml", '<a><b c="{}"/></a>'), ("/config/x.ini", "[A]\nc={}\n"),
+                           ("/config/x.xml", '<a><b name="{}"/></a>')):
+            with self.subTest(form):
                 text = self.enciphered(PLAIN[0])[0]
                 shutil.rmtree(self.folder / "enciphered")
                 _, outputs = self.rewrite({path: form.format(text), USER: "[A]\nd=none\n"},
@@ -199,14 +200,14 @@ class SecretsAnywhere(previewTool.PreviewTest):
                 self.assertTrue(shown.file("/config/notes")["diff"])
 
     def test_names_of_elements_and_attributes(self):
-        old, new = (f'<a><UnlockPIN>{when}-1</UnlockPIN><b pin="{when}-2" name="x{when}"/><c><password><d>{when}-3</d></password>'
+        old, new = (f'<a><UnlockPIN>{when}-1</UnlockPIN><b pin="{when}-2" label="x{when}"/><c><password><d>{when}-3</d></password>'
                     f'</c><e name="strPassword" value="{when}-4" note="n{when}"/><f key="Token">{when}-5</f>'
                     f'<PinLength max="{number}"/></a>' for when, number in (("old", 4), ("new", 8)))
         shown, _ = self.rewrite({"/config/x.xml": old}, {"/config/x.xml": new})
         changes = shown.file("/config/x.xml")["changes"]
         self.assertEqual({change["group"] + " " + change["name"]: "secret" in change for change in changes}, {
-            "a/UnlockPIN[1] (text)": True, "a/b[1] pin": True, "a/b[1] name": False, "a/c[1]/password[1]/d[1] (text)": True,
-            "a/e[1] value": True, "a/e[1] note": False, "a/f[1] (text)": True, "a/PinLength[1] max": False})
+            "a/UnlockPIN[1] (text)": True, "a/b[1] pin": True, "a/b[1] label": False, "a/c[1]/password[1]/d[1] (text)": True,
+            'a/e["strPassword"] value': True, 'a/e["strPassword"] note': False, "a/f[1] (text)": True, "a/PinLength[1] max": False})
 
     def test_a_short_secret_in_the_diff_of_an_xml_file(self):
         """Its name is the value of another attribute."""

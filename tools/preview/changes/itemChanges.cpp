@@ -7,6 +7,7 @@
 #include <list>
 #include <map>
 #include <memory>
+#include <set>
 #include <string_view>
 #include <tuple>
 
@@ -20,6 +21,27 @@ using Values = std::map<Place, std::string_view>; ///< of items that live on
 Place PlaceOf(const Item& item)
 {
     return {*item.group, item.name, item.number};
+}
+
+/// Gives a record the name that it has afterwards, if neither content has both names.
+Items WithNamesOf(Items items, const Items& after)
+{
+    std::set<std::string_view> names;
+    for (const Item& item : items)
+        names.insert(*item.group);
+    std::set<std::string_view> namesAfter;
+    std::map<std::string_view, std::shared_ptr<const std::string>> newNames; // by position
+    for (const Item& item : after) {
+        namesAfter.insert(*item.group);
+        if (!names.contains(*item.group))
+            newNames[*item.position] = item.group;
+    }
+    for (Item& item : items) {
+        const auto found = namesAfter.contains(*item.group) ? newNames.end() : newNames.find(*item.position);
+        if (found != newNames.end())
+            item.group = found->second;
+    }
+    return items;
 }
 
 Values ValuesOf(const Items& items)
@@ -40,13 +62,14 @@ std::optional<std::string> ValueAt(const Values& values, const Place& place)
 class History
 {
 public:
-    History(const std::vector<PassState>& states, const std::string& path, FileFormat format) : states_(states)
+    History(const std::vector<PassState>& states, const std::string& path, FileFormat format, const Items& after)
+        : states_(states)
     {
         const std::string* previous = nullptr;
         for (const PassState& state : states) {
             const std::string& content = ContentOf(state.phone, path);
             if (previous == nullptr || content != *previous) {
-                contents_.push_back(ReadItems(format, content).value_or(Items()));
+                contents_.push_back(WithNamesOf(ReadItems(format, content).value_or(Items()), after));
                 current_ = std::make_shared<Values>(ValuesOf(contents_.back()));
             }
             values_.push_back(current_);
@@ -79,49 +102,46 @@ public:
     ItemComparison(const Items& before, const Items& after, const History& history)
         : before_(ValuesOf(before)), after_(ValuesOf(after)), history_(history)
     {
+        for (const Item& item : before)
+            groupsBefore_.insert(*item.group);
         for (const Item& item : after) {
             order_.try_emplace(*item.group, static_cast<int>(order_.size()));
             Add(item);
         }
+        int last = -1; // where the value before is now; removed ones follow it
         for (const Item& item : before) {
+            const auto [group, isRemoved] = order_.try_emplace(*item.group, last);
+            if (isRemoved)
+                removedGroups_.insert(*item.group);
+            last = group->second;
             if (after_.count(PlaceOf(item)) == 0)
                 Add(item);
         }
         std::stable_sort(changes_.begin(), changes_.end(), [this](const ItemChange& one, const ItemChange& other) {
-            return OrderOf(*one.place.group) < OrderOf(*other.place.group);
+            return order_.at(*one.place.group) < order_.at(*other.place.group);
         });
     }
 
     std::vector<ItemChange> Take() { return std::move(changes_); }
 
 private:
-    /// Removed values are next to their section or record, or to the record around it.
-    int OrderOf(std::string_view group) const
-    {
-        for (;;) {
-            const auto found = order_.find(group);
-            if (found != order_.end())
-                return found->second;
-            const std::size_t slash = group.rfind('/');
-            if (slash == std::string_view::npos)
-                return static_cast<int>(order_.size());
-            group = group.substr(0, slash);
-        }
-    }
-
     void Add(const Item& item)
     {
         const Place place = PlaceOf(item);
         const auto before = ValueAt(before_, place);
         const auto after = ValueAt(after_, place);
+        const std::string_view group = *item.group;
         if (before != after)
-            changes_.push_back({KindOf(before, after), item, before, after, history_.PassesThatChanged(place)});
+            changes_.push_back({KindOf(before, after), item, before, after, history_.PassesThatChanged(place),
+                                !groupsBefore_.contains(group) || removedGroups_.contains(group)});
     }
 
     Values before_;
     Values after_;
     const History& history_;
     std::map<std::string_view, int> order_;
+    std::set<std::string_view> groupsBefore_;
+    std::set<std::string_view> removedGroups_;
     std::vector<ItemChange> changes_;
 };
 
@@ -139,7 +159,7 @@ ChangeKind KindOf(const std::optional<std::string>& before, const std::optional<
 std::vector<ItemChange> FindItemChanges(const Items& before, const Items& after, const std::vector<PassState>& states,
                                         const std::string& path, FileFormat format)
 {
-    return ItemComparison(before, after, History(states, path, format)).Take();
+    return ItemComparison(WithNamesOf(before, after), after, History(states, path, format, after)).Take();
 }
 
 bool AreSame(const Items& before, const Items& after)

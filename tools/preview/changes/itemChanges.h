@@ -23,12 +23,14 @@ struct ItemChange {
     std::optional<std::string> before;
     std::optional<std::string> after;
     std::vector<std::string> passes; ///< which changed it, in their order
+    bool isOfWholeGroup;             ///< its whole section or record was added or removed
 };
 
-/// Compares two contents of one file.
+/// Compares two contents of one file. A record of an XML file is the same one if it has the same name, or another one at
+/// the same position. Its place is then called by its new name.
 ///
 /// @param states, path, format  the file between the passes
-/// @return in the order of `after`; removed values next to their section or record
+/// @return in the order of `after`; removed values after what was before them
 std::vector<ItemChange> FindItemChanges(const std::vector<Item>& before, const std::vector<Item>& after,
                                         const std::vector<PassState>& states, const std::string& path,
                                         FileFormat format);

@@ -27,7 +27,7 @@ public:
 
     /// By the place, or by what its names say of the value.
     bool IsSecret(std::string_view group, std::string_view name, NameSays names, std::string_view value) const;
-    bool IsSecret(const Item& item) const { return IsSecret(*item.group, item.name, item.names, item.value); }
+    bool IsSecret(const Item& item) const { return IsSecret(*item.position, item.name, item.names, item.value); }
 
     /// Whether a record copies a secret.
     bool IsSecret(const TableRecord& record) const;

@@ -150,7 +150,7 @@ void Secrets::AddCandidates(const File& file, Candidates& candidates)
     const FileFormat format = file.format == FileFormat::Xml ? FileFormat::Xml : FileFormat::Ini;
     for (const Item& item : ReadItems(format, file.content).value_or(std::vector<Item>())) {
         if (HasCipherForm(item.value))
-            candidates[item.value].emplace(*item.group, item.name);
+            candidates[item.value].emplace(*item.position, item.name);
     }
 }
 

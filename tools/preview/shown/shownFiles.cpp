@@ -3,8 +3,6 @@
 
 #include "shownFiles.h"
 
-#include <set>
-
 #include "changes/unifiedDiff.h"
 #include "phoneImage/printable.h"
 
@@ -26,26 +24,14 @@ const char* NameOf(FileFormat format)
     return "other";
 }
 
-std::set<std::string> GroupsOf(FileFormat format, const std::string& content)
-{
-    std::set<std::string> groups;
-    for (const Item& item : ReadItems(format, content).value_or(std::vector<Item>()))
-        groups.insert(*item.group);
-    return groups;
-}
-
 /// Makes the shown changes of a file whose values were read.
 class ItemsToShow
 {
 public:
     ItemsToShow(const FileChange& file, const Secrets& secrets) : secrets_(secrets)
     {
-        if (file.format == FileFormat::Xml) {
-            groupsBefore_ = GroupsOf(file.format, file.before);
-            groupsAfter_ = GroupsOf(file.format, file.after);
-        }
         for (const ItemChange& item : file.items) {
-            if (file.format == FileFormat::Xml && IsOfWholeRecord(item))
+            if (file.format == FileFormat::Xml && item.isOfWholeGroup)
                 AddToRecord(item);
             else
                 AddValue(item);
@@ -55,12 +41,6 @@ public:
     std::vector<ShownChange> Take() { return std::move(changes_); }
 
 private:
-    bool IsOfWholeRecord(const ItemChange& item) const
-    {
-        return (item.kind == ChangeKind::Added && groupsBefore_.count(*item.place.group) == 0) ||
-               (item.kind == ChangeKind::Removed && groupsAfter_.count(*item.place.group) == 0);
-    }
-
     /// A switch may become a secret.
     bool IsSecret(const ItemChange& item) const
     {
@@ -111,8 +91,6 @@ private:
     }
 
     const Secrets& secrets_;
-    std::set<std::string> groupsBefore_;
-    std::set<std::string> groupsAfter_;
     std::vector<ShownChange> changes_;
 };
 
