@@ -14,7 +14,7 @@
 /// One value of a configuration or XML file, and its place there.
 struct Item {
     std::shared_ptr<const std::string>
-        group; ///< section, or path of an element such as "DoorPhone/item[2]" or "root_group/group[\"London\"]"; never null
+        group; ///< section, or path of an element such as "DoorPhone/item[2]" or "contactData/group[\"London\"]"; never null
     std::string name; ///< key or attribute; kElementText for the text between an element's tags
     int number = 1;   ///< 2 and more for repeated keys
     std::string value;
