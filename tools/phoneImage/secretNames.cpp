@@ -5,7 +5,9 @@
 
 #include <algorithm>
 #include <cctype>
+#include <functional>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "secretWords.h"
@@ -174,15 +176,35 @@ bool IsShortWord(std::string_view value)
            });
 }
 
-} // namespace
-
-NameSays WhatNameSays(std::string_view name)
+NameSays ReadName(std::string_view name)
 {
     NameSays says = WhatWordsSay(KindsOfWords(name));
     if (says == NameSays::Nothing && std::any_of(name.begin(), name.end(), IsUpper))
         says = WhatWordsSay(KindsOfWords(WithoutCapitals(name)));
     const bool hasSwitchPrefix = name.size() > 1 && name[0] == 'b' && IsUpper(name[1]);
     return says == NameSays::Secret && hasSwitchPrefix ? NameSays::SwitchOfSecret : says;
+}
+
+struct NameHash {
+    using is_transparent = void; // a name is looked up without a copy of it
+    std::size_t operator()(std::string_view name) const { return std::hash<std::string_view>()(name); }
+};
+
+} // namespace
+
+NameSays WhatNameSays(std::string_view name)
+{
+    constexpr std::size_t kLongestKept = 64;
+    constexpr std::size_t kMostKept = 20'000;
+    // Static, because phones have the same names thousands of times; one for each thread, so that none waits.
+    static thread_local std::unordered_map<std::string, NameSays, NameHash, std::equal_to<>> known;
+    if (name.size() > kLongestKept)
+        return ReadName(name);
+    if (const auto found = known.find(name); found != known.end())
+        return found->second;
+    if (known.size() == kMostKept)
+        known.clear();
+    return known.emplace(name, ReadName(name)).first->second;
 }
 
 bool IsSecretValue(NameSays name, std::string_view value)
