@@ -5,16 +5,18 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdint>
 #include <cstring>
 #include <fcntl.h>
 #include <memory>
 #include <poll.h>
 #include <spawn.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include "descriptor.h"
-#include "scratch.h"
 #include "toolError.h"
 
 extern "C" {
@@ -25,7 +27,8 @@ namespace
 {
 
 constexpr int kMostMilliseconds = 60'000;
-constexpr std::size_t kMostOutputBytes = 64 << 20;
+constexpr char kTooSlow[] = "a run on the phone's copy has not ended after a minute";
+constexpr off_t kMostOutputBytes = 64 << 20;
 
 /// How a program is started: with the signals that we block or ignore as they usually are.
 class UsualSignals
@@ -90,7 +93,7 @@ public:
         const Descriptor end(pidfd_open(process_, 0));
         pollfd waiting = {end.Number(), POLLIN, 0};
         if (!end.IsOpen() || poll(&waiting, 1, kMostMilliseconds) != 1)
-            throw ToolError("a run on the phone's copy has not ended after a minute");
+            throw ToolError(kTooSlow);
         int status = 0;
         (void)waitpid(process_, &status, 0); // it has ended
         process_ = 0;
@@ -101,70 +104,121 @@ private:
     pid_t process_ = 0;
 };
 
-Descriptor OpenOrThrow(const std::filesystem::path& path, int flags)
+constexpr std::uint64_t kMostMessageBytes = 256 << 20;
+
+/// A file in memory, for what a program writes: no pipe, so that it never waits for its reader.
+class Output
 {
-    const int descriptor = open(path.c_str(), flags | O_CLOEXEC, 0600);
-    if (descriptor < 0)
-        throw ToolError("cannot open " + path.string() + ": " + std::strerror(errno));
-    return Descriptor(descriptor);
+public:
+    Output() : file_(memfd_create("output", MFD_CLOEXEC))
+    {
+        if (!file_.IsOpen() || fcntl(file_.Number(), F_SETFL, O_APPEND) != 0)
+            throw ToolError(std::string("cannot make a file in memory: ") + std::strerror(errno));
+    }
+
+    int Number() const { return file_.Number(); }
+
+    std::string Read() const
+    {
+        struct stat status = {};
+        if (fstat(file_.Number(), &status) != 0 || status.st_size > kMostOutputBytes)
+            throw ToolError("a program wrote more than " + std::to_string(kMostOutputBytes) + " bytes");
+        std::string bytes(static_cast<std::size_t>(status.st_size), '\0');
+        if (pread(file_.Number(), bytes.data(), bytes.size(), 0) != status.st_size)
+            throw ToolError("cannot read what a program wrote");
+        return bytes;
+    }
+
+private:
+    Descriptor file_;
+};
+
+Descriptor OpenNothing()
+{
+    return Descriptor(open("/dev/null", O_RDONLY | O_CLOEXEC));
 }
 
-/// @return false at the end of what the program writes
-bool ReadLine(int descriptor, std::string& line)
-{
-    line.clear();
-    for (;;) {
-        pollfd waiting = {descriptor, POLLIN, 0};
-        char character = 0;
-        if (poll(&waiting, 1, kMostMilliseconds) != 1)
-            throw ToolError("a pass on the phone's copy has not ended after a minute");
-        if (read(descriptor, &character, 1) != 1)
-            return false;
-        if (character == '\n')
-            return true;
-        line += character;
+struct Pipe {
+    Pipe()
+    {
+        if (pipe2(ends, O_CLOEXEC) != 0)
+            throw ToolError(std::string("cannot make a pipe: ") + std::strerror(errno));
     }
+
+    int ends[2] = {-1, -1}; ///< for reading, for writing
+};
+
+/// @return false at the end of what the program writes
+bool ReadFully(int descriptor, char* bytes, std::size_t size)
+{
+    while (size > 0) {
+        pollfd waiting = {descriptor, POLLIN, 0};
+        if (poll(&waiting, 1, kMostMilliseconds) != 1)
+            throw ToolError(kTooSlow);
+        const ssize_t count = read(descriptor, bytes, size);
+        if (count <= 0)
+            return false;
+        bytes += count;
+        size -= static_cast<std::size_t>(count);
+    }
+    return true;
 }
 
 } // namespace
 
-ChildResult RunChild(const std::vector<std::string>& arguments, const std::string& input)
+ChildResult RunChild(const std::vector<std::string>& arguments)
 {
-    // Files and no pipes: a program that writes much never waits for its reader.
-    const Scratch scratch;
-    WriteWhole(scratch.Path("input"), input);
+    const Output output;
+    const Output errors;
+    Child child(arguments, OpenNothing().Number(), output.Number(), errors.Number());
     ChildResult result;
-    {
-        const Descriptor in = OpenOrThrow(scratch.Path("input"), O_RDONLY);
-        const Descriptor out = OpenOrThrow(scratch.Path("output"), O_WRONLY | O_CREAT | O_APPEND);
-        const Descriptor errors = OpenOrThrow(scratch.Path("errors"), O_WRONLY | O_CREAT | O_APPEND);
-        Child child(arguments, in.Number(), out.Number(), errors.Number());
-        result.exitStatus = child.Wait();
-    }
-    result.output = ReadWhole(scratch.Path("output"), kMostOutputBytes);
-    result.errors = ReadWhole(scratch.Path("errors"), kMostOutputBytes);
+    result.exitStatus = child.Wait();
+    result.output = output.Read();
+    result.errors = errors.Read();
     return result;
 }
 
-int RunInSteps(const std::vector<std::string>& arguments, const std::function<void(const std::string&)>& atLine)
-{
-    int toChild[2] = {-1, -1};
-    int fromChild[2] = {-1, -1};
-    if (pipe2(toChild, O_CLOEXEC) != 0 || pipe2(fromChild, O_CLOEXEC) != 0)
-        throw ToolError(std::string("cannot make a pipe: ") + std::strerror(errno));
-    const Descriptor questions(toChild[1]);
-    const Descriptor answers(fromChild[0]);
-    const auto start = [&] {
-        const Descriptor in(toChild[0]); // the child's own ends are closed here, or its end would not be seen
-        const Descriptor out(fromChild[1]);
-        const Descriptor nowhere = OpenOrThrow("/dev/null", O_WRONLY);
-        return std::make_unique<Child>(arguments, in.Number(), out.Number(), nowhere.Number());
-    };
-    const std::unique_ptr<Child> child = start();
-    for (std::string line; ReadLine(answers.Number(), line);) {
-        atLine(line);
-        if (!WriteAll(questions.Number(), "\n"))
-            break; // it has ended, as its status says
+struct TalkingChild::Parts {
+    explicit Parts(const std::vector<std::string>& arguments, Pipe toChild = {}, Pipe fromChild = {})
+        : questions(toChild.ends[1]), answers(fromChild.ends[0])
+    {
+        const Descriptor in(toChild.ends[0]); // the child's own ends are closed here, or its end would not be seen
+        const Descriptor out(fromChild.ends[1]);
+        child.emplace(arguments, in.Number(), out.Number(), errors.Number());
     }
-    return child->Wait();
+
+    const Descriptor questions;
+    const Descriptor answers;
+    const Output errors;
+    std::optional<Child> child;
+};
+
+TalkingChild::TalkingChild(const std::vector<std::string>& arguments) : parts_(std::make_unique<Parts>(arguments)) {}
+
+TalkingChild::~TalkingChild() = default;
+
+void TalkingChild::Send(std::string_view message)
+{
+    const std::uint64_t size = message.size();
+    (void)(WriteAll(parts_->questions.Number(), {reinterpret_cast<const char*>(&size), sizeof size}) &&
+           WriteAll(parts_->questions.Number(), message)); // if it has ended, there is no answer
+}
+
+std::optional<std::string> TalkingChild::Receive()
+{
+    std::uint64_t size = 0;
+    if (!ReadFully(parts_->answers.Number(), reinterpret_cast<char*>(&size), sizeof size))
+        return std::nullopt;
+    if (size > kMostMessageBytes)
+        throw ToolError("the answer of a program in the sandbox is too large");
+    std::string message(size, '\0');
+    return ReadFully(parts_->answers.Number(), message.data(), size) ? std::optional(std::move(message)) : std::nullopt;
+}
+
+ChildResult TalkingChild::End()
+{
+    ChildResult result;
+    result.exitStatus = parts_->child->Wait();
+    result.errors = parts_->errors.Read();
+    return result;
 }

@@ -3,8 +3,10 @@
 
 #pragma once
 
-#include <functional>
+#include <memory>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 /// What a program that has ended gave.
@@ -14,16 +16,34 @@ struct ChildResult {
     std::string errors;
 };
 
-/// Runs a program to its end. Throws `ToolError` when it cannot be started, writes more than 64 MiB or has not ended after
-/// a minute.
+/// Runs a program to its end, with nothing to read. Throws `ToolError` when it cannot be started, writes more than 64 MiB or
+/// has not ended after a minute.
 ///
 /// @param arguments  the program, searched on PATH, and its arguments
-/// @param input      what it reads on its standard input
-ChildResult RunChild(const std::vector<std::string>& arguments, const std::string& input = std::string());
+ChildResult RunChild(const std::vector<std::string>& arguments);
 
-/// Runs a program that writes a line and waits for a line, again and again. Throws `ToolError` when it cannot be started,
-/// or takes more than a minute to the next line or to its end.
-///
-/// @param atLine  called with each line, before the program gets one and goes on
-/// @return the program's exit status
-int RunInSteps(const std::vector<std::string>& arguments, const std::function<void(const std::string&)>& atLine);
+/// A started program that gets messages on its standard input and sends others on its standard output: eight bytes with the
+/// size in the machine's order, then the bytes. It is killed when the object goes.
+class TalkingChild
+{
+public:
+    /// Throws `ToolError` when it cannot be started.
+    explicit TalkingChild(const std::vector<std::string>& arguments);
+    ~TalkingChild();
+    TalkingChild(const TalkingChild&) = delete;
+    TalkingChild& operator=(const TalkingChild&) = delete;
+
+    void Send(std::string_view message);
+
+    /// Throws `ToolError` when nothing comes for a minute.
+    ///
+    /// @return none when the program has closed its output, as one that ends does
+    std::optional<std::string> Receive();
+
+    /// Waits for its end, after `Receive` has given none.
+    ChildResult End();
+
+private:
+    struct Parts;
+    std::unique_ptr<Parts> parts_;
+};

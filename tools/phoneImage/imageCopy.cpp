@@ -114,6 +114,24 @@ void CopyPhone(const fs::path& source, const fs::path& phone, const fs::path& fi
     }
 }
 
+void ClearPhone(const fs::path& phone)
+{
+    for (const char* tree : kPhoneTrees) {
+        fs::create_directories(phone / tree);
+        for (const fs::directory_entry& entry : fs::directory_iterator(phone / tree))
+            fs::remove_all(entry.path());
+    }
+}
+
+void MovePhone(const fs::path& source, const fs::path& phone)
+{
+    for (const char* tree : kPhoneTrees) {
+        for (const fs::directory_entry& entry : fs::directory_iterator(source / tree))
+            fs::rename(entry.path(), phone / tree / entry.path().filename());
+        GiveBits(phone / tree, StatusOf(source / tree).st_mode & 07777);
+    }
+}
+
 void PutFile(const fs::path& phone, const std::string& devicePath, const std::string& bytes)
 {
     const fs::path path = phone / fs::path(devicePath).relative_path();

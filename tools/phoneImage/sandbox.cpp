@@ -12,8 +12,8 @@
 
 namespace fs = std::filesystem;
 
-std::vector<std::string> SandboxCommand(const fs::path& phone, const fs::path& program,
-                                        const std::vector<std::string>& arguments)
+std::vector<std::string> SandboxCommand(const fs::path& phone, const SandboxPrograms& programs,
+                                        const std::string& started)
 {
     // Without capabilities a program that root starts cannot mount this machine's folders again to write to them.
     std::vector<std::string> command = {"bwrap", "--die-with-parent", "--new-session", "--cap-drop", "ALL"};
@@ -29,11 +29,12 @@ std::vector<std::string> SandboxCommand(const fs::path& phone, const fs::path& p
         else if (fs::exists(name))
             add({"--ro-bind", name, name});
     }
-    add({"--proc", "/proc", "--dev", "/dev", "--ro-bind", program.string(), "/kestrune"});
+    add({"--proc", "/proc", "--dev", "/dev"});
+    for (const auto& [name, program] : programs)
+        add({"--ro-bind", program.string(), name});
     for (const char* tree : kPhoneTrees)
         add({"--bind", (phone / tree).string(), std::string("/") + tree});
-    add({"--remount-ro", "/", "--chdir", "/", "--", "/kestrune"});
-    add(arguments);
+    add({"--remount-ro", "/", "--chdir", "/", "--", started});
     return command;
 }
 
@@ -44,7 +45,7 @@ void RequireSandbox()
         fs::create_directory(phone.Path(tree));
     std::string reason;
     try {
-        const ChildResult result = RunChild(SandboxCommand(phone.Path(""), "/bin/true", {}));
+        const ChildResult result = RunChild(SandboxCommand(phone.Path(""), {}, "/bin/true"));
         if (result.exitStatus != 0)
             reason = SandboxWords(result);
     } catch (const ToolError& error) {

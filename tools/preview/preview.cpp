@@ -5,13 +5,12 @@
 
 #include <algorithm>
 #include <iterator>
+#include <optional>
 #include <tuple>
 
 #include "output/outputFile.h"
-#include "phoneImage/childProcess.h"
 #include "phoneImage/imageCopy.h"
 #include "phoneImage/printable.h"
-#include "phoneImage/sandbox.h"
 #include "phoneImage/scratch.h"
 #include "phoneImage/toolError.h"
 #include "shown/shownFiles.h"
@@ -24,34 +23,32 @@ namespace fs = std::filesystem;
 namespace
 {
 
-std::vector<RunReports> RunModes(const PreviewRequest& request, const fs::path& phone)
+std::vector<RunReports> RunModes(const std::vector<std::string>& modes, const StepsClient& steps)
 {
     std::vector<RunReports> reports;
-    for (const std::string& mode : request.modes) {
-        ChildResult result = RunChild(SandboxCommand(phone, request.programs.program, {mode}));
+    for (const std::string& mode : modes) {
+        ChildResult result = steps.RunProgram(mode);
         if (result.exitStatus != 0) // the program's own is always 0
-            throw ToolError("the run of mode " + mode + " failed: " + SandboxWords(result));
+            throw ToolError("the run of mode " + mode + " failed: exit status " + std::to_string(result.exitStatus));
         reports.push_back({mode, std::move(result.output), std::move(result.errors)});
     }
     return reports;
 }
 
-/// The phone between the passes.
-///
-/// @return empty when the passes, run one by one, end with another phone than the program did
-std::vector<PassState> RunPassByPass(const PreviewRequest& request, const StepsClient& steps, const fs::path& phone,
-                                     const Snapshot& before, const Snapshot& after)
+/// The phone between the passes; empty when a run of them did not come to its end.
+std::vector<PassState> RunPassByPass(const std::vector<std::string>& modes, const StepsClient& steps,
+                                     const fs::path& phone, const Snapshot& before)
 {
     std::vector<PassState> states = {{std::string(), before}};
-    for (const std::string& mode : request.modes) {
-        const std::string prefix = request.modes.size() > 1 ? mode + ": " : std::string();
+    for (const std::string& mode : modes) {
+        const std::string prefix = modes.size() > 1 ? mode + ": " : std::string();
         const auto keep = [&](const std::string& pass) {
             states.push_back({prefix + pass, TakeSnapshot(phone, states.back().phone)});
         };
         if (!steps.RunSteps(mode, keep))
             return {};
     }
-    return states.back().phone == after ? std::move(states) : std::vector<PassState>();
+    return states;
 }
 
 PhoneLists Join(PhoneLists lists, const PhoneLists& more)
@@ -118,25 +115,25 @@ class PreviewRun
 {
 public:
     PreviewRun(const fs::path& image, const PreviewRequest& request, const Scratch& scratch)
-        : request_(request), phone_(scratch.Path("phone")), steps_(request.programs.steps, phone_)
+        : request_(request), phone_(scratch.Path("phone"))
     {
         const fs::path trees = OpenImage(image, scratch.Path("archive"));
-        if (request_.firmware == nullptr) {
-            CopyPhone(trees, phone_);
-        } else {
-            request_.firmware->Install(trees, phone_);
-            ReadOldLists(trees, scratch.Path("old"));
-        }
-        const fs::path stepsPhone = scratch.Path("steps");
-        CopyPhone(phone_, stepsPhone);
+        ClearPhone(phone_);
+        steps_.emplace(request_.programs.steps, request_.programs.program, phone_);
+        const fs::path copy = scratch.Path("copy");
+        InstallFirmware(trees, copy);
+        CopyPhone(copy, phone_);
         before_ = TakeSnapshot(phone_);
-        lists_ = steps_.ReadLists();
-        reports_ = RunModes(request_, phone_);
-        after_ = TakeSnapshot(phone_, before_);
-        const StepsClient stepsOfCopy(request_.programs.steps, stepsPhone);
-        states_ = RunPassByPass(request_, stepsOfCopy, stepsPhone, before_, after_);
+        lists_ = steps_->ReadLists();
+        states_ = RunPassByPass(request_.modes, *steps_, phone_, before_);
+        ClearPhone(phone_);
+        MovePhone(copy, phone_);
+        reports_ = RunModes(request_.modes, *steps_);
+        after_ = TakeSnapshot(phone_, states_.empty() ? before_ : states_.back().phone);
+        if (!states_.empty() && states_.back().phone != after_)
+            states_.clear(); // the passes, run one by one, end with another phone than the program did
         SavePhone();
-        (void)RunModes(request_, phone_); // its reports say nothing new
+        (void)RunModes(request_.modes, *steps_); // its reports say nothing new
         afterSecondRun_ = TakeSnapshot(phone_, after_);
     }
 
@@ -145,7 +142,7 @@ public:
         const FileFormats formats(lists_);
         const PhoneLists allLists = Join(lists_, oldLists_);
         Secrets secrets(allLists, request_.secrecy);
-        secrets.Learn(AllStates(), formats, steps_);
+        secrets.Learn(AllStates(), formats, *steps_);
         const std::vector<FileChange> changes = FindChanges(before_, after_, states_, formats);
         const std::vector<FileChange> secondRun = FindChanges(after_, afterSecondRun_, {}, formats);
         preview.arePassesKnown = !states_.empty();
@@ -179,17 +176,23 @@ public:
         std::vector<const Snapshot*> states = AllStates();
         const std::vector<const Snapshot*> otherStates = other.AllStates();
         states.insert(states.end(), otherStates.begin(), otherStates.end());
-        secrets.Learn(states, formats, steps_);
+        secrets.Learn(states, formats, *steps_);
         preview.files = ShowFiles(FindChanges(WithoutFirmware(after_), WithoutFirmware(other.after_), {}, formats), secrets);
     }
 
 private:
-    /// What the phone's own lists name is a secret too, even if the new ones do not name it.
-    void ReadOldLists(const fs::path& trees, const fs::path& oldPhone)
+    /// Copies the phone as it is before the run. What its lists named before the upgrade is secret too.
+    void InstallFirmware(const fs::path& trees, const fs::path& copy)
     {
-        CopyPhone(trees, oldPhone);
-        oldLists_ = StepsClient(request_.programs.steps, oldPhone).ReadLists();
-        old_ = TakeSnapshot(oldPhone);
+        if (request_.firmware == nullptr) {
+            CopyPhone(trees, copy);
+            return;
+        }
+        CopyPhone(trees, phone_);
+        oldLists_ = steps_->ReadLists();
+        old_ = TakeSnapshot(phone_);
+        ClearPhone(phone_);
+        request_.firmware->Install(trees, copy);
     }
 
     void SavePhone() const
@@ -214,7 +217,7 @@ private:
 
     const PreviewRequest& request_;
     fs::path phone_;
-    StepsClient steps_;
+    std::optional<StepsClient> steps_; ///< the sandbox in which everything happens
     PhoneLists lists_;
     PhoneLists oldLists_; ///< of the phone before the upgrade was installed; empty without one
     Snapshot old_;

@@ -24,6 +24,19 @@ for tree in config phone tmp; do
 done
 """
 
+LEAVER = """#!/bin/sh
+[ -e /config/first ] && exec sleep 1
+touch /config/first
+setsid sh -c 'sleep 0.5; touch /config/late' &
+"""
+
+KILLER = """#!/bin/sh
+cat /proc/$PPID/environ >/config/environ 2>/dev/null || rm /config/environ
+ls -l /proc/$PPID/fd/0 >/config/descriptors 2>/dev/null || rm /config/descriptors
+[ -e /config/kill ] && kill -9 $PPID && sleep 30
+exit 0
+"""
+
 
 class Isolation(previewTool.PreviewTest):
     def program(self, text):
@@ -57,6 +70,26 @@ class Isolation(previewTool.PreviewTest):
             self.assertTrue((self.folder / "after" / tree / "probe").exists(), tree)
         writable = self.folder / "after/config/writable"
         self.assertEqual(writable.read_text() if writable.exists() else "", "")
+
+    def test_what_a_run_leaves_running_ends_with_it(self):
+        shown = self.show("--program", self.program(LEAVER), self.phone({}), "all")
+        self.assertEqual((shown.errors, shown.preview["secondRun"]["files"]), ("", []))
+        self.assertEqual([file["path"] for file in shown.preview["files"]], ["/config/first"])
+
+    def test_the_program_cannot_reach_what_started_it(self):
+        program = self.program(KILLER)
+        shown = self.show("--program", program, self.phone({}), "all")
+        self.assertEqual((shown.errors, shown.preview["files"]), ("", []))
+        killed = previewTool.run("--program", program, self.phone({"/config/kill": ""}), "all")
+        self.assertEqual((killed.returncode, killed.stderr),
+                         (previewTool.ERROR, "kestrune-preview: image: kestrune-preview-steps failed in the sandbox: "
+                                             "exit status 137\n"))
+
+    def test_what_the_program_writes_has_a_limit(self):
+        program = self.program("#!/bin/sh\nhead -c 70000000 /dev/zero\n")
+        result = previewTool.run("--program", program, self.phone({}), "all")
+        self.assertEqual((result.returncode, result.stderr),
+                         (previewTool.ERROR, "kestrune-preview: image: a program wrote more than 67108864 bytes\n"))
 
 
 if __name__ == "__main__":

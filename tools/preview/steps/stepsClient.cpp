@@ -6,7 +6,6 @@
 #include <nlohmann/json.hpp>
 #include <utility>
 
-#include "phoneImage/childProcess.h"
 #include "phoneImage/sandbox.h"
 #include "phoneImage/toolError.h"
 
@@ -15,13 +14,7 @@ using nlohmann::json;
 namespace
 {
 
-json ParseAnswer(const std::string& bytes)
-{
-    json answer = json::from_cbor(bytes, /*strict=*/true, /*allow_exceptions=*/false);
-    if (answer.is_discarded())
-        throw ToolError("kestrune-preview-steps gave no answer");
-    return answer;
-}
+constexpr char kServer[] = "/kestrune-preview-steps";
 
 std::string TextOf(const json& object, const char* name)
 {
@@ -43,14 +36,16 @@ TableRecord ReadRecord(const json& object)
 
 } // namespace
 
-StepsClient::StepsClient(std::filesystem::path program, std::filesystem::path phone)
-    : program_(std::move(program)), phone_(std::move(phone))
+StepsClient::StepsClient(const std::filesystem::path& steps, const std::filesystem::path& program,
+                         const std::filesystem::path& phone)
+    : sandbox_(
+          std::make_unique<TalkingChild>(SandboxCommand(phone, {{"/kestrune", program}, {kServer, steps}}, kServer)))
 {
 }
 
 PhoneLists StepsClient::ReadLists() const
 {
-    const json answer = ParseAnswer(Ask("lists", std::string()));
+    const json answer = Ask({{"command", "lists"}});
     PhoneLists lists;
     for (const json& entry : answer.at("entries"))
         lists.entries.push_back(ReadEntry(entry));
@@ -63,9 +58,7 @@ std::vector<std::vector<std::string>> StepsClient::Decipher(const std::vector<st
 {
     if (texts.empty())
         return {};
-    std::string question;
-    json::to_cbor(json(texts), question);
-    const json answer = ParseAnswer(Ask("decipher", question));
+    const json answer = Ask({{"command", "decipher"}, {"texts", texts}});
     if (!answer.is_array() || answer.size() != texts.size())
         throw ToolError("kestrune-preview-steps gave no answer");
     return answer.get<std::vector<std::vector<std::string>>>();
@@ -73,13 +66,32 @@ std::vector<std::vector<std::string>> StepsClient::Decipher(const std::vector<st
 
 bool StepsClient::RunSteps(const std::string& mode, const std::function<void(const std::string&)>& atPassEnd) const
 {
-    return RunInSteps(SandboxCommand(phone_, program_, {"steps", mode}), atPassEnd) == 0;
+    json answer = Ask({{"command", "steps"}, {"mode", mode}});
+    while (answer.contains("pass")) {
+        atPassEnd(TextOf(answer, "pass"));
+        answer = Ask("next");
+    }
+    return answer.at("status").get<int>() == 0;
 }
 
-std::string StepsClient::Ask(const std::string& command, const std::string& input) const
+ChildResult StepsClient::RunProgram(const std::string& mode) const
 {
-    const ChildResult result = RunChild(SandboxCommand(phone_, program_, {command}), input);
-    if (result.exitStatus != 0)
-        throw ToolError("kestrune-preview-steps failed in the sandbox: " + SandboxWords(result));
-    return result.output;
+    const json answer = Ask({{"command", "run"}, {"mode", mode}});
+    return {answer.at("status").get<int>(), TextOf(answer, "output"), TextOf(answer, "errors")};
+}
+
+json StepsClient::Ask(const json& question) const
+{
+    std::string message;
+    json::to_cbor(question, message);
+    sandbox_->Send(message);
+    const std::optional<std::string> bytes = sandbox_->Receive();
+    if (!bytes)
+        throw ToolError("kestrune-preview-steps failed in the sandbox: " + SandboxWords(sandbox_->End()));
+    json answer = json::from_cbor(*bytes, /*strict=*/true, /*allow_exceptions=*/false);
+    if (answer.is_discarded())
+        throw ToolError("kestrune-preview-steps gave no answer");
+    if (answer.contains("error"))
+        throw ToolError(TextOf(answer, "error"));
+    return answer;
 }

@@ -5,17 +5,24 @@
 
 #include <filesystem>
 #include <functional>
+#include <memory>
+#include <nlohmann/json_fwd.hpp>
 #include <string>
 #include <vector>
 
+#include "phoneImage/childProcess.h"
 #include "phoneLists.h"
 
-/// What the program's own code says about a phone, asked in a sandbox over it.
+/// A sandbox over a phone, in which the program runs, and in which the program's own code says what it knows of the phone. All
+/// functions throw `ToolError` when the sandbox fails or a run takes more than a minute.
 class StepsClient
 {
 public:
-    /// @param program  kestrune-preview-steps
-    StepsClient(std::filesystem::path program, std::filesystem::path phone);
+    /// @param steps    kestrune-preview-steps, which waits in the sandbox for what it is asked
+    /// @param program  the unmodified program
+    /// @param phone    folder with the phone's trees; they may be filled in another way between the calls
+    StepsClient(const std::filesystem::path& steps, const std::filesystem::path& program,
+                const std::filesystem::path& phone);
 
     PhoneLists ReadLists() const;
 
@@ -28,9 +35,11 @@ public:
     /// @return whether the run came to its end
     bool RunSteps(const std::string& mode, const std::function<void(const std::string&)>& atPassEnd) const;
 
-private:
-    std::string Ask(const std::string& command, const std::string& input) const;
+    /// Runs a mode with the unmodified program. When it has ended, so have all processes that it started.
+    ChildResult RunProgram(const std::string& mode) const;
 
-    std::filesystem::path program_;
-    std::filesystem::path phone_;
+private:
+    nlohmann::json Ask(const nlohmann::json& question) const;
+
+    std::unique_ptr<TalkingChild> sandbox_;
 };
