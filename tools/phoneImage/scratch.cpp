@@ -3,16 +3,20 @@
 
 #include "scratch.h"
 
+#include <atomic>
 #include <cerrno>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <unistd.h>
 #include <vector>
 
 #include "descriptor.h"
+#include "imageLimits.h"
 #include "toolError.h"
 
 namespace fs = std::filesystem;
@@ -21,11 +25,31 @@ namespace
 {
 
 constexpr const char* kStem = "kestrune-preview-scratch";
+constexpr const char* kMemory = "/dev/shm";
 
-fs::path ParentFolder()
+/// @return $TMPDIR; empty when it is not set
+fs::path WantedFolder()
 {
-    const char* parent = std::getenv("TMPDIR");
-    return parent == nullptr || *parent == '\0' ? "/tmp" : parent;
+    const char* wanted = std::getenv("TMPDIR");
+    return wanted == nullptr ? "" : wanted;
+}
+
+fs::path FolderOnDisk()
+{
+    return WantedFolder().empty() ? "/tmp" : WantedFolder();
+}
+
+/// How many are there. Static, because they share the memory.
+std::atomic<std::uint64_t> count = 0;
+
+/// In memory no run waits for a disk. It must have space for the largest image: for each folder that is in use an archive's
+/// files and two copies.
+fs::path ParentFolder(std::uint64_t number)
+{
+    constexpr std::uint64_t kMostInFolder = 3 * kMostImageBytes;
+    struct statvfs memory = {};
+    const bool isWanted = WantedFolder().empty() && access(kMemory, W_OK) == 0 && statvfs(kMemory, &memory) == 0;
+    return isWanted && memory.f_bavail * memory.f_frsize / kMostInFolder >= number ? kMemory : FolderOnDisk();
 }
 
 /// Locks a new folder against a process that looks for folders to remove.
@@ -50,18 +74,27 @@ bool IsLeftBehind(const Descriptor& folder)
 
 Scratch::Scratch()
 {
+    const fs::path parent = ParentFolder(count + 1);
     do
-        folder_.emplace(ParentFolder() / kStem, Temporary::Kind::Folder);
+        folder_.emplace(parent / kStem, Temporary::Kind::Folder);
     while (!Lock(*folder_));
+    ++count;
+}
+
+Scratch::~Scratch()
+{
+    --count;
 }
 
 void RemoveScratchOfEndedProcesses()
 {
     std::error_code ignored; // as the header says
     std::vector<fs::path> found;
-    for (fs::directory_iterator entry(ParentFolder(), ignored), end; entry != end; entry.increment(ignored)) {
-        if (entry->path().stem() == kStem)
-            found.push_back(entry->path());
+    for (const fs::path& parent : {FolderOnDisk(), fs::path(kMemory)}) {
+        for (fs::directory_iterator entry(parent, ignored), end; entry != end; entry.increment(ignored)) {
+            if (entry->path().stem() == kStem)
+                found.push_back(entry->path());
+        }
     }
     for (const fs::path& path : found) {
         const Descriptor folder(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));

@@ -9,13 +9,16 @@
 
 #include "temporary.h"
 
-/// A folder in $TMPDIR, or in /tmp when that is not set, that goes with the object. Only its owner may use it, because
-/// copies of phones hold secrets.
+/// A folder that goes with the object: in $TMPDIR if that is set, otherwise in /dev/shm if there is enough memory for large
+/// images, otherwise in /tmp. Only its owner may use it, because copies of phones hold secrets.
 class Scratch
 {
 public:
     /// Throws `ToolError`.
     Scratch();
+    ~Scratch();
+    Scratch(const Scratch&) = delete;
+    Scratch& operator=(const Scratch&) = delete;
 
     std::filesystem::path Path(const std::string& name) const { return folder_->Path() / name; }
 
@@ -23,7 +26,7 @@ private:
     std::optional<Temporary> folder_; ///< locked as long as it is used
 };
 
-/// Removes the `Scratch` folders of this user whose process has ended without removing them, as one that is killed does.
+/// Removes the `Scratch` folders of this user, in memory and on the disk, whose process has ended without removing them, as one that is killed does.
 /// What cannot be removed stays.
 void RemoveScratchOfEndedProcesses();
 

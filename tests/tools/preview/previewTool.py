@@ -58,6 +58,11 @@ class Shown:
         return [warning["rule"] for warning in self.preview["warnings"]]
 
 
+def has_memory():
+    """Whether there is memory for the largest image."""
+    return os.access(MEMORY, os.W_OK) and shutil.disk_usage(MEMORY).free > 3 * 512 * 2**20
+
+
 def run(*arguments, environment=None):
     """The preview as it is, with these arguments."""
     return subprocess.run([PREVIEW, *map(str, arguments)], capture_output=True, text=True, stdin=subprocess.DEVNULL,

@@ -5,6 +5,7 @@
 """The copies of a phone contain its secrets: no run leaves one, and the next run removes those of a run that was killed."""
 
 import os
+import pathlib
 import shutil
 import signal
 import stat
@@ -58,6 +59,27 @@ class Scratch(previewTool.PreviewTest):
                              previewTool.FAILS)
             self.assertEqual(sorted(scratch.iterdir()), before)
             self.assertTrue(list(scratch.glob("*/phone/config/user/user.ini")))
+
+    @unittest.skipUnless(previewTool.has_memory(), "too little memory")
+    def test_without_a_folder_for_it_it_is_in_memory(self):
+        program = self.folder / "program"
+        program.write_text("#!/bin/sh\ngrep ' /config ' /proc/self/mountinfo\n")
+        program.chmod(0o755)
+        for folder, expected in (("", " "), (str(self.folder), self.folder.name)):
+            with self.subTest(folder):
+                result = previewTool.run("--program", program, "--reports", self.phone({}), "all",
+                                         environment={"TMPDIR": folder})
+                self.assertEqual((result.returncode, result.stderr), (previewTool.NOTHING_CHANGES, ""))
+                self.assertIn(f"{expected}/{previewTool.SCRATCH}", result.stdout)
+
+    def test_what_was_left_in_memory_and_on_the_disk_is_removed(self):
+        left = pathlib.Path(previewTool.MEMORY) / f"{previewTool.SCRATCH}{os.getpid()}"
+        scratch = self.folder / "scratch"
+        on_disk = scratch / f"{previewTool.SCRATCH}old001"
+        for folder in (left, on_disk):
+            folder.mkdir(parents=True)
+        previewTool.run(*self.images(image=""), "all", environment={"TMPDIR": str(scratch)})
+        self.assertEqual((left.exists(), on_disk.exists()), (False, False))
 
     def test_what_is_no_folder_of_ours_stays(self):
         image, kept = self.images(image="", kept="keep")

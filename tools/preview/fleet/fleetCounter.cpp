@@ -114,8 +114,8 @@ void FleetCounter::AddPhone(const json& line)
         AddChanges(line.at("changes"), row);
         if (line.contains("table"))
             AddRecords(tables_.at(line["table"].get<std::size_t>()), TextOf(line, "records"));
-        AddForgotten(line.at("forgotten"), /*isOwn=*/false, row.image);
-        AddForgotten(line.at("forgottenOwn"), /*isOwn=*/true, row.image);
+        AddAllForgotten(line.at("forgotten"), /*isOwn=*/false, row.image);
+        AddAllForgotten(line.at("forgottenOwn"), /*isOwn=*/true, row.image);
     }
     row.ending = EndingOf(row);
     phones_.push_back(std::move(row));
@@ -176,7 +176,7 @@ void FleetCounter::AddRecords(const json& table, const std::string& outcomes)
     }
 }
 
-void FleetCounter::AddForgotten(const json& files, bool isOwn, const std::string& image)
+void FleetCounter::AddAllForgotten(const json& files, bool isOwn, const std::string& image)
 {
     for (const auto& [file, sections] : files.items()) {
         for (const auto& [section, keys] : sections.items()) {

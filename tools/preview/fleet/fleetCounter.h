@@ -36,7 +36,7 @@ private:
     void AddWarnings(const nlohmann::json& warnings, bool isGone, PhoneRow& row);
     void AddChanges(const nlohmann::json& changes, PhoneRow& row);
     void AddRecords(const nlohmann::json& table, const std::string& outcomes);
-    void AddForgotten(const nlohmann::json& files, bool isOwn, const std::string& image);
+    void AddAllForgotten(const nlohmann::json& files, bool isOwn, const std::string& image);
     void AddForgotten(const Place& key, bool isOwn, const std::string& image);
 
     std::vector<nlohmann::json> tables_;
