@@ -93,7 +93,7 @@ Findings CheckTable(const TableCheckInput& input)
     CheckFile(table, findings);
     CheckWellFormedness(input.table, findings);
     CheckSuppressions(table, findings);
-    const auto image = phone ? std::make_unique<ImageRules>(*phone) : nullptr;
+    const auto image = phone ? std::make_unique<ImageRules>(*phone, input.cipherKey) : nullptr;
     CheckRecords(table, list ? &*list : nullptr, image.get(), findings);
     std::stable_sort(findings.begin(), findings.end(), [](const Finding& one, const Finding& two) {
         return std::tie(one.line, one.rule) < std::tie(two.line, two.rule);

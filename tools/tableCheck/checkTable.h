@@ -10,8 +10,9 @@
 /// The paths of what is checked.
 struct TableCheckInput {
     std::string table;
-    std::string image;     ///< folder of a phone; empty: no image
-    std::string entryList; ///< empty: the image's own, if there is an image
+    std::string image;          ///< folder of a phone; empty: no image
+    std::string entryList;      ///< empty: the image's own, if there is an image
+    std::string cipherKey = {}; ///< for an image without one; empty: none
 };
 
 /// @return what the rules find, by line. Throws `ToolError` when nothing can be checked: the table cannot be read, the image

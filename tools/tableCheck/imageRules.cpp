@@ -26,8 +26,8 @@ bool IsStorable(const Place& place)
 
 } // namespace
 
-ImageRules::ImageRules(const PhoneFolder& phone)
-    : phone_(phone), keyFile_(phone.Find(kCipherKeyFile).value_or("")), cipher_(keyFile_.c_str())
+ImageRules::ImageRules(const PhoneFolder& phone, const std::string& otherKey)
+    : phone_(phone), keyFile_(phone.Find(kCipherKeyFile).value_or(otherKey)), cipher_(keyFile_.c_str())
 {
     if (!keyFile_.empty())
         RequireReadable("the image's cipher key", keyFile_);
@@ -101,11 +101,13 @@ bool ImageRules::IsLostToCipher(const TableRecord& record, const std::string& va
     if (isLost)
         findings.push_back({"KT026", record.Line(),
                             "the value has " + size + ", too many to encipher: on a locked phone " +
-                                Describe(record.destination) + " is set to empty"});
+                                Describe(record.destination) + " is set to empty",
+                            size});
     else
         findings.push_back({"KT027", record.Line(),
                             "the value of " + size + " cannot be enciphered: on a locked phone " +
-                                Describe(record.destination) + " is written plain"});
+                                Describe(record.destination) + " is written plain",
+                            size});
     return isLost;
 }
 

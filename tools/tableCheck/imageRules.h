@@ -21,8 +21,11 @@ struct TableRecord;
 class ImageRules
 {
 public:
-    /// @param phone  outlives this. Throws `ToolError`, as `Check` does, for a file of the image that cannot be read.
-    explicit ImageRules(const PhoneFolder& phone);
+    /// Throws `ToolError`, as `Check` does, for a file of the image that cannot be read.
+    ///
+    /// @param phone     outlives this
+    /// @param otherKey  path of a cipher key for a phone that has none; may be empty
+    ImageRules(const PhoneFolder& phone, const std::string& otherKey);
 
     /// @param findings  holds what the other rules found in this record
     void Check(const TableRecord& record, Findings& findings);

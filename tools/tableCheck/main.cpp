@@ -7,8 +7,11 @@
 #include <cstdio>
 #include <iostream>
 
-#include "checkTable.h"
+#include "checkImages.h"
+#include "phoneImage/imageNames.h"
 #include "phoneImage/printable.h"
+#include "phoneImage/scratch.h"
+#include "phoneImage/temporary.h"
 #include "phoneImage/toolError.h"
 #include "report.h"
 #include "rules.h"
@@ -19,8 +22,12 @@ namespace
 /// Exit status when nothing could be checked.
 constexpr int kNotChecked = 3;
 
+constexpr char kName[] = "kestrune-table-check: "; ///< begins each message
+
 struct Options {
     TableCheckInput input;
+    std::vector<std::string> roots;
+    std::string firmware;
     std::string format = "text";
     std::string least = "note";
     std::string explained;
@@ -30,9 +37,15 @@ struct Options {
 void Describe(CLI::App& app, Options& options)
 {
     app.add_option("TABLE", options.input.table, "the translation table");
-    app.add_option("--root", options.input.image, "phone to check against: a folder with its config, phone and tmp")
-        ->type_name("IMAGE")
-        ->check(CLI::ExistingDirectory.description(""));
+    CLI::Option* root =
+        app.add_option(
+               "--root", options.roots,
+               "phones to check against: folders with config, phone and tmp, .tar and .tar.gz archives, folders "
+               "that contain such images, @LIST for a file with a name per line")
+            ->type_name("IMAGE");
+    app.add_option("--firmware", options.firmware, "folder or archive whose phone replaces that of each image")
+        ->check(CLI::ExistingPath.description(""))
+        ->needs(root);
     app.add_option("--entry-list", options.input.entryList, "list of enciphered entries to use instead of the image's")
         ->type_name("FILE")
         ->check(CLI::ExistingFile.description(""));
@@ -57,13 +70,13 @@ int Explain(const std::string& number)
     return 0;
 }
 
-std::string Report(const Options& options, const Findings& findings)
+std::string Report(const Options& options, const ImagesResult& result)
 {
     if (options.format == "json")
-        return JsonReport(options.input.table, findings);
+        return JsonReport(options.input.table, result);
     if (options.format == "github")
-        return GithubReport(options.input.table, findings);
-    return TextReport(options.input.table, findings);
+        return GithubReport(options.input.table, result);
+    return TextReport(options.input.table, result);
 }
 
 Severity SeverityNamed(const std::string& name)
@@ -75,12 +88,16 @@ Severity SeverityNamed(const std::string& name)
 
 int Check(const Options& options)
 {
-    Findings findings = CheckTable(options.input);
-    KeepFrom(SeverityNamed(options.least), findings);
-    std::cout << Report(options, findings) << std::flush;
+    ImagesResult result = CheckImages(options.input, FindImages(options.roots), options.firmware);
+    for (const FailedImage& failed : result.failed)
+        std::cerr << kName << Printable(failed.image + ": " + failed.reason) << '\n';
+    if (result.images == 0 && !result.failed.empty())
+        return kNotChecked;
+    KeepFrom(SeverityNamed(options.least), result.findings);
+    std::cout << Report(options, result) << std::flush;
     if (!std::cout)
         throw ToolError("the report cannot be written");
-    return ExitStatus(findings);
+    return ExitStatus(result);
 }
 
 int Run(int argumentCount, char** arguments)
@@ -99,6 +116,10 @@ int Run(int argumentCount, char** arguments)
     }
     if (!options.explained.empty())
         return Explain(options.explained);
+    if (options.input.table.empty() && options.roots.size() > 1) { // "--root IMAGE... TABLE": the option took all words
+        options.input.table = options.roots.back();
+        options.roots.pop_back();
+    }
     if (options.input.table.empty())
         throw ToolError("TABLE is required, see --help");
     return Check(options);
@@ -108,10 +129,12 @@ int Run(int argumentCount, char** arguments)
 
 int main(int argumentCount, char** arguments)
 {
+    RemoveTemporariesWhenInterrupted();
+    RemoveScratchOfEndedProcesses();
     try {
         return Run(argumentCount, arguments);
     } catch (const std::exception& error) {
-        std::cerr << "kestrune-table-check: " << Printable(error.what()) << '\n';
+        std::cerr << kName << Printable(error.what()) << '\n';
         return kNotChecked;
     }
 }

@@ -38,12 +38,21 @@ struct SameNotes {
     int lastLine;
 };
 
-/// @return the findings with one note for each rule, which counts the others: these lines are for people
-Findings WithNotesSummedUp(const Findings& findings)
+std::string CountText(const Finding& finding, std::size_t images)
+{
+    if (finding.images == 0)
+        return "";
+    return " (on " + std::to_string(finding.images) + " of " + std::to_string(images) + " images, the first is " +
+           Printable(finding.example) + ")";
+}
+
+/// @return the findings with their counts in the text, and one note for each rule, which counts the others: these lines are
+///         for people
+Findings ForPeople(const ImagesResult& result)
 {
     Findings shown;
     std::map<std::string_view, SameNotes> notes;
-    for (const Finding& finding : findings) {
+    for (const Finding& finding : result.findings) {
         const bool isNote = SeverityOf(finding) == Severity::Note;
         if (const auto known = notes.find(finding.rule); isNote && known != notes.end()) {
             ++known->second.count;
@@ -53,6 +62,7 @@ Findings WithNotesSummedUp(const Findings& findings)
         if (isNote)
             notes.insert({finding.rule, {shown.size(), 1, finding.line}});
         shown.push_back(finding);
+        shown.back().text += CountText(finding, result.images);
     }
     for (const auto& [rule, same] : notes) {
         if (same.count > 1)
@@ -88,10 +98,10 @@ Tally Count(const Findings& findings)
     return tally;
 }
 
-int ExitStatus(const Findings& findings)
+int ExitStatus(const ImagesResult& result)
 {
-    const Tally tally = Count(findings);
-    if (tally.errors != 0)
+    const Tally tally = Count(result.findings);
+    if (tally.errors != 0 || !result.failed.empty())
         return 2;
     return tally.warnings != 0 ? 1 : 0;
 }
@@ -103,10 +113,10 @@ void KeepFrom(Severity least, Findings& findings)
                    findings.end());
 }
 
-std::string TextReport(const std::string& path, const Findings& findings)
+std::string TextReport(const std::string& path, const ImagesResult& result)
 {
     std::string report;
-    for (const Finding& finding : WithNotesSummedUp(findings)) {
+    for (const Finding& finding : ForPeople(result)) {
         report.append(Printable(path)).append(":").append(std::to_string(finding.line)).append(": ");
         report.append(SeverityName(SeverityOf(finding))).append(": ").append(finding.text);
         report.append(" [").append(finding.rule).append("]\n");
@@ -114,27 +124,36 @@ std::string TextReport(const std::string& path, const Findings& findings)
     return report;
 }
 
-std::string JsonReport(const std::string& path, const Findings& findings)
+std::string JsonReport(const std::string& path, const ImagesResult& result)
 {
     using Json = nlohmann::ordered_json;
-    const Tally tally = Count(findings);
-    Json report = {{"version", 1},           {"table", path},
-                   {"errors", tally.errors}, {"warnings", tally.warnings},
-                   {"notes", tally.notes},   {"findings", Json::array()}};
-    for (const Finding& finding : findings) {
-        report["findings"].push_back({{"line", finding.line},
-                                      {"severity", SeverityName(SeverityOf(finding))},
-                                      {"rule", finding.rule},
-                                      {"text", finding.text}});
+    const Tally tally = Count(result.findings);
+    Json report = {{"version", 1}, {"table", path}};
+    if (result.isCounted) {
+        report["images"] = result.images;
+        report["failed"] = Json::array();
+        for (const FailedImage& failed : result.failed)
+            report["failed"].push_back({{"image", failed.image}, {"reason", failed.reason}});
+    }
+    report.update({{"errors", tally.errors}, {"warnings", tally.warnings}, {"notes", tally.notes}});
+    report["findings"] = Json::array();
+    for (const Finding& finding : result.findings) {
+        Json& shown = report["findings"].emplace_back();
+        shown = {{"line", finding.line},
+                 {"severity", SeverityName(SeverityOf(finding))},
+                 {"rule", finding.rule},
+                 {"text", finding.text}};
+        if (finding.images != 0)
+            shown.update({{"images", finding.images}, {"example", finding.example}});
     }
     constexpr int kIndent = 2;
     return report.dump(kIndent, ' ', /*ensure_ascii=*/true, Json::error_handler_t::replace) + "\n";
 }
 
-std::string GithubReport(const std::string& path, const Findings& findings)
+std::string GithubReport(const std::string& path, const ImagesResult& result)
 {
     std::string report;
-    for (const Finding& finding : WithNotesSummedUp(findings)) {
+    for (const Finding& finding : ForPeople(result)) {
         report.append("::").append(GithubCommand(SeverityOf(finding)));
         report.append(" file=").append(PercentEncoded(Printable(path), "%:,"));
         report.append(",line=").append(std::to_string(finding.line)).append(",title=").append(finding.rule);

@@ -91,7 +91,7 @@ TEST(TableCheckPages, TheManualPageIsCleanAndNamesEveryOption)
 TEST(TableCheckPages, TheCompletionOffersEveryOption)
 {
     EXPECT_EQ(Completions("kestrune-table-check -"), Options());
-    EXPECT_EQ(Completions("kestrune-table-check --f"), Lines{"--format"});
+    EXPECT_EQ(Completions("kestrune-table-check --f"), (Lines{"--firmware", "--format"}));
 }
 
 TEST(TableCheckPages, TheCompletionOffersWhatAnOptionTakes)
@@ -101,5 +101,9 @@ TEST(TableCheckPages, TheCompletionOffersWhatAnOptionTakes)
     EXPECT_THAT(Completions("kestrune-table-check --severity ="), testing::ElementsAre("error", "note", "warning"));
     EXPECT_EQ(Completions("kestrune-table-check --explain ''").size(), Rules().size());
     EXPECT_THAT(Completions("kestrune-table-check --explain KT01"), testing::SizeIs(10));
-    EXPECT_THAT(Completions("kestrune-table-check --root /us"), testing::ElementsAre("/usr"));
+    for (const char* option : {"--root", "--firmware"}) {
+        const std::string words = "kestrune-table-check " + std::string(option) + " ";
+        EXPECT_THAT(Completions(words + "/us"), testing::ElementsAre("/usr"));
+        EXPECT_THAT(Completions(words + "/etc/pass"), testing::Contains("/etc/passwd")); // an archive, for instance
+    }
 }
