@@ -42,19 +42,15 @@ json ValueChange(const std::string& file, const ShownChange& change)
     return line;
 }
 
-/// "contactData/contact" for "contactData/contact[7]": the place that phones have in common.
-std::string WithoutNumbers(const std::string& group)
+/// "contactData/contact" for contactData/contact["Ann"](2): the place that phones have in common.
+std::string WithoutNames(const std::string& group)
 {
     std::string path;
-    bool isInside = false;
-    bool isQuoted = false;
+    bool isName = false;
     for (const char character : group) {
-        isQuoted = isQuoted != (isInside && character == '"');
-        if (!isInside && character == '[')
-            isInside = true;
-        else if (isInside && !isQuoted && character == ']')
-            isInside = false;
-        else if (!isInside)
+        if (character == '[' || character == '/')
+            isName = character == '[';
+        if (!isName)
             path += character;
     }
     return path;
@@ -64,7 +60,7 @@ void AddXmlChanges(const ShownFile& file, json& list)
 {
     std::map<std::tuple<std::string, std::string, ChangeKind>, int> times;
     for (const ShownChange& change : file.changes)
-        ++times[{WithoutNumbers(change.group), change.name, change.kind}];
+        ++times[{WithoutNames(change.group), change.name, change.kind}];
     for (const auto& [place, count] : times) {
         list.push_back(ChangeAt(file.path, std::get<0>(place), std::get<1>(place), std::get<2>(place)));
         list.back()["times"] = count;
