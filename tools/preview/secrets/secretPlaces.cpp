@@ -38,7 +38,7 @@ bool SecretPlaces::Add(const std::set<Place>& places)
 
 bool SecretPlaces::IsSecret(std::string_view group, std::string_view name, NameSays names, std::string_view value) const
 {
-    return IsSecretValue(names, value) || places_.count({std::string(group), std::string(name)}) != 0;
+    return IsSecretValue(names, value) || places_.count(std::pair(group, name)) != 0;
 }
 
 bool SecretPlaces::IsSecret(const TableRecord& record) const

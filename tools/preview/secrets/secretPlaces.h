@@ -33,8 +33,15 @@ public:
     bool IsSecret(const TableRecord& record) const;
 
 private:
+    /// A place is looked up for each line of each file: without a copy of its names.
+    struct ByName {
+        using is_transparent = void;
+        using Names = std::pair<std::string_view, std::string_view>;
+        bool operator()(const Names& one, const Names& other) const { return one < other; }
+    };
+
     bool IsSecretPlace(const Place& place) const;
 
     std::multimap<Place, Place> copies_; ///< between the two places of each record, in both directions
-    std::set<Place> places_;
+    std::set<Place, ByName> places_;
 };

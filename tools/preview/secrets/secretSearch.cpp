@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstring>
 
 namespace
 {
@@ -65,8 +66,8 @@ std::set<std::string> SecretSearch::FindIn(const std::string& text) const
 
 SecretSearch::Beginning SecretSearch::BeginningOf(const std::string& text, std::size_t at)
 {
-    Beginning beginning;
-    std::copy_n(text.begin() + static_cast<std::ptrdiff_t>(at), kShortest, beginning.begin());
+    Beginning beginning = 0;
+    std::memcpy(&beginning, text.data() + at, kShortest);
     return beginning;
 }
 

@@ -3,10 +3,10 @@
 
 #pragma once
 
-#include <array>
-#include <map>
+#include <cstdint>
 #include <set>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 /// What is shown instead of a secret.
@@ -29,11 +29,11 @@ public:
     std::set<std::string> FindIn(const std::string& text) const;
 
 private:
-    static constexpr std::size_t kShortest = 4;
-    using Beginning = std::array<char, kShortest>;
+    using Beginning = std::uint32_t;
+    static constexpr std::size_t kShortest = sizeof(Beginning);
 
     static Beginning BeginningOf(const std::string& text, std::size_t at);
     const std::vector<std::string>& ValuesFrom(const std::string& text, std::size_t at) const;
 
-    std::map<Beginning, std::vector<std::string>> values_; ///< by their first bytes
+    std::unordered_map<Beginning, std::vector<std::string>> values_; ///< by their first bytes
 };

@@ -4,7 +4,9 @@
 #include "secrets.h"
 
 #include <algorithm>
+#include <optional>
 
+#include "iniText.h"
 #include "secretText.h"
 
 namespace
@@ -28,6 +30,11 @@ std::set<std::string> XmlForms(std::string value)
     Replace(value, "'", "&apos;");
     forms.insert(value);
     return forms;
+}
+
+std::vector<Item> ReadXml(FileFormat format, const std::string& content)
+{
+    return format == FileFormat::Xml ? ReadItems(format, content).value_or(std::vector<Item>()) : std::vector<Item>();
 }
 
 bool HasCipherForm(std::string_view value)
@@ -87,8 +94,9 @@ void Secrets::Learn(const std::vector<const Snapshot*>& phones, const FileFormat
     const std::vector<File> files = DistinctFiles(phones, formats);
     Candidates candidates;
     for (const File& file : files) {
-        LearnFile(file);
-        AddCandidates(file, candidates);
+        const std::vector<Item> items = ReadXml(file.format, file.content);
+        LearnFile(file, items);
+        AddCandidates(file, items, candidates);
     }
     Decipher(steps, candidates);
     std::set<SecretPlaces::Place> found;
@@ -98,7 +106,7 @@ void Secrets::Learn(const std::vector<const Snapshot*>& phones, const FileFormat
     }
     if (places_.Add(found)) {
         for (const File& file : files) // the plain values there
-            LearnFile(file);
+            LearnFile(file, ReadXml(file.format, file.content));
     }
     FillSearches(FirmwareNames(lists_, formats));
 }
@@ -120,15 +128,13 @@ std::vector<Secrets::File> Secrets::DistinctFiles(const std::vector<const Snapsh
     return files;
 }
 
-void Secrets::LearnFile(const File& file)
+void Secrets::LearnFile(const File& file, const std::vector<Item>& items)
 {
-    if (file.format == FileFormat::Xml) {
-        for (const Item& item : ReadItems(file.format, file.content).value_or(std::vector<Item>())) {
-            if (IsSecret(item))
-                values_.Add(item.value);
-            else
-                LearnSpans(item.value, FindSecretSpans(item.value));
-        }
+    for (const Item& item : items) {
+        if (IsSecret(item))
+            values_.Add(item.value);
+        else
+            LearnSpans(item.value, FindSecretSpans(item.value));
     }
     if (file.isKey && file.content.find("-----BEGIN") == std::string::npos)
         values_.Add(file.content);
@@ -143,14 +149,25 @@ void Secrets::LearnSpans(std::string_view text, const std::vector<SecretSpan>& s
     }
 }
 
-void Secrets::AddCandidates(const File& file, Candidates& candidates)
+void Secrets::AddCandidates(const File& file, const std::vector<Item>& items, Candidates& candidates)
 {
     for (const std::string_view text : FindCipherTexts(file.content))
         candidates.try_emplace(std::string(text));
-    const FileFormat format = file.format == FileFormat::Xml ? FileFormat::Xml : FileFormat::Ini;
-    for (const Item& item : ReadItems(format, file.content).value_or(std::vector<Item>())) {
+    for (const Item& item : items) {
         if (HasCipherForm(item.value))
             candidates[item.value].emplace(*item.position, item.name);
+    }
+    if (file.format == FileFormat::Xml)
+        return;
+    const std::string_view text = file.content;
+    std::optional<std::string_view> section;
+    for (std::size_t begin = FirstIniLine(text); begin < text.size();) {
+        const IniLine line = ReadIniLine(text, begin);
+        begin = line.end;
+        if (line.kind == IniLineKind::Section)
+            section = line.name;
+        else if (line.kind == IniLineKind::Key && section && HasCipherForm(line.value))
+            candidates[std::string(line.value)].emplace(*section, line.name);
     }
 }
 

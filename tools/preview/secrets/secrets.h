@@ -67,9 +67,9 @@ private:
     using Candidates = std::map<std::string, std::set<SecretPlaces::Place>>;
 
     static std::vector<File> DistinctFiles(const std::vector<const Snapshot*>& phones, const FileFormats& formats);
-    static void AddCandidates(const File& file, Candidates& candidates);
+    static void AddCandidates(const File& file, const std::vector<Item>& items, Candidates& candidates);
 
-    void LearnFile(const File& file);
+    void LearnFile(const File& file, const std::vector<Item>& items);
     void LearnSpans(std::string_view text, const std::vector<SecretSpan>& spans);
     void Decipher(const StepsClient& steps, const Candidates& candidates);
     void FillSearches(const std::string& firmwareNames);
