@@ -4,19 +4,30 @@
 #include "itemChanges.h"
 
 #include <algorithm>
+#include <functional>
 #include <list>
-#include <map>
 #include <memory>
 #include <set>
 #include <string_view>
 #include <tuple>
+#include <unordered_map>
 
 namespace
 {
 
 using Items = std::vector<Item>;
 using Place = std::tuple<std::string_view, std::string_view, int>;
-using Values = std::map<Place, std::string_view>; ///< of items that live on
+
+struct PlaceHash {
+    std::size_t operator()(const Place& place) const
+    {
+        const std::hash<std::string_view> hash;
+        return (hash(std::get<0>(place)) * 31 + hash(std::get<1>(place))) * 31 +
+               static_cast<std::size_t>(std::get<2>(place));
+    }
+};
+
+using Values = std::unordered_map<Place, std::string_view, PlaceHash>; ///< of items that live on
 
 Place PlaceOf(const Item& item)
 {
@@ -47,30 +58,32 @@ Items WithNamesOf(Items items, const Items& after)
 Values ValuesOf(const Items& items)
 {
     Values values;
+    values.reserve(items.size());
     for (const Item& item : items)
         values[PlaceOf(item)] = item.value;
     return values;
 }
 
-std::optional<std::string> ValueAt(const Values& values, const Place& place)
+std::optional<std::string_view> ValueAt(const Values& values, const Place& place)
 {
     const auto found = values.find(place);
-    return found == values.end() ? std::nullopt : std::optional<std::string>(found->second);
+    return found == values.end() ? std::nullopt : std::optional(found->second);
 }
 
-/// The values that the file had after each pass; passes that did not change it share one.
+/// The values that the file had before the first and after each pass; passes that did not change it share one.
 class History
 {
 public:
-    History(const std::vector<PassState>& states, const std::string& path, FileFormat format, const Items& after)
-        : states_(states)
+    History(const Values& first, const std::vector<PassState>& states, const std::string& path, FileFormat format,
+            const Items& after)
+        : states_(states), current_(std::shared_ptr<const Values>(), &first)
     {
         const std::string* previous = nullptr;
         for (const PassState& state : states) {
             const std::string& content = ContentOf(state.phone, path);
-            if (previous == nullptr || content != *previous) {
+            if (previous != nullptr && &content != previous && content != *previous) {
                 contents_.push_back(WithNamesOf(ReadItems(format, content).value_or(Items()), after));
-                current_ = std::make_shared<Values>(ValuesOf(contents_.back()));
+                current_ = std::make_shared<const Values>(ValuesOf(contents_.back()));
             }
             values_.push_back(current_);
             previous = &content;
@@ -92,15 +105,16 @@ public:
 private:
     const std::vector<PassState>& states_;
     std::list<Items> contents_;
-    std::shared_ptr<Values> current_;
-    std::vector<std::shared_ptr<Values>> values_;
+    std::shared_ptr<const Values> current_;
+    std::vector<std::shared_ptr<const Values>> values_;
 };
 
 class ItemComparison
 {
 public:
-    ItemComparison(const Items& before, const Items& after, const History& history)
-        : before_(ValuesOf(before)), after_(ValuesOf(after)), history_(history)
+    ItemComparison(const Items& before, const Items& after, const std::vector<PassState>& states,
+                   const std::string& path, FileFormat format)
+        : before_(ValuesOf(before)), after_(ValuesOf(after)), history_(before_, states, path, format, after)
     {
         for (const Item& item : before)
             groupsBefore_.insert(*item.group);
@@ -128,18 +142,19 @@ private:
     void Add(const Item& item)
     {
         const Place place = PlaceOf(item);
-        const auto before = ValueAt(before_, place);
-        const auto after = ValueAt(after_, place);
+        if (ValueAt(before_, place) == ValueAt(after_, place))
+            return;
+        const std::optional<std::string> before(ValueAt(before_, place));
+        const std::optional<std::string> after(ValueAt(after_, place));
         const std::string_view group = *item.group;
-        if (before != after)
-            changes_.push_back({KindOf(before, after), item, before, after, history_.PassesThatChanged(place),
-                                !groupsBefore_.contains(group) || removedGroups_.contains(group)});
+        changes_.push_back({KindOf(before, after), item, before, after, history_.PassesThatChanged(place),
+                            !groupsBefore_.contains(group) || removedGroups_.contains(group)});
     }
 
     Values before_;
     Values after_;
-    const History& history_;
-    std::map<std::string_view, int> order_;
+    const History history_;
+    std::unordered_map<std::string_view, int> order_;
     std::set<std::string_view> groupsBefore_;
     std::set<std::string_view> removedGroups_;
     std::vector<ItemChange> changes_;
@@ -159,7 +174,7 @@ ChangeKind KindOf(const std::optional<std::string>& before, const std::optional<
 std::vector<ItemChange> FindItemChanges(const Items& before, const Items& after, const std::vector<PassState>& states,
                                         const std::string& path, FileFormat format)
 {
-    return ItemComparison(WithNamesOf(before, after), after, History(states, path, format, after)).Take();
+    return ItemComparison(WithNamesOf(before, after), after, states, path, format).Take();
 }
 
 bool AreSame(const Items& before, const Items& after)

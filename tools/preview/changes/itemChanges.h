@@ -29,7 +29,7 @@ struct ItemChange {
 /// Compares two contents of one file. A record of an XML file is the same one if it has the same name, or another one at
 /// the same position. Its place is then called by its new name.
 ///
-/// @param states, path, format  the file between the passes
+/// @param states, path, format  the file between the passes; the first state has `before`
 /// @return in the order of `after`; removed values after what was before them
 std::vector<ItemChange> FindItemChanges(const std::vector<Item>& before, const std::vector<Item>& after,
                                         const std::vector<PassState>& states, const std::string& path,

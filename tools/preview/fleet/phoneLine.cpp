@@ -47,8 +47,10 @@ std::string WithoutNames(const std::string& group)
 {
     std::string path;
     bool isName = false;
+    bool isQuoted = false;
     for (const char character : group) {
-        if (character == '[' || character == '/')
+        isQuoted = isQuoted != (character == '"');
+        if (!isQuoted && (character == '[' || character == '/'))
             isName = character == '[';
         if (!isName)
             path += character;
