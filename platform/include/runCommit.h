@@ -3,8 +3,14 @@
 
 #pragma once
 
+#include <string>
+
 /// All changes of a run take effect as one step: after a kill or a power cut at any instant, the next run finds the
 /// phone as it was before the run, or finishes the run.
+///
+/// Each run ends with one line in the system log, and nowhere else. It says what became of the run, without any value:
+/// "mode all: 9 files changed, 1 not saved; ended early: translation table", "mode 2: nothing to do", "mode 1: not its turn"
+/// (the marker lists another mode), "mode all: finished an earlier run". It is a warning if something failed.
 ///
 /// | file                          | contents                                                                         |
 /// | ----------------------------- | -------------------------------------------------------------------------------- |
@@ -37,4 +43,6 @@ bool IsSavedByRun(const char* path);
 /// Commits the staged changes, and ends the run. If there is no space for all changes at once, they are made one after
 /// the other, each whole, and removals last. Failures are reported to the system log; the files concerned are
 /// unchanged.
-void CommitRun();
+///
+/// @param endedEarly  the names of the passes that did not come to their end, for the system log; empty for none
+void CommitRun(const std::string& endedEarly = std::string());

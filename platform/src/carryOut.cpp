@@ -23,6 +23,8 @@
 namespace
 {
 
+int failures = 0; ///< static: a failure is reported at several depths of a commit
+
 /// @return 0; otherwise the error number
 int Rename(const RecordedChange& change, CarryingOut turn)
 {
@@ -129,9 +131,15 @@ bool CarryOut(const CommitRecord& record, CarryingOut turn)
 
 void ReportFailure(const std::string& path, int error)
 {
+    failures += path == kUpgradeMarker ? 0 : 1;
     try {
         WriteToSystemLog(kSystemLogWarning, "cannot save " + path + ": " + std::strerror(error));
     } catch (...) {
         // No memory for the report: the commit continues.
     }
+}
+
+int FailureCount()
+{
+    return failures;
 }

@@ -23,5 +23,8 @@ enum class CarryingOut {
 /// @return false if the note could not be removed or the marker could not be changed: the record stays
 [[nodiscard]] bool CarryOut(const CommitRecord& record, CarryingOut turn);
 
-/// Reports to the system log only that a change could not be committed.
+/// Reports to the system log only that a change could not be committed, and counts it.
 void ReportFailure(const std::string& path, int error);
+
+/// @return how many changes of files could not be committed since the process started; the marker does not count
+int FailureCount();

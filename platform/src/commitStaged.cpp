@@ -3,6 +3,7 @@
 
 #include "commitStaged.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <list>
@@ -81,6 +82,12 @@ bool FindChanges()
         isAnyLeft |= staged.state != StagedState::Touched;
     }
     return isAnyLeft;
+}
+
+int CountChanges()
+{
+    const auto isChange = [](const StagedFile& staged) { return staged.state != StagedState::Touched; };
+    return static_cast<int>(std::count_if(StagedFiles().begin(), StagedFiles().end(), isChange));
 }
 
 void Fail(StagedFile& staged, int error)
@@ -247,12 +254,16 @@ void TouchTheOthers()
 
 } // namespace
 
-void CommitStaged(const RunToCommit& run)
+CommitResult CommitStaged(const RunToCommit& run)
 {
+    const int failuresBefore = FailureCount();
     const bool hasChanges = FindChanges() || run.isOfUpgrade;
+    const int toChange = CountChanges();
     if (hasChanges && !CommitTogether(run) && !CommitOneByOne(run))
-        return; // the note of copies stays, and the next run removes them
+        return {0, toChange + RefusalCount()}; // the note of copies stays, and the next run removes them
     if (HasNoteOfCopies())
         (void)RemoveNoteOfCopies(); // if the note stays, the next run removes the copies and makes them again
     TouchTheOthers();
+    const int failed = FailureCount() - failuresBefore;
+    return {std::max(0, toChange - failed), failed + RefusalCount()};
 }

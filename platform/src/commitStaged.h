@@ -7,9 +7,16 @@
 
 /// The run that is to be committed.
 struct RunToCommit {
-    std::string mode;         ///< its word
-    bool isOfUpgrade = false; ///< whether the marker lists it
-    std::string laterWords;   ///< the content of the marker afterwards
+    std::string mode;                ///< its word
+    bool isOfUpgrade = false;        ///< whether the marker lists it
+    std::string laterWords;          ///< the content of the marker afterwards
+    bool hasFinishedEarlier = false; ///< it found a run that was interrupted in its commit
+};
+
+/// What became of the files of a run.
+struct CommitResult {
+    int changed = 0; ///< written or removed
+    int failed = 0;
 };
 
 /// Writes the staged changes to the device: all as one step, with a record that the next run finishes; or one after the
@@ -19,4 +26,4 @@ struct RunToCommit {
 /// A single change has a record too: without it, a run that was killed before it flushed the folder would leave a name
 /// that a file system without a journal may assign to another file's bytes, or, if the file system renames in two
 /// writes, a second name.
-void CommitStaged(const RunToCommit& run);
+CommitResult CommitStaged(const RunToCommit& run);

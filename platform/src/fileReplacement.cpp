@@ -55,6 +55,16 @@ bool Replace(const Destination& destination, std::string_view bytes, FileOrigin 
     return ReplaceAtOnce(destination.path, bytes, origin) == 0;
 }
 
+/// Finds the destination and replaces it; counts a refusal for the report of the run.
+bool Save(const char* path, std::string_view bytes, const FileOrigin& origin)
+{
+    Destination destination;
+    const bool isSaved = FindDestination(path, destination) && Replace(destination, bytes, origin);
+    if (!isSaved)
+        CountRefusal(path);
+    return isSaved;
+}
+
 /// Whether the destination is a link, or a chain of links, that ends at the source.
 bool IsLinkToSource(const char* destinationPath, const Destination& destination, const char* sourcePath)
 {
@@ -69,15 +79,12 @@ bool IsLinkToSource(const char* destinationPath, const Destination& destination,
 
 bool ReplaceFile(const char* path, std::string_view bytes, mode_t newFileMode)
 {
-    Destination destination;
-    return FindDestination(path, destination) && Replace(destination, bytes, {"", "", MadeOf::Nothing, newFileMode});
+    return Save(path, bytes, {"", "", MadeOf::Nothing, newFileMode});
 }
 
 bool ReplaceDerivedFile(const char* path, std::string_view bytes, const char* sourcePath)
 {
-    Destination destination;
-    return FindDestination(path, destination) &&
-           Replace(destination, bytes, {"", sourcePath, MadeOf::Another, kModeLessUmask});
+    return Save(path, bytes, {"", sourcePath, MadeOf::Another, kModeLessUmask});
 }
 
 bool CopyFile(const char* destinationPath, const char* sourcePath)

@@ -91,17 +91,19 @@ void EndForeignCopy(const ForeignCopy& copy)
     endedCopies.push_back(copy.path);
     if (IsStaging())
         return;
-    FlushForeignCopies();
+    (void)FlushForeignCopies();
 }
 
-void FlushForeignCopies()
+int FlushForeignCopies()
 {
     FolderFlush flush;
+    const auto count = static_cast<int>(endedCopies.size());
     for (const std::string& copy : endedCopies) {
         FlushFile(copy.c_str());
         flush.Add(copy);
     }
     endedCopies.clear();
+    return count;
 }
 
 bool HasNoteOfCopies()

@@ -6,7 +6,9 @@
 /// Handles the copies of foreignCopies.h at the start of a run and in its commit.
 
 /// Flushes the copies that this run has made, and their folders.
-void FlushForeignCopies();
+///
+/// @return how many there are
+int FlushForeignCopies();
 
 /// @return whether this run has written a note that is not removed yet
 bool HasNoteOfCopies();

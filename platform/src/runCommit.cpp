@@ -3,6 +3,9 @@
 
 #include "runCommit.h"
 
+#include <algorithm>
+#include <cctype>
+
 #include "carryOut.h"
 #include "commitRecord.h"
 #include "commitStaged.h"
@@ -25,12 +28,41 @@ void RemoveEmptyMarker()
         RemovePrivateFile(kUpgradeMarker);
 }
 
-void Commit()
+/// The mode word may be any text, and the system log is for all to read.
+std::string ModeText(const std::string& mode)
 {
-    FlushForeignCopies();
-    CommitStaged(run);
+    constexpr std::size_t kLongestMode = 8;
+    const bool isWord = mode.size() <= kLongestMode && std::all_of(mode.begin(), mode.end(), [](unsigned char byte) {
+                            return byte < 0x80 && std::isalnum(byte) != 0;
+                        });
+    return isWord ? "mode " + mode + ": " : "another mode: ";
+}
+
+std::string FilesText(int count)
+{
+    return std::to_string(count) + (count == 1 ? " file" : " files");
+}
+
+void ReportEnd(const CommitResult& result, const std::string& endedEarly)
+{
+    std::string text = run.hasFinishedEarlier ? "finished an earlier run; " : "";
+    text += result.changed == 0 && result.failed == 0 ? "nothing to do" : FilesText(result.changed) + " changed";
+    if (result.failed != 0)
+        text += ", " + std::to_string(result.failed) + " not saved";
+    if (!endedEarly.empty())
+        text += "; ended early: " + endedEarly;
+    const bool isWhole = result.failed == 0 && endedEarly.empty();
+    WriteToSystemLog(isWhole ? kSystemLogInformation : kSystemLogWarning, ModeText(run.mode) + text);
+}
+
+void Commit(const std::string& endedEarly)
+{
+    const int copies = FlushForeignCopies();
+    CommitResult result = CommitStaged(run);
+    result.changed += copies;
     if (run.isOfUpgrade)
         RemoveEmptyMarker();
+    ReportEnd(result, endedEarly);
 }
 
 void EndRun()
@@ -75,21 +107,28 @@ RunStart Begin(const char* mode)
     }
     CommitRecord record;
     const EarlierRun earlier = FinishEarlierRun(record);
-    if (earlier == EarlierRun::Unfinished)
+    if (earlier == EarlierRun::Unfinished) {
+        WriteToSystemLog(kSystemLogWarning, "an earlier run cannot be finished now: nothing is done");
         return RunStart::NothingToDo;
-
+    }
+    const bool hasFinishedEarlier = earlier == EarlierRun::Finished;
     if (!sawMarker && !IsMarkerThere()) {
-        if (earlier == EarlierRun::Finished && record.mode == mode)
+        if (hasFinishedEarlier && record.mode == mode) {
+            WriteToSystemLog(kSystemLogInformation, ModeText(mode) + "finished an earlier run");
             return RunStart::NothingToDo;
-        run = {mode, /*isOfUpgrade=*/false, ""};
+        }
+        run = {mode, /*isOfUpgrade=*/false, "", hasFinishedEarlier};
         return RunStart::WithoutMarker;
     }
     const UpgradeMarker marker = ReadMarker();
     if (marker.isEmpty)
         RemovePrivateFile(kUpgradeMarker);
-    if (marker.word.empty() || marker.word != mode)
+    if (marker.word.empty() || marker.word != mode) {
+        const char* why = hasFinishedEarlier ? "finished an earlier run" : "not its turn";
+        WriteToSystemLog(kSystemLogInformation, ModeText(mode) + why);
         return RunStart::NothingToDo;
-    run = {mode, /*isOfUpgrade=*/true, marker.rest};
+    }
+    run = {mode, /*isOfUpgrade=*/true, marker.rest, hasFinishedEarlier};
     return RunStart::OfUpgrade;
 }
 
@@ -116,10 +155,10 @@ bool IsSavedByRun(const char* path)
     return staged != nullptr && staged->state != StagedState::Removed;
 }
 
-void CommitRun()
+void CommitRun(const std::string& endedEarly)
 {
     try {
-        Commit();
+        Commit(endedEarly);
     } catch (...) {
         // No memory: without a record nothing has changed, with a record the next run finishes this one.
     }

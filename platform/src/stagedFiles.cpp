@@ -7,6 +7,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <memory>
+#include <set>
 #include <unistd.h>
 
 #include "contentSum.h"
@@ -26,6 +27,7 @@ bool isStaging = false;
 std::list<StagedFile> stagedFiles;
 std::list<KnownFolder> knownFolders;    // each is looked up once, since a run uses the same folders often
 std::list<std::string> unreadableFiles; // paths of files that must no longer be changed
+std::set<std::string> refusals;         // paths that could not be staged
 
 const KnownFolder* FindFolder(std::string path)
 {
@@ -143,6 +145,7 @@ void EndStaging()
     stagedFiles.clear();
     knownFolders.clear();
     unreadableFiles.clear();
+    refusals.clear();
 }
 
 bool IsStaging()
@@ -211,6 +214,17 @@ void ForbidChanges(const std::string& path)
 {
     if (isStaging)
         unreadableFiles.push_back(AbsolutePath(path));
+}
+
+void CountRefusal(const std::string& path)
+{
+    if (isStaging)
+        refusals.insert(AbsolutePath(path));
+}
+
+int RefusalCount()
+{
+    return static_cast<int>(refusals.size());
 }
 
 bool StageRemoval(const std::string& path)

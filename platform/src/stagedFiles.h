@@ -79,6 +79,10 @@ struct SaveRequest {
 /// must not replace it.
 void ForbidChanges(const std::string& path);
 
+/// Counts a file that a pass wanted to save, and that visibly cannot be saved; each path once in a run.
+void CountRefusal(const std::string& path);
+int RefusalCount();
+
 /// Stages a removal.
 ///
 /// @return false if there is nothing to remove, or it visibly cannot be removed

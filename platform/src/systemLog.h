@@ -5,7 +5,9 @@
 
 #include <string>
 
-constexpr int kSystemLogWarning = 4; ///< a severity of syslog(3)
+// Severities of syslog(3)
+constexpr int kSystemLogWarning = 4;
+constexpr int kSystemLogInformation = 6;
 
 /// Writes only to the system log. Waits for a stalled log daemon only once per run.
 ///

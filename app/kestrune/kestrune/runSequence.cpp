@@ -3,11 +3,14 @@
 
 #include "runSequence.h"
 
+#include <string>
 #include <string_view>
+#include <type_traits>
 
 #include "allV4XToV50.h"
 #include "appLog.h"
 #include "directIPAccount.h"
+#include "fileHelper.h"
 #include "handOverCopy.h"
 #include "migrateVersionSettings.h"
 #include "phoneFacts.h"
@@ -22,35 +25,65 @@
 namespace
 {
 
-/// Runs passes in order and calls an observer after each.
+/// Runs passes in order, calls an observer after each, and collects the names of those that ended early.
 class PassRunner
 {
 public:
     explicit PassRunner(PassEnd passEnd) : passEnd_(passEnd) {}
 
     /// Runs one pass. An exception (usually lack of memory) ends this pass, never the run.
+    ///
+    /// @param pass  gives 0 if it did not come to its end, or nothing
     template <typename Pass>
-    void operator()(const char* name, Pass pass) const
+    void operator()(const char* name, Pass pass)
     {
+        bool isWhole = false;
         try {
-            (void)pass(); // each pass reports its own failure
+            if constexpr (std::is_void_v<decltype(pass())>) {
+                pass();
+                isWhole = true;
+            } else {
+                isWhole = pass() != 0; // each pass reports its own failure
+            }
         } catch (...) {
             // Changes that the pass has saved are kept; later passes do not depend on it.
         }
+        if (!isWhole)
+            NoteEarlyEnd(name);
         if (passEnd_ != nullptr)
             passEnd_(name);
     }
 
+    /// @return the names, separated by commas
+    const std::string& EndedEarly() const { return endedEarly_; }
+
 private:
+    void NoteEarlyEnd(const char* name)
+    {
+        try {
+            endedEarly_.append(endedEarly_.empty() ? "" : ", ").append(name);
+        } catch (...) {
+            // No memory for the report: the run continues.
+        }
+    }
+
     PassEnd passEnd_;
+    std::string endedEarly_;
 };
 
-void TranslateXmlData(const PassRunner& run)
+/// An old file that does not exist is nothing to translate.
+int Translate(const XmlTranslation& translation)
+{
+    const int result = translation.translate();
+    return result != 0 || ETL_MiscHelper::pathFileExist(translation.source.path) == 0 ? 1 : 0;
+}
+
+void TranslateXmlData(PassRunner& run)
 {
     if (!IsEnableFromOld())
         return;
     for (const XmlTranslation& translation : kXmlTranslations)
-        run(translation.pass, translation.translate);
+        run(translation.pass, [&translation] { return Translate(translation); });
 }
 
 void SyncFactoryByVersion()
@@ -68,7 +101,7 @@ void ReportUsage(const char* program)
     app_log(kAppLogModule, kAppLogInformation, "Usage: \n#%s [all|dev|pwd]\n", program);
 }
 
-void RunMode(std::string_view mode, const PassRunner& run)
+void RunMode(std::string_view mode, PassRunner& run)
 {
     run("start-up fix-ups", [] { SetDefaultSCALineKeyNumber(); });
     run("start-up fix-ups", [] { InitRingbackTimeout(); });
@@ -100,7 +133,7 @@ bool IsEnableFromOld()
 
 int RunSequence(int argumentCount, const char* const* arguments, PassEnd passEnd)
 {
-    const PassRunner run(passEnd);
+    PassRunner run(passEnd);
     if (argumentCount <= 1) {
         run("usage", [arguments] { ReportUsage(arguments[0]); });
         return 0;
@@ -118,6 +151,6 @@ int RunSequence(int argumentCount, const char* const* arguments, PassEnd passEnd
     run("mode", [mode, &run] { RunMode(mode, run); });
     if (start == RunStart::OfUpgrade)
         run("hand-over copy", [mode] { KeepHandOver(mode); });
-    CommitRun();
+    CommitRun(run.EndedEarly());
     return 0;
 }
