@@ -6,7 +6,8 @@
 Files are inodes: a name leads to one, and a rename moves it with its current state on the device. Until a file is
 flushed, each write to it may be missing, incomplete or whole, and each change of its owner and permission bits may be
 missing. Until a folder is flushed, each name that was created, renamed or removed in it may be missing, independently
-of the changes before and after it. A file system without a journal gives the number of a removed inode to the next new
+of the changes before and after it, and a renamed file may have both names: some flash file systems rename in two
+writes. A file system without a journal gives the number of a removed inode to the next new
 file; until the folder is flushed, the removed name may lead to the new file's bytes. No real file system is as bad as
 that; the states of each known one are a subset of these.
 """
@@ -126,7 +127,8 @@ class Group:
 
     def change(self, changes):
         self.latest = self.changed(self.latest, changes)
-        self.reached |= {self.changed(numbers, changes) for numbers in self.reached}
+        added = {name: number for name, number in changes.items() if number is not None}
+        self.reached |= {self.changed(numbers, part) for numbers in self.reached for part in (added, changes)}
 
     def changed(self, numbers, changes):
         return tuple(changes.get(name, number) for name, number in zip(self.names, numbers))
@@ -323,13 +325,17 @@ class Disk:
         """Every state of the group's names that the power cut may leave, each once, always in the same order."""
         found = {}
         for numbers in sorted(group.reached, key=str):
-            for entries in itertools.product(*(self.variants(number) for number in numbers)):
+            for entries in itertools.product(*(self.variants(group, numbers, place) for place in range(len(numbers)))):
                 found[entries] = True
         return [dict(zip(group.names, entries)) for entries in found]
 
-    def variants(self, number):
+    def variants(self, group, numbers, place):
+        """A file with two names has its states under the second one, to which a rename has moved it."""
+        number = numbers[place]
         if number is None:
             return [None]
+        if number in numbers[place + 1:]:
+            return [phones.hard_link(group.names[numbers.index(number, place + 1)])]
         numbers = [number] + self.inodes[number].heirs
         return list({entry: True for each in numbers for entry in self.inodes[each].variants()})
 

@@ -62,6 +62,8 @@ MUTANTS = (
     Mutant("no recovery", "runCommit.cpp", "if (ParseRecord(text, record))", "if (false && ParseRecord(text, record))",
            POWER_CUT),
     Mutant("recovered record not flushed", "carryOut.cpp", "        FlushRecord();\n", "        ;\n", POWER_CUT),
+    Mutant("second name of a renamed file not removed", "carryOut.cpp",
+           "            (void)unlink(temporary.c_str());\n            return 0;", "            return 0;", POWER_CUT_OF_SEQUENCE),
     # The upgrade's marker
     Mutant("marker not changed", "commitStaged.cpp", "    if (run.isOfUpgrade)\n        record.changes",
            "    if (false)\n        record.changes", POWER_CUT_OF_SEQUENCE),

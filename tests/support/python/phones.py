@@ -29,6 +29,11 @@ class Entry:
     content: bytes
 
 
+def hard_link(path):
+    """A second name of the file at that path of the phone, only for `make_from`."""
+    return Entry("hard link", 0, (), os.fsencode(path))
+
+
 def make_phone(name, root):
     """Copies the phone of that name to the folder, which is created again."""
     root = pathlib.Path(root)
@@ -115,12 +120,17 @@ def make_from(entries, root):
             pathlib.Path(f"{root}{path}").write_bytes(entry.content)
         elif entry.kind == "link":
             os.symlink(entry.content, f"{root}{path}")
+    for path, entry in entries.items():
+        if entry.kind == "hard link":
+            os.link(f"{root}{os.fsdecode(entry.content)}", f"{root}{path}")
     for path in sorted(entries, reverse=True):
         give_owner_and_mode(f"{root}{path}", entries[path])
     return root
 
 
 def give_owner_and_mode(path, entry):
+    if entry.kind == "hard link":
+        return
     if os.geteuid() == 0:
         os.chown(path, *entry.owner, follow_symlinks=False)
     if entry.kind != "link":
