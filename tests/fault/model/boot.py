@@ -52,11 +52,15 @@ lay new-account.cfg /config/user/voip/sipAccount16.cfg
 """
 
 
-def documented_start():
+def documented_commands():
     """The only block of commands that calls the script for each mode, with a step of the firmware."""
     blocks = re.findall(r"(?ms)^```sh\n(.*?)^```$", (phones.PROJECT / "docs" / "installation.md").read_text())
     (found,) = [block for block in blocks if "start 1\n" in block]
-    return replace_once(found, "/usr/share/kestrune/kestrune.init", "/boot/kestrune.init")
+    return found
+
+
+def documented_start():
+    return replace_once(documented_commands(), "/usr/share/kestrune/kestrune.init", "/boot/kestrune.init")
 
 
 def replace_once(text, old, new):

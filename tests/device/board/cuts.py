@@ -1,0 +1,136 @@
+# SPDX-FileCopyrightText: 2026 The kestrune authors
+# SPDX-License-Identifier: MIT
+
+"""The power cuts of a boot on one file system: each phone is judged after the first cut, starts again, is perhaps cut again at
+random, and at the end is compared with an undisturbed one.
+"""
+
+import argparse
+import os
+import pathlib
+import random
+import sys
+
+import proof
+from board import expected, flash, images, machine, phone, places
+from model import comparison
+
+SEED = 11
+MOST_CUTS_OF_A_PHONE = 4
+CHANCE_OF_ANOTHER = 0.15
+
+
+def parse_arguments(description):
+    """Ends the test as skipped where there is no machine. With the variable CI, that is a failure."""
+    parser = argparse.ArgumentParser(description=description.splitlines()[0])
+    parser.add_argument("--program", required=True, type=lambda name: pathlib.Path(name).resolve(),
+                        help="built for 32-bit ARM, static")
+    parser.add_argument("--host-program", required=True, type=lambda name: pathlib.Path(name).resolve())
+    parser.add_argument("--kind", action="append", choices=phone.KINDS)
+    arguments = parser.parse_args()
+    reason = images.why_not()
+    if reason and "CI" in os.environ:
+        sys.exit(f"no booted machine: {reason}")
+    if reason:
+        proof.skip(reason)
+    proof.skip_without_sandbox(with_strace=False)
+    return arguments
+
+
+class Board:
+    """The images of one program, and the kept machine."""
+
+    def __init__(self, folder, program, source, add=lambda root: None):
+        """`add` completes the firmware's folder."""
+        self.folder = folder
+        self.root = folder / "firmware"
+        self.firmware = folder / "firmware.image"
+        images.make_firmware_folder(self.root, source, program)
+        add(self.root)
+        self.make_image()
+
+    def install(self, program):
+        """Replaces the program."""
+        images.install(self.root, program)
+        self.make_image()
+
+    def make_image(self):
+        images.make_squashfs(self.root, self.firmware)
+
+    def resume(self, config):
+        return machine.Machine(images.MACHINE, self.firmware, config)
+
+
+def make_flash(board, kind, source):
+    """The chip of /config after its first mount, which writes to all of it."""
+    image = images.make_flash(kind, source, board.folder)
+    with board.resume(image) as device:
+        phone.mount(device, kind)
+        device.must("umount /firmware/config && { ! grep -q /flash /proc/mounts || umount /flash; } && sync")
+        image.write_bytes(flash.after(image.read_bytes(), flash.changes_of(device.programmed())))
+    return image
+
+
+class Cuts:
+    """All cuts of one file system."""
+
+    def __init__(self, board, kind, image, boots):
+        self.board = board
+        self.kind = kind
+        self.image = image.read_bytes()
+        self.boots = boots
+        self.changes, found = self.start(self.image, image)
+        self.faults = [f"{kind}, undisturbed: {fault}" for fault in comparison.differences(boots.end, found)]
+
+    def files(self, device):
+        found = expected.files_of(phone.dump(device))
+        return self.boots.with_folders(found) if self.kind == "overlay" else found
+
+    def start(self, content, image, judge=lambda found: None):
+        """One start of the phone; returns the changes of the flash, and the files at the end."""
+        image.write_bytes(content)
+        with self.board.resume(image) as device:
+            phone.mount(device, self.kind)
+            judge(self.files(device))
+            phone.start_modes(device)
+            found = self.files(device)
+            return flash.changes_of(device.programmed()), found
+
+    def places(self, counts):
+        chance = random.Random(SEED)
+        found = places.chosen(self.image, self.changes, expected.MODES)
+        if len(found) > counts["chosen"]:
+            found = sorted(chance.sample(found, counts["chosen"]), key=lambda place: place.changes)
+        return found + places.at_random(self.image, self.changes, expected.MODES, counts["random"], SEED)
+
+    def prove(self, place):
+        """The faults of a power cut there and of the cuts that follow it, and the number of all cuts."""
+        try:
+            return self.cut(place)
+        except machine.Failed as reason:
+            return [f"{self.kind}, {told(place)}: {reason}"], 1
+
+    def cut(self, place):
+        chance = random.Random(f"{SEED} {place.changes}")
+        scratch = comparison.worker_folder(self.board.folder)
+        faults = []
+        count = 0
+        content, changes, number = self.image, self.changes, place.changes
+        while True:
+            count += 1
+            content = flash.after(content, changes[:number])
+
+            def judge(found):
+                if count == 1:
+                    faults.extend(self.boots.faults_of_cut(found, place.mode, scratch / "phone"))
+
+            changes, found = self.start(content, scratch / "config.image", judge)
+            if count == MOST_CUTS_OF_A_PHONE or not changes or chance.random() > CHANCE_OF_ANOTHER:
+                break
+            number = chance.randrange(len(changes)) + 1
+        faults += [f"at the end {fault}" for fault in comparison.differences(self.boots.end, found)]
+        return [f"{self.kind}, {told(place)}, {count} cuts: {fault}" for fault in faults], count
+
+
+def told(place):
+    return f"cut in mode {place.mode}, {place.kind}, after {place.changes} bytes"
