@@ -28,7 +28,7 @@ class Failed(Exception):
 
 
 class Machine:
-    """A running machine. The images are only read: what it programs is in the log alone."""
+    """A running machine. The images are only read: only the log has what it programs."""
 
     def __init__(self, images, firmware, config, is_kept=True):
         """`images`: the folder with kernel, initramfs and state; `firmware` and `config`: files with the content of the
