@@ -4,6 +4,7 @@
 
 """A firmware with BusyBox init on the booted machine, with the installed init script linked as documented: the modes run
 before the telephony, the second start does nothing; and starts that are cut, hang, or find `/config` read-only or full.
+With KESTRUNE_WHOLE_PROOFS, also systemd with the installed units.
 """
 
 import os
@@ -12,7 +13,7 @@ import sys
 
 import phones
 import proof
-from board import busyBoxRoot, cuts, expected, flash, images, phone, places
+from board import busyBoxRoot, cuts, expected, flash, images, phone, places, systemdRoot
 from model import boot, comparison, oneStep
 
 KIND = "UBIFS"
@@ -21,14 +22,16 @@ START = "kestrune=/boot/kestrune.init\n$kestrune start\n"
 
 
 class Firmware:
-    """The phone with this init, and the machine that starts it."""
+    """The phone with this init, one of the modules `busyBoxRoot` and `systemdRoot`."""
 
-    def __init__(self, arguments, folder):
+    def __init__(self, arguments, init, folder):
+        self.init = init
         self.folder = folder
+        folder.mkdir()
         self.source = expected.make_phone(folder / "source")
         self.begin = expected.files_of(phones.snapshot(self.source))
         self.end = self.expected_end(arguments.host_program)
-        self.board = cuts.Board(folder, arguments.program, self.source, busyBoxRoot.add)
+        self.board = cuts.Board(folder, arguments.program, self.source, init.add)
         self.content = cuts.make_flash(self.board, KIND, self.source).read_bytes()
 
     def expected_end(self, host_program):
@@ -41,10 +44,10 @@ class Firmware:
         image = self.folder / "config.image"
         image.write_bytes(content)
         with self.board.resume(image) as device:
-            busyBoxRoot.start(device, KIND, trouble)
-            log = device.must("cat /var/messages").decode(errors="replace").splitlines()
+            self.init.start(device, trouble)
+            log = device.must(self.init.LOG).decode(errors="replace").splitlines()
             device.must(afterwards or "true")
-            found = expected.files_of(phone.entries(device.must("tar -c -C / config | gzip -1 | base64")))
+            found = expected.files_of(phone.entries(device, "/"))
             device.must("sync")
             return found, log, flash.changes_of(device.programmed())
 
@@ -61,7 +64,7 @@ def faults_of_log(log, state, is_silent=False):
 
 
 def told(name, faults):
-    print(f"BusyBox init, {name}: {'as expected' if not faults else f'{len(faults)} faults'}", flush=True)
+    print(f"{name}: {'as expected' if not faults else f'{len(faults)} faults'}", flush=True)
     return [f"{name}: {fault}" for fault in faults]
 
 
@@ -102,20 +105,38 @@ def faults_of_trouble(firmware, trouble, afterwards=""):
     return told(trouble, faults + faults_of_log(log, "migrated"))
 
 
+def faults_of_short_limit(firmware):
+    """A mode that hangs, with a time limit that a test can wait for."""
+    root = firmware.board.root
+    script = root / "usr/share/kestrune/kestrune.init"
+    images.put(script, boot.replace_once(script.read_text(), "limitSeconds=120", f"limitSeconds={SHORT_LIMIT_SECONDS}"))
+    images.put(root / "etc/systemd/system/kestrune@.service.d/limit.conf",
+               f"[Service]\nTimeoutStartSec={SHORT_LIMIT_SECONDS}\n")
+    firmware.board.make_image()
+    return faults_of_trouble(firmware, "hang")
+
+
+def prove(arguments, init, folder):
+    firmware = Firmware(arguments, init, folder)
+    faults, changes = faults_of_two_starts(firmware)
+    faults += faults_of_cuts(firmware, changes)
+    faults += faults_of_trouble(firmware, "read-only")
+    faults += faults_of_trouble(firmware, "full", "rm /config/filler")
+    return faults + faults_of_short_limit(firmware)
+
+
 def main():
     arguments = cuts.parse_arguments(__doc__)
     os.umask(oneStep.UMASK)
+    kinds = {"BusyBox init": busyBoxRoot}
+    if "KESTRUNE_WHOLE_PROOFS" in os.environ:
+        kinds["systemd"] = systemdRoot
+    faults = []
     with proof.scratch_folder() as scratch:
-        firmware = Firmware(arguments, pathlib.Path(scratch))
-        faults, changes = faults_of_two_starts(firmware)
-        faults += faults_of_cuts(firmware, changes)
-        faults += faults_of_trouble(firmware, "read-only")
-        faults += faults_of_trouble(firmware, "full", "rm /config/filler")
-        script = firmware.board.root / "usr/share/kestrune/kestrune.init"
-        images.put(script, boot.replace_once(script.read_text(), "limitSeconds=120", f"limitSeconds={SHORT_LIMIT_SECONDS}"))
-        firmware.board.make_image()
-        faults += faults_of_trouble(firmware, "hang")
-    return proof.end("start", faults, "BusyBox init, 11 starts")
+        for name, init in kinds.items():
+            print(name, flush=True)
+            faults += [f"{name}, {fault}" for fault in prove(arguments, init, pathlib.Path(scratch, init.__name__))]
+    return proof.end("start", faults, f"11 starts of {' and of '.join(kinds)}")
 
 
 if __name__ == "__main__":

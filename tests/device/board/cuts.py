@@ -40,8 +40,8 @@ def parse_arguments(description):
 class Board:
     """The images of one program, and the kept machine."""
 
-    def __init__(self, folder, program, source, add=lambda root: None):
-        """`add` completes the firmware's folder."""
+    def __init__(self, folder, program, source, add=images.add_busybox):
+        """`add` adds the system to the firmware's folder."""
         self.folder = folder
         self.root = folder / "firmware"
         self.firmware = folder / "firmware.image"

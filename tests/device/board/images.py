@@ -23,6 +23,15 @@ FOLDERS = ("config", "tmp", "proc", "sys", "dev", "flash", "root", "run", "var")
 BLOCK = 64 << 10
 UBI_SETTINGS = "[config]\nmode=ubi\nimage={image}\nvol_id=0\nvol_type=dynamic\nvol_name=config\nvol_flags=autoresize\n"
 
+# Makes a start difficult: TROUBLE is a variable of it.
+TROUBLES = r"""#!/bin/sh
+case "$TROUBLE" in
+    hang) while ! busybox killall -STOP kestrune 2>/dev/null; do busybox usleep 1000; done & ;;
+    read-only) busybox mount -o remount,ro /config ;;
+    full) busybox dd if=/dev/urandom of=/config/filler bs=512 2>/dev/null; busybox sync ;;
+esac
+"""
+
 
 def run(*command, **options):
     subprocess.run(command, check=True, capture_output=True, **options)
@@ -96,26 +105,29 @@ def replaced(name):
 
 
 def make_firmware_folder(root, phone, program):
-    """The phone's firmware: BusyBox, kestrune with its init script, the upgrade's own step, and `/phone`. `phone` is
-    the folder of a phone; its `/config` is the lower layer of an overlay."""
-    for name in FOLDERS:
-        (root / name).mkdir(parents=True)
-    (root / "bin").mkdir()
-    shutil.copy(unpacked() / "bin/busybox", root / "bin")
-    for applet in APPLETS:
-        (root / "bin" / applet).symlink_to("busybox")
-    (root / "usr/sbin").mkdir(parents=True)
+    """The phone's own part of the firmware: kestrune with its init script, the upgrade's own step, and `/phone`. `phone`
+    is the folder of a phone; its `/config` is the lower layer of an overlay."""
+    for name in (*FOLDERS, "usr/sbin"):
+        (root / name).mkdir(parents=True, exist_ok=True)
     install(root, program)
     put(root / "usr/share/kestrune/kestrune.init", replaced("kestrune.init.in"))
     put(root / "usr/sbin/start-kestrune", "#!/bin/sh\n" + boot.documented_commands())
     put(root / "usr/sbin/lay-new-settings", boot.LAY_NEW_SETTINGS)
+    put(root / "usr/sbin/trouble", TROUBLES)
     put(root / "boot/new-user.ini", boot.NEW_SETTINGS)
     put(root / "boot/new-account.cfg", boot.NEW_ACCOUNT)
     (root / "boot/tools").mkdir()
-    (root / "boot/tools/sh").symlink_to("/bin/busybox")
+    (root / "boot/tools/sh").symlink_to("/bin/sh")
     run("cp", "-a", phone / "phone", root / "phone")
     for tree in ("config", "tmp"):
         run("cp", "-a", phone / tree, root / f"{tree}.default")
+
+
+def add_busybox(root):
+    (root / "bin").mkdir()
+    shutil.copy(unpacked() / "bin/busybox", root / "bin")
+    for applet in APPLETS:
+        (root / "bin" / applet).symlink_to("busybox")
 
 
 def install(root, program):

@@ -4,10 +4,12 @@
 """The phone's file systems on the machine, and its files as `phones.snapshot` returns them."""
 
 import base64
+import binascii
 import io
 import tarfile
 
 import phones
+from board import machine
 
 KINDS = ("UBIFS", "JFFS2", "overlay")
 ATTACH = "/sbin/ubiattach -m 1 -d 0 >/dev/null && "
@@ -36,10 +38,19 @@ def start_modes(device):
 
 def dump(device):
     """The files and folders of /config and /tmp."""
-    return entries(device.must("tar -c -C /firmware config tmp | gzip -1 | base64"))
+    return entries(device, "/firmware")
 
 
-def entries(text):
+def entries(device, root):
+    text = device.must(f"tar -c -C {root} config tmp | gzip -1 | base64")
+    try:
+        return entries_of(text)
+    except (tarfile.TarError, binascii.Error, OSError) as reason:
+        report = device.run("dmesg | tail -60")[1].decode(errors="replace")
+        raise machine.Failed(f"the files cannot be read: {reason}; {text[:500]!r}; {report}") from reason
+
+
+def entries_of(text):
     found = {}
     with tarfile.open(fileobj=io.BytesIO(base64.b64decode(text)), mode="r:gz") as archive:
         for member in archive:
