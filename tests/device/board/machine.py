@@ -21,6 +21,7 @@ MACHINE = f"ast2600-evb,fmc-model={FIRMWARE_CHIP[0]},spi-model={CONFIG_CHIP[0]}"
 KERNEL_OPTIONS = "console=ttyS4,115200n8 quiet loglevel=1 panic=-1 maxcpus=1 nosmp"
 SECONDS_TO_START = 300
 SECONDS_TO_ANSWER = 240
+MOST_TRIES = 10
 
 
 class Failed(Exception):
@@ -106,8 +107,12 @@ class Machine:
 
     def run(self, line, seconds=SECONDS_TO_ANSWER):
         """Runs the line in the machine's shell; returns its exit status and what it has printed."""
-        self.serial.sendall(line.encode() + b"\n")
-        return self.answer(seconds)
+        for _ in range(MOST_TRIES):
+            self.serial.sendall(f"{len(line)} {line}\n\n".encode())
+            status, printed = self.answer(seconds)
+            if status is not None:
+                return status, printed
+        raise Failed(f"the serial line garbles {line}")
 
     def must(self, line, seconds=SECONDS_TO_ANSWER):
         status, printed = self.run(line, seconds)
@@ -116,8 +121,9 @@ class Machine:
         return printed
 
     def answer(self, seconds):
+        """The exit status, None if the line did not arrive whole, and what was printed before it."""
         end = time.monotonic() + seconds
-        while (found := re.search(rb"@DONE (\d+)\r?\n", self.lines)) is None:
+        while (found := re.search(rb"@(?:DONE (\d+)|AGAIN)\r?\n", self.lines)) is None:
             self.serial.settimeout(max(0.1, end - time.monotonic()))
             try:
                 piece = self.serial.recv(65536)
@@ -127,7 +133,7 @@ class Machine:
                 raise Failed(f"no answer after {self.lines[-2000:].decode(errors='replace')!r}")
             self.lines += piece
         printed, self.lines = self.lines[:found.start()], self.lines[found.end():]
-        return int(found.group(1)), printed
+        return int(found.group(1)) if found.group(1) else None, printed
 
     def programmed(self):
         """The flash's changes so far."""

@@ -4,6 +4,7 @@
 """The static program built for a device, with one of its steps removed."""
 
 import pathlib
+import shutil
 import subprocess
 
 import phones
@@ -21,11 +22,13 @@ def build(program, name, text, folder):
     objects = pathlib.Path(program).resolve().parents[2]
     source = folder / name
     source.write_text(text)
+    platform = shutil.copy(objects / "platform/libkestrune-platform.a", folder)
+    subprocess.run(["arm-linux-gnueabihf-gcc-ar", "d", platform, f"{name}.o"], check=True)
     result = folder / "kestrune"
     command = ["arm-linux-gnueabihf-g++", "-std=c++17", "-Os", "-static", "-D_FILE_OFFSET_BITS=64", "-D_TIME_BITS=64"]
     command += [f"-I{phones.PROJECT / include}" for include in FOLDERS]
     command += [source, *(objects / "app/kestrune/CMakeFiles/kestrune.dir/kestrune").glob("*.o")]
-    command += [objects / "app/kestrune/libkestrune-app.a", objects / "platform/libkestrune-platform.a"]
+    command += [objects / "app/kestrune/libkestrune-app.a", platform]
     command += [pathlib.Path("/usr/lib/arm-linux-gnueabihf") / library for library in LIBRARIES]
     subprocess.run([*command, "-o", result], check=True, capture_output=True)
     return result

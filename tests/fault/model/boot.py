@@ -12,8 +12,8 @@ import shutil
 import phones
 import traces
 
-SHELLS = {"dash": {"sh": "dash"}, "busybox": {name: "busybox" for name in ("sh", "cp", "mv", "timeout")}}
-TOOLS = ("sh", "cp", "mv", "timeout")
+SHELLS = {"dash": {"sh": "dash"}, "busybox": {name: "busybox" for name in ("sh", "cp", "mv", "rm", "timeout")}}
+TOOLS = ("sh", "cp", "mv", "rm", "timeout")
 CALLS = ("openat", "rename", "unlink", "link", "fsync", "write", "flock")
 POWER_WENT = 128 + 9
 NEW_SETTINGS = """[PhoneSetting]
@@ -41,9 +41,11 @@ fi
 [ $? != 137 ] || { : >/tmp/killed; [ "$CUT_PROGRAM_ONLY" ] || kill -9 -1; }
 """
 
-# It must be harmless when repeated. The power can fail in the middle.
+# It must be harmless when repeated. The power can fail in the middle, also in the middle of a rename, which leaves the file under
+# both names: renaming it again would do nothing.
 LAY_NEW_SETTINGS = """#!/boot/tools/sh
 lay() {
+    rm -f "$2.new"
     cp "/boot/$1" "$2.new" && mv "$2.new" "$2"
 }
 lay new-user.ini /config/user/user.ini
