@@ -27,7 +27,6 @@ class Approved(previewTool.PreviewTest):
         self.assertIn('/0/files//config/user/user.ini/changes/Feature RingbackTimeout/after: approved "180", now "90"\n',
                       result.stderr)
         self.assertIn("/0/files//config/user/voip/sipAccount0.cfg: approved nothing, now {", result.stderr)
-        self.assertEqual(previewTool.run("--expect", approved, other, image, "all").returncode, previewTool.CARE)
 
     def test_an_approved_preview_is_compared_before_it_is_written_anew(self):
         image, other = self.images(image="[A]\na=1\n", other=DONE)
@@ -83,19 +82,25 @@ class Approved(previewTool.PreviewTest):
         (self.folder / "approved.json").write_text(json.dumps(approved))
         self.assertEqual(self.compare(image, "all").returncode, 0)
 
-    def test_an_image_with_an_error_does_not_stop_the_comparison(self):
-        image, other = self.images(image="[A]\na=1\n", other=DONE)
+    def test_one_image_is_compared(self):
+        images = self.images(one="", two="")
+        self.approve(images[0], "all")
+        for option in (("--expect", self.folder / "approved.json"), ("--save-phone", self.folder / "after")):
+            for several in (images, [images[0], "--jsonl", self.folder / "log"]):
+                result = previewTool.run(*option, *several, "all")
+                self.assertEqual((result.returncode, result.stdout), (previewTool.NOT_DONE, ""))
+                self.assertEqual(result.stderr, "kestrune-preview: --expect and --save-phone take one IMAGE\n")
+                self.assertEqual([path.name for path in self.folder.iterdir() if path.name in ("log", "after")], [])
+
+    def test_an_image_without_a_preview_is_compared(self):
+        image, = self.images(image="[A]\na=1\n")
         broken = self.folder / "broken.tar"
         broken.write_text(NO_ARCHIVE)
-        self.approve(image, broken, "all")
-        self.assertEqual(self.compare(image, broken, "all").returncode, 0)
-        result = self.compare(other, broken, "all")
+        self.approve(broken, "all")
+        self.assertEqual(self.compare(broken, "all").returncode, 0)
+        result = self.compare(image, "all")
         self.assertEqual(result.returncode, previewTool.CARE)
-        self.assertIn("/0/files//config/user/user.ini: approved {", result.stderr)
-        self.assertNotIn("/1", result.stderr)
-        result = self.compare(image, image, "all")
-        self.assertEqual(result.returncode, previewTool.CARE)
-        self.assertIn('/1/error: approved "neither a folder nor', result.stderr)
+        self.assertIn('/0/error: approved "neither a folder nor', result.stderr)
 
     def test_an_error_is_the_same_wherever_the_image_is(self):
         first, = self.images(image="")

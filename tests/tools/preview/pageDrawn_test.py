@@ -92,11 +92,14 @@ class PageDrawn(previewTool.PreviewTest):
                 self.assertGreater(max(measured["bars"]), width / 6)
                 self.assertGreater(min(measured["bars"]), 0)
 
-    def test_names_of_images_stay_on_one_line(self):
+    def test_a_report_of_several_images_fits_a_narrow_screen(self):
         images = self.images(**{"desk phone of the north wing, second floor": "", "other": ""})
         previewTool.run("--html", self.folder / "all.html", *images, "all")
-        measured = self.measure((self.folder / "all.html").read_text(), 390)
+        page = (self.folder / "all.html").read_text()
+        self.assertIn("desk phone of the north wing, second floor", page)
+        measured = self.measure(page, 390)
         self.assertEqual(set(measured["firstColumn"]), {1})
+        self.assertLessEqual(measured["pageWidth"], 390)
 
     def test_on_paper(self):
         self.show(self.phone({}, base="example"), "all")
