@@ -165,12 +165,10 @@ void DescribeRuns(CLI::App& app, Arguments& given, Options& options)
     app.add_option("--firmware", options.firmware, "replace the /phone of each image by that of this folder or archive")
         ->option_text("IMAGE")
         ->check(&RefuseEmptyName)
-        ->expected(1, 2)
         ->allow_extra_args(false);
     app.add_option("--table", options.table, "replace the translation table of each phone by this file")
         ->option_text("FILE")
         ->check(&RefuseEmptyName)
-        ->expected(1, 2)
         ->allow_extra_args(false);
     app.add_option("--program", given.program, "run this kestrune")->option_text("FILE");
     app.add_flag("--any-mode", given.isAnyMode, "allow modes other than all, dev, pwd, 1 and 2");
