@@ -18,14 +18,16 @@ namespace
 {
 
 /// @param first   receives the first line; null when there is none
+/// @param cut     receives what follows the last whole line
 /// @param atLine  called with each other one
 /// @return the size of all whole lines
-std::streamoff ReadLines(const std::filesystem::path& path, json& first, const std::function<void(const json&)>& atLine)
+std::streamoff ReadLines(const std::filesystem::path& path, json& first, std::string& cut,
+                         const std::function<void(const json&)>& atLine)
 try {
     std::ifstream file(path, std::ios::binary);
     std::streamoff size = 0;
-    for (std::string text; std::getline(file, text) && !file.eof(); size = file.tellg()) {
-        json line = json::parse(text);
+    for (; std::getline(file, cut) && !file.eof(); size = file.tellg()) {
+        json line = json::parse(cut);
         if (!first.is_null())
             atLine(line);
         else if (line.at("format") == "kestrune-preview-fleet" && line.at("version") == kFleetLogVersion)
@@ -47,7 +49,8 @@ try {
 json ReadFleetLog(const std::filesystem::path& path, const std::function<void(const json&)>& atLine)
 {
     json first;
-    (void)ReadLines(path, first, atLine);
+    std::string ignored; // the line that was cut
+    (void)ReadLines(path, first, ignored, atLine);
     if (first.is_null())
         throw ToolError(path.string() + " is empty");
     return first;
@@ -64,7 +67,10 @@ FleetLog::FleetLog(const std::filesystem::path& path, const json& first, Readers
     if (flock(file_.Number(), LOCK_EX | LOCK_NB) != 0)
         throw ToolError("cannot write " + path.string() + ": another process writes it");
     json found;
-    const std::streamoff size = ReadLines(path, found, atLine);
+    std::string cut;
+    const std::streamoff size = ReadLines(path, found, cut, atLine);
+    if (found.is_null() && !first.dump().starts_with(cut))
+        throw ToolError(path.string() + " is no log of a fleet: it has a line of another form");
     if (!found.is_null() && found != first)
         throw ToolError(path.string() + " is of another run: the modes, the firmware, the table or a program differ");
     if (ftruncate(file_.Number(), size) != 0) // the line that was cut
