@@ -8,6 +8,7 @@
 #include <fcntl.h>
 #include <fstream>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "phoneImage/toolError.h"
@@ -66,6 +67,8 @@ FleetLog::FleetLog(const std::filesystem::path& path, const json& first, Readers
         throw ToolError("cannot write " + path.string() + ": " + std::strerror(errno));
     if (flock(file_.Number(), LOCK_EX | LOCK_NB) != 0)
         throw ToolError("cannot write " + path.string() + ": another process writes it");
+    if (readers == Readers::Owner && fchmod(file_.Number(), 0600) != 0)
+        throw ToolError("cannot write " + path.string() + ": " + std::strerror(errno));
     json found;
     std::string cut;
     const std::streamoff size = ReadLines(path, found, cut, atLine);
