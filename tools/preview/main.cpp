@@ -32,11 +32,6 @@ constexpr int kNeedsCare = 1; ///< there is a warning; with --expect: it is not 
 constexpr int kFails = 2;     ///< there is an error, or no preview of one of several images
 constexpr int kNotDone = 3;   ///< there is no preview
 
-Readers ReadersOf(const Options& options)
-{
-    return options.request.secrecy == Secrecy::Revealed ? Readers::Owner : Readers::AsBefore;
-}
-
 /// Finds out what would stop the run at its end before the work is done.
 void RequireOutputs(const Options& options)
 {
@@ -60,16 +55,18 @@ void Write(const fs::path& path, const std::string& text, Readers readers, std::
         file.emplace(path, text, readers);
 }
 
-/// @param makePage  called only when a page was asked for
+/// @param isRevealed  whether the documents contain secrets
+/// @param makePage    called only when a page was asked for
 template <typename MakePage>
-void WriteDocuments(const Options& options, const nlohmann::ordered_json& document, MakePage makePage)
+void WriteDocuments(const Options& options, bool isRevealed, const nlohmann::ordered_json& document, MakePage makePage)
 {
+    const Readers readers = isRevealed ? Readers::Owner : Readers::AsBefore;
     std::optional<OutputFile> jsonFile;
     std::optional<OutputFile> htmlFile;
     if (!options.jsonFile.empty())
-        Write(options.jsonFile, document.dump(2) + "\n", ReadersOf(options), jsonFile);
+        Write(options.jsonFile, document.dump(2) + "\n", readers, jsonFile);
     if (!options.htmlFile.empty())
-        Write(options.htmlFile, makePage(), ReadersOf(options), htmlFile);
+        Write(options.htmlFile, makePage(), readers, htmlFile);
     if (jsonFile)
         jsonFile->Commit();
     if (htmlFile)
@@ -109,7 +106,8 @@ int PreviewOne(const Options& options, const PreviewRequest& request, const Appr
     const int status = approved != nullptr   ? CompareWithApproved(approved, preview)
                        : preview.error.empty() ? StatusOf(WorstOf(preview))
                                                : kNotDone;
-    WriteDocuments(options, ToJson({preview}, {options.withReports, request.secrecy == Secrecy::Revealed}),
+    const bool isRevealed = request.secrecy == Secrecy::Revealed;
+    WriteDocuments(options, isRevealed, ToJson({preview}, {options.withReports, isRevealed}),
                    [&] { return HtmlPage(preview, options.withReports); });
     return status;
 }
@@ -118,7 +116,7 @@ int WriteReport(const Options& options, const FleetReport& report)
 {
     if (IsTerminalFree(options))
         WriteFleetText(std::cout, report);
-    WriteDocuments(options, FleetJson(report), [&] { return FleetPage(report, options.pages); });
+    WriteDocuments(options, report.isRevealed, FleetJson(report), [&] { return FleetPage(report, options.pages); });
     const auto isShown = [](const PhoneRow& row) { return row.error.empty(); };
     if (std::none_of(report.phones.begin(), report.phones.end(), isShown))
         return kNotDone;
