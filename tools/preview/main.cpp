@@ -120,10 +120,13 @@ int WriteReport(const Options& options, const FleetReport& report)
     const auto isShown = [](const PhoneRow& row) { return row.error.empty(); };
     if (std::none_of(report.phones.begin(), report.phones.end(), isShown))
         return kNotDone;
-    if (report.byEnding[static_cast<std::size_t>(Ending::Fail)] != 0 && !report.isDifference)
-        return kFails;
-    if (report.isDifference)
+    if (report.isDifference) {
+        if (!std::all_of(report.phones.begin(), report.phones.end(), isShown))
+            return kFails;
         return report.places.empty() && report.rules.empty() ? kEndsWell : kNeedsCare;
+    }
+    if (report.byEnding[static_cast<std::size_t>(Ending::Fail)] != 0)
+        return kFails;
     return report.byEnding[static_cast<std::size_t>(Ending::Care)] != 0 ? kNeedsCare : kEndsWell;
 }
 
