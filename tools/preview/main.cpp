@@ -178,7 +178,7 @@ int RunPreview(Options options, const std::vector<std::string>& images)
     const Firmware firmware = FirmwareOf(options, 0);
     PreviewRequest request = options.request;
     request.firmware = firmware.IsNone() ? nullptr : &firmware;
-    if (images.size() > 1 || !options.log.empty()) {
+    if (images.size() > 1 || !options.log.empty() || !options.pages.empty()) {
         if (approved != nullptr || !request.savedPhone.empty())
             throw ToolError("--expect and --save-phone take one IMAGE");
         return WriteReport(options, RunFleet(images, FleetOptionsOf(options, request), std::cerr));

@@ -86,11 +86,11 @@ class Approved(previewTool.PreviewTest):
         images = self.images(one="", two="")
         self.approve(images[0], "all")
         for option in (("--expect", self.folder / "approved.json"), ("--save-phone", self.folder / "after")):
-            for several in (images, [images[0], "--jsonl", self.folder / "log"]):
+            for several in (images, [images[0], "--jsonl", self.folder / "log"], [images[0], "--pages", self.folder / "pages"]):
                 result = previewTool.run(*option, *several, "all")
                 self.assertEqual((result.returncode, result.stdout), (previewTool.NOT_DONE, ""))
                 self.assertEqual(result.stderr, "kestrune-preview: --expect and --save-phone take one IMAGE\n")
-                self.assertEqual([path.name for path in self.folder.iterdir() if path.name in ("log", "after")], [])
+                self.assertEqual([path.name for path in self.folder.iterdir() if path.name in ("log", "pages", "after")], [])
 
     def test_an_image_without_a_preview_is_compared(self):
         image, = self.images(image="[A]\na=1\n")
