@@ -130,6 +130,8 @@ FleetReport RunFleet(const std::vector<std::string>& images, const FleetOptions&
         for (std::size_t own = next++; own < toDo.size(); own = next++) {
             const Preview preview = options.makePreview(toDo[own]);
             const std::lock_guard lock(mutex);
+            if (failure)
+                return; // a line after one that was cut would spoil the log
             try {
                 fleet.Add(toDo[own], preview);
                 bar.Show(++done);
