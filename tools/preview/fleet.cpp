@@ -34,10 +34,13 @@ constexpr std::size_t kFingerprintBytes = 16;
 
 json FirstLine(const FleetOptions& options)
 {
+    std::vector<std::string> modes;
+    std::transform(options.modes.begin(), options.modes.end(), std::back_inserter(modes),
+                   [](const std::string& mode) { return Printable(mode); });
     return {{"format", "kestrune-preview-fleet"},
             {"version", kFleetLogVersion},
             {"madeBy", "kestrune-preview " KESTRUNE_VERSION},
-            {"modes", options.modes},
+            {"modes", modes},
             {"difference", options.isDifference},
             {"revealed", options.isRevealed},
             {"upgrade", options.upgrade}};
@@ -76,7 +79,8 @@ public:
         if (!preview.error.empty())
             errors_ << "kestrune-preview: " << name << ": " << preview.error << std::endl;
         else if (!options_.pages.empty())
-            OutputFile(options_.pages / PageName(name), HtmlPage(preview, options_.withReports), ReadersOfOutput()).Commit();
+            OutputFile(options_.pages / PageName(name), HtmlPage(preview, options_.withReports), ReadersOfOutput())
+                .Commit();
         json line = PhoneLine(name, preview);
         if (const json table = TableOf(preview); !table.empty()) {
             bool isNew = false;
@@ -120,7 +124,8 @@ FleetReport RunFleet(const std::vector<std::string>& images, const FleetOptions&
 {
     Fleet fleet(options, errors);
     std::vector<std::string> toDo;
-    std::copy_if(images.begin(), images.end(), std::back_inserter(toDo), [&](const std::string& image) { return !fleet.IsDone(image); });
+    std::copy_if(images.begin(), images.end(), std::back_inserter(toDo),
+                 [&](const std::string& image) { return !fleet.IsDone(image); });
     const ProgressBar bar(toDo.size());
     std::mutex mutex;
     std::size_t done = 0;
