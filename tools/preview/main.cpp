@@ -112,11 +112,17 @@ int PreviewOne(const Options& options, const PreviewRequest& request, const Appr
     return status;
 }
 
+/// @return the folder that links of the report begin at
+fs::path FolderOf(const fs::path& htmlFile)
+{
+    return htmlFile.has_parent_path() ? htmlFile.parent_path() : ".";
+}
+
 int WriteReport(const Options& options, const FleetReport& report)
 {
     if (IsTerminalFree(options))
         WriteFleetText(std::cout, report);
-    WriteDocuments(options, report.isRevealed, FleetJson(report), [&] { return FleetPage(report, options.pages); });
+    WriteDocuments(options, report.isRevealed, FleetJson(report), [&] { return FleetPage(report, options.pages, FolderOf(options.htmlFile)); });
     const auto isShown = [](const PhoneRow& row) { return row.error.empty(); };
     if (std::none_of(report.phones.begin(), report.phones.end(), isShown))
         return kNotDone;

@@ -2,6 +2,9 @@
 // SPDX-License-Identifier: MIT
 
 #include <algorithm>
+#include <cstring>
+#include <iomanip>
+#include <sstream>
 
 #include "fleetOutput.h"
 #include "output/htmlText.h"
@@ -105,12 +108,27 @@ std::string ForgottenCells(const ForgottenCount& key)
            EscapeHtml(key.example) + "</td>";
 }
 
-std::string PhoneCells(const PhoneRow& row, const std::filesystem::path& pages)
+/// @return the address of a page, relative to the report
+std::string LinkTo(const std::filesystem::path& path)
+{
+    std::ostringstream link;
+    for (const char character : path.string()) {
+        if (std::isalnum(static_cast<unsigned char>(character)) != 0 || std::strchr("-._~/", character) != nullptr)
+            link << character;
+        else
+            link << '%' << std::hex << std::setw(2) << std::setfill('0') << int{static_cast<unsigned char>(character)};
+    }
+    return link.str();
+}
+
+/// @param link  address of the folder of pages
+std::string PhoneCells(const PhoneRow& row, const std::filesystem::path& pages, const std::string& link)
 {
     const char* ending = kEndings[static_cast<std::size_t>(row.ending)];
     std::string name = EscapeHtml(row.image);
-    if (!pages.empty() && row.error.empty())
-        name = "<a href=\"" + EscapeHtml((pages / PageName(row.image)).string()) + "\">" + name + "</a>";
+    std::error_code ignored; // a page that cannot be looked at has no link
+    if (const std::string page = PageName(row.image); !pages.empty() && std::filesystem::exists(pages / page, ignored))
+        name = "<a href=\"" + link + "/" + page + "\">" + name + "</a>";
     std::string html = "<td>" + Element("span", ending, ending) + "</td><td class=\"name\">" + name + "</td>";
     if (!row.error.empty())
         return html + "<td colspan=\"3\">" + EscapeHtml(row.error) + "</td>";
@@ -135,8 +153,9 @@ std::string PageName(const std::string& image)
     return name + ".html";
 }
 
-std::string FleetPage(const FleetReport& report, const std::filesystem::path& pages)
+std::string FleetPage(const FleetReport& report, const std::filesystem::path& pages, const std::filesystem::path& folder)
 {
+    const std::string link = pages.empty() ? "" : LinkTo(std::filesystem::proximate(pages, folder));
     std::string body = "<h1>" + EscapeHtml(SummaryOf(report)) + "</h1>\n<ul class=\"tiles\">";
     for (std::size_t i = 0; i < kEndingCount; ++i)
         body += "<li class=\"" + std::string(kEndings[i]) + "\"><b>" + std::to_string(report.byEnding[i]) + "</b>" +
@@ -150,6 +169,6 @@ std::string FleetPage(const FleetReport& report, const std::filesystem::path& pa
                   report.records, RecordCells);
     body += Table("What the table forgets", Heading({"own value", "phones", "key", "such as"}), report.forgotten, ForgottenCells);
     body += Table("Phones, worst first", Heading({"ends", "phone", "errors", "warnings", "places"}), report.phones,
-                  [&pages](const PhoneRow& row) { return PhoneCells(row, pages); });
+                  [&](const PhoneRow& row) { return PhoneCells(row, pages, link); });
     return HtmlDocument(report.isDifference ? "What two upgrades do differently" : "What the upgrade does to all phones", body);
 }
