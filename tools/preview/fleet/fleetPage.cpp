@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <functional>
 #include <iomanip>
 #include <sstream>
 
@@ -15,6 +16,7 @@ namespace
 constexpr std::size_t kMostRows = 500;
 constexpr std::size_t kMostPairs = 3;  ///< of values at a place, the most frequent
 constexpr std::size_t kMostPlaces = 5; ///< of a rule
+constexpr std::size_t kLongestName = 200; ///< of a page; a file system allows 255 bytes, and a temporary file is longer
 
 std::string Number(std::size_t number)
 {
@@ -150,6 +152,8 @@ std::string PageName(const std::string& image)
         else
             name.append({'~', kDigits[byte / 16], kDigits[byte % 16]});
     }
+    if (name.size() > kLongestName) // "~~" begins no other name
+        name = "~~" + std::to_string(std::hash<std::string>()(image)) + "-" + name.substr(name.size() - kLongestName / 2);
     return name + ".html";
 }
 
