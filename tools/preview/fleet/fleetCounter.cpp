@@ -167,10 +167,11 @@ void FleetCounter::AddChanges(const json& changes, PhoneRow& row)
 void FleetCounter::AddRecords(const json& table, const std::string& outcomes)
 {
     std::size_t number = 0;
+    std::map<std::tuple<int, std::string, std::string>, int> times; // the same record twice in a line is two records
     for (const json& record : table) {
-        const std::tuple key = {record.at("line").get<int>(), TextOf(record, "source"), TextOf(record, "destination")};
-        RecordCount& count = records_[key];
-        std::tie(count.line, count.source, count.destination) = key;
+        const std::tuple place = {record.at("line").get<int>(), TextOf(record, "source"), TextOf(record, "destination")};
+        RecordCount& count = records_[std::tuple_cat(place, std::tuple(times[place]++))];
+        std::tie(count.line, count.source, count.destination) = place;
         const std::size_t outcome = std::string(kOutcomeLetters).find(outcomes.at(number++));
         ++count.byOutcome.at(outcome);
     }

@@ -43,7 +43,7 @@ private:
     std::map<std::pair<bool, std::string>, RuleCount> rules_;
     std::map<std::pair<bool, std::string>, std::map<std::string, WarningCount>> warnings_;
     std::map<Place, PlaceCount> places_;
-    std::map<std::tuple<int, std::string, std::string>, RecordCount> records_;
+    std::map<std::tuple<int, std::string, std::string, int>, RecordCount> records_;
     std::map<Place, ForgottenCount> forgotten_;
     std::vector<PhoneRow> phones_;
 };
