@@ -55,16 +55,16 @@ void Write(const fs::path& path, const std::string& text, Readers readers, std::
         file.emplace(path, text, readers);
 }
 
-/// @param isRevealed  whether the documents contain secrets
-/// @param makePage    called only when a page was asked for
-template <typename MakePage>
-void WriteDocuments(const Options& options, bool isRevealed, const nlohmann::ordered_json& document, MakePage makePage)
+/// @param isRevealed          whether the documents contain secrets
+/// @param makeJson, makePage  called only when the document was asked for
+template <typename MakeJson, typename MakePage>
+void WriteDocuments(const Options& options, bool isRevealed, MakeJson makeJson, MakePage makePage)
 {
     const Readers readers = isRevealed ? Readers::Owner : Readers::AsBefore;
     std::optional<OutputFile> jsonFile;
     std::optional<OutputFile> htmlFile;
     if (!options.jsonFile.empty())
-        Write(options.jsonFile, document.dump(2) + "\n", readers, jsonFile);
+        Write(options.jsonFile, makeJson().dump(2) + "\n", readers, jsonFile);
     if (!options.htmlFile.empty())
         Write(options.htmlFile, makePage(), readers, htmlFile);
     if (jsonFile)
@@ -103,12 +103,16 @@ int PreviewOne(const Options& options, const PreviewRequest& request, const Appr
         std::cerr << "kestrune-preview: " << preview.image << ": " << preview.error << "\n";
     else if (IsTerminalFree(options))
         WriteText(std::cout, preview, {options.withColour, options.withReports});
-    const int status = approved != nullptr   ? CompareWithApproved(approved, preview)
+    const int status = approved != nullptr     ? CompareWithApproved(approved, preview)
                        : preview.error.empty() ? StatusOf(WorstOf(preview))
                                                : kNotDone;
     const bool isRevealed = request.secrecy == Secrecy::Revealed;
-    WriteDocuments(options, isRevealed, ToJson({preview}, {options.withReports, isRevealed}),
-                   [&] { return HtmlPage(preview, options.withReports); });
+    WriteDocuments(
+        options, isRevealed,
+        [&] {
+            return ToJson({preview}, {options.withReports, isRevealed});
+        },
+        [&] { return HtmlPage(preview, options.withReports); });
     return status;
 }
 
@@ -122,7 +126,9 @@ int WriteReport(const Options& options, const FleetReport& report)
 {
     if (IsTerminalFree(options))
         WriteFleetText(std::cout, report);
-    WriteDocuments(options, report.isRevealed, FleetJson(report), [&] { return FleetPage(report, options.pages, FolderOf(options.htmlFile)); });
+    WriteDocuments(
+        options, report.isRevealed, [&] { return FleetJson(report); },
+        [&] { return FleetPage(report, options.pages, FolderOf(options.htmlFile)); });
     const auto isShown = [](const PhoneRow& row) { return row.error.empty(); };
     if (std::none_of(report.phones.begin(), report.phones.end(), isShown))
         return kNotDone;

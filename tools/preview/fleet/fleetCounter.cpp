@@ -27,7 +27,8 @@ void TakeExample(std::string& example, const std::string& image)
         example = image;
 }
 
-template <typename Enum, typename Word> Enum Named(std::initializer_list<Enum> all, const Word& wordOf, const std::string& name)
+template <typename Enum, typename Word>
+Enum Named(std::initializer_list<Enum> all, const Word& wordOf, const std::string& name)
 {
     const auto found = std::find_if(all.begin(), all.end(), [&](Enum each) { return wordOf(each) == name; });
     if (found == all.end())
@@ -73,12 +74,14 @@ Ending EndingOf(const PhoneRow& row)
 }
 
 /// Moves the values of a map into a sorted list.
-template <typename Map, typename Key> auto Sorted(Map& map, Key keyOf)
+template <typename Map, typename Key>
+auto Sorted(Map& map, Key keyOf)
 {
     std::vector<typename Map::mapped_type> list;
     for (auto& [key, value] : map)
         list.push_back(std::move(value));
-    std::stable_sort(list.begin(), list.end(), [keyOf](const auto& one, const auto& other) { return keyOf(one) < keyOf(other); });
+    std::stable_sort(list.begin(), list.end(),
+                     [keyOf](const auto& one, const auto& other) { return keyOf(one) < keyOf(other); });
     map.clear();
     return list;
 }
@@ -169,7 +172,8 @@ void FleetCounter::AddRecords(const json& table, const std::string& outcomes)
     std::size_t number = 0;
     std::map<std::tuple<int, std::string, std::string>, int> times; // the same record twice in a line is two records
     for (const json& record : table) {
-        const std::tuple place = {record.at("line").get<int>(), TextOf(record, "source"), TextOf(record, "destination")};
+        const std::tuple place = {record.at("line").get<int>(), TextOf(record, "source"),
+                                  TextOf(record, "destination")};
         RecordCount& count = records_[std::tuple_cat(place, std::tuple(times[place]++))];
         std::tie(count.line, count.source, count.destination) = place;
         const std::size_t outcome = std::string(kOutcomeLetters).find(outcomes.at(number++));
@@ -204,10 +208,12 @@ FleetReport FleetCounter::Take()
     FleetReport report;
     for (auto& [key, rule] : rules_)
         rule.places = Sorted(warnings_[key], kMostPhonesFirst);
-    report.rules = Sorted(rules_, [](const RuleCount& rule) { return std::tuple(-static_cast<int>(rule.severity), rule.rule); });
+    report.rules =
+        Sorted(rules_, [](const RuleCount& rule) { return std::tuple(-static_cast<int>(rule.severity), rule.rule); });
     report.places = Sorted(places_, [](const PlaceCount& place) { return place.phones; });
     report.records = Sorted(records_, [](const RecordCount& record) { return record.line; });
-    report.forgotten = Sorted(forgotten_, [](const ForgottenCount& key) { return std::tuple(~key.ownPhones, ~key.phones); });
+    report.forgotten =
+        Sorted(forgotten_, [](const ForgottenCount& key) { return std::tuple(~key.ownPhones, ~key.phones); });
     report.phones = std::move(phones_);
     std::sort(report.phones.begin(), report.phones.end(), [](const PhoneRow& one, const PhoneRow& other) {
         const auto keyOf = [](const PhoneRow& row) {
@@ -241,9 +247,11 @@ std::string PlaceText(const PlaceCount& place)
 
 std::string SummaryOf(const FleetReport& report)
 {
-    const std::string phones = std::to_string(report.phones.size()) + " phones, mode " + Join(report.modes, ", then ") + ": ";
+    const std::string phones =
+        std::to_string(report.phones.size()) + " phones, mode " + Join(report.modes, ", then ") + ": ";
     if (report.isDifference) {
-        const auto differ = std::count_if(report.phones.begin(), report.phones.end(), [](const PhoneRow& row) { return row.places != 0; });
+        const auto differ = std::count_if(report.phones.begin(), report.phones.end(),
+                                          [](const PhoneRow& row) { return row.places != 0; });
         return phones + std::to_string(differ) + " end different";
     }
     std::vector<std::string> words;

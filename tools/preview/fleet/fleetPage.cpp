@@ -14,8 +14,8 @@ namespace
 {
 
 constexpr std::size_t kMostRows = 500;
-constexpr std::size_t kMostPairs = 3;  ///< of values at a place, the most frequent
-constexpr std::size_t kMostPlaces = 5; ///< of a rule
+constexpr std::size_t kMostPairs = 3;     ///< of values at a place, the most frequent
+constexpr std::size_t kMostPlaces = 5;    ///< of a rule
 constexpr std::size_t kLongestName = 200; ///< of a page; a file system allows 255 bytes, and a temporary file is longer
 
 std::string Number(std::size_t number)
@@ -60,25 +60,29 @@ std::string RuleCells(const RuleCount& rule)
     const std::string severity(SeverityName(rule.severity));
     std::string places;
     for (std::size_t i = 0; i < std::min(rule.places.size(), kMostPlaces); ++i)
-        places += "<br>" + Element("span", "dim", std::to_string(rule.places[i].phones) + ": " + rule.places[i].place + " (" +
-                                                     rule.places[i].example + ")");
+        places += "<br>" + Element("span", "dim",
+                                   std::to_string(rule.places[i].phones) + ": " + rule.places[i].place + " (" +
+                                       rule.places[i].example + ")");
     if (rule.places.size() > kMostPlaces)
-        places += "<br>" + Element("span", "dim", "and at " + std::to_string(rule.places.size() - kMostPlaces) + " more places");
-    return "<td>" + Element("span", severity.c_str(), severity + " " + rule.rule) + "</td>" + Number(rule.phones) + "<td>" +
-           EscapeHtml((rule.isGone ? "gone: " : "") + rule.title) + places + "</td>";
+        places += "<br>" +
+                  Element("span", "dim", "and at " + std::to_string(rule.places.size() - kMostPlaces) + " more places");
+    return "<td>" + Element("span", severity.c_str(), severity + " " + rule.rule) + "</td>" + Number(rule.phones) +
+           "<td>" + EscapeHtml((rule.isGone ? "gone: " : "") + rule.title) + places + "</td>";
 }
 
 std::string PairText(const ValuePair& pair, const ValueCount& count)
 {
     const std::string change =
         pair.secret.empty() ? ValueWords(pair.before) + " \u2192 " + ValueWords(pair.after) : "secret: " + pair.secret;
-    return EscapeHtml(change) + " " + Element("span", "dim", "\u00d7" + std::to_string(count.phones) + ", " + count.example);
+    return EscapeHtml(change) + " " +
+           Element("span", "dim", "\u00d7" + std::to_string(count.phones) + ", " + count.example);
 }
 
 std::string ValuesText(const PlaceCount& place)
 {
     if (place.hasTooManyValues)
-        return "more than " + std::to_string(kMostValues) + " different values, such as on " + EscapeHtml(place.example);
+        return "more than " + std::to_string(kMostValues) + " different values, such as on " +
+               EscapeHtml(place.example);
     std::vector<std::pair<ValuePair, ValueCount>> pairs(place.values.begin(), place.values.end());
     std::stable_sort(pairs.begin(), pairs.end(),
                      [](const auto& one, const auto& other) { return one.second.phones > other.second.phones; });
@@ -92,13 +96,14 @@ std::string ValuesText(const PlaceCount& place)
 
 std::string PlaceCells(const PlaceCount& place)
 {
-    return Number(place.phones) + Place(PlaceText(place)) + "<td>" + EscapeHtml(CountWords(place.byKind)) + "</td><td>" +
-           ValuesText(place) + "</td>";
+    return Number(place.phones) + Place(PlaceText(place)) + "<td>" + EscapeHtml(CountWords(place.byKind)) +
+           "</td><td>" + ValuesText(place) + "</td>";
 }
 
 std::string RecordCells(const RecordCount& record)
 {
-    std::string html = Number(static_cast<std::size_t>(record.line)) + Place(record.source + " \u2192 " + record.destination);
+    std::string html =
+        Number(static_cast<std::size_t>(record.line)) + Place(record.source + " \u2192 " + record.destination);
     for (const std::size_t phones : record.byOutcome)
         html += Number(phones);
     return html;
@@ -134,8 +139,8 @@ std::string PhoneCells(const PhoneRow& row, const std::filesystem::path& pages, 
     std::string html = "<td>" + Element("span", ending, ending) + "</td><td class=\"name\">" + name + "</td>";
     if (!row.error.empty())
         return html + "<td colspan=\"3\">" + EscapeHtml(row.error) + "</td>";
-    return html + Number(static_cast<std::size_t>(row.bySeverity[2])) + Number(static_cast<std::size_t>(row.bySeverity[1])) +
-           Number(row.places);
+    return html + Number(static_cast<std::size_t>(row.bySeverity[2])) +
+           Number(static_cast<std::size_t>(row.bySeverity[1])) + Number(row.places);
 }
 
 } // namespace
@@ -153,11 +158,13 @@ std::string PageName(const std::string& image)
             name.append({'~', kDigits[byte / 16], kDigits[byte % 16]});
     }
     if (name.size() > kLongestName) // "~~" begins no other name
-        name = "~~" + std::to_string(std::hash<std::string>()(image)) + "-" + name.substr(name.size() - kLongestName / 2);
+        name =
+            "~~" + std::to_string(std::hash<std::string>()(image)) + "-" + name.substr(name.size() - kLongestName / 2);
     return name + ".html";
 }
 
-std::string FleetPage(const FleetReport& report, const std::filesystem::path& pages, const std::filesystem::path& folder)
+std::string FleetPage(const FleetReport& report, const std::filesystem::path& pages,
+                      const std::filesystem::path& folder)
 {
     const std::string link = pages.empty() ? "" : LinkTo(std::filesystem::proximate(pages, folder));
     std::string body = "<h1>" + EscapeHtml(SummaryOf(report)) + "</h1>\n<ul class=\"tiles\">";
@@ -171,8 +178,10 @@ std::string FleetPage(const FleetReport& report, const std::filesystem::path& pa
     body += Table("Records of the table, by phones",
                   Heading({"line", "record", "moved", "no source", "wrote empty", "nothing changed", "never ran"}),
                   report.records, RecordCells);
-    body += Table("What the table forgets", Heading({"own value", "phones", "key", "such as"}), report.forgotten, ForgottenCells);
+    body += Table("What the table forgets", Heading({"own value", "phones", "key", "such as"}), report.forgotten,
+                  ForgottenCells);
     body += Table("Phones, worst first", Heading({"ends", "phone", "errors", "warnings", "places"}), report.phones,
                   [&](const PhoneRow& row) { return PhoneCells(row, pages, link); });
-    return HtmlDocument(report.isDifference ? "What two upgrades do differently" : "What the upgrade does to all phones", body);
+    return HtmlDocument(
+        report.isDifference ? "What two upgrades do differently" : "What the upgrade does to all phones", body);
 }
