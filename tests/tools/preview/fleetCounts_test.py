@@ -10,7 +10,6 @@ import json
 import os
 
 import fleetPhones
-import phones
 import previewTool
 from fleetPhones import ACCOUNT, FACTORY, OTHER, SYSTEM, USER
 
