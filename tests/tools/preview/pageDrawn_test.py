@@ -32,7 +32,29 @@ def pixels(image):
     return width, height, zlib.decompress(packed)
 
 
+A4_WIDTH = round((210 - 2 * 14) / 25.4 * 96)  # without the margins
+
 MEASURE = """
+const measureWords = (page, lines) => {
+    const broken = [], cut = [], width = page.documentElement.clientWidth;
+    let words = 0, smallest = 1000;
+    const texts = page.createTreeWalker(page.body, NodeFilter.SHOW_TEXT);
+    for (let text = texts.nextNode(); text; text = texts.nextNode()) {
+        if (!text.data.trim() || !text.parentElement.getClientRects().length) continue;
+        smallest = Math.min(smallest, parseFloat(getComputedStyle(text.parentElement).fontSize));
+        for (const word of text.data.matchAll(/[^\\s/]+/g)) {
+            const range = page.createRange();
+            range.setStart(text, word.index);
+            range.setEnd(text, word.index + word[0].length);
+            const boxes = [...range.getClientRects()];
+            words += 1;
+            if (new Set(boxes.map(box => Math.round(box.bottom))).size > 1 && word[0].length < 60) broken.push(word[0]);
+            const column = text.parentElement.closest("td, li, p, h1, h2")?.getBoundingClientRect().right ?? width;
+            if (boxes.some(box => box.right > Math.min(column, width) + 1)) cut.push(word[0]);
+        }
+    }
+    return {words, brokenWords: broken, cutOff: cut, smallestLetters: smallest};
+};
 onload = () => {
     const page = document.querySelector("iframe").contentDocument;
     const lines = cell => {
@@ -48,6 +70,7 @@ onload = () => {
         chartText: [...page.querySelectorAll(texts)].filter(text => text.textContent).map(
             text => text.getBoundingClientRect().height / lines(text)),
         pageWidth: page.documentElement.scrollWidth,
+        ...measureWords(page, lines),
         bars: [...page.querySelectorAll("rect")].map(bar => bar.getBoundingClientRect().width),
     };
     document.body.textContent = "MEASURED" + JSON.stringify(result) + "END";
@@ -92,14 +115,24 @@ class PageDrawn(previewTool.PreviewTest):
                 self.assertGreater(max(measured["bars"]), width / 6)
                 self.assertGreater(min(measured["bars"]), 0)
 
-    def test_a_report_of_several_images_fits_a_narrow_screen(self):
-        images = self.images(**{"desk phone of the north wing, second floor": "", "other": ""})
-        previewTool.run("--html", self.folder / "all.html", *images, "all")
-        page = (self.folder / "all.html").read_text()
-        self.assertIn("desk phone of the north wing, second floor", page)
-        measured = self.measure(page, 390)
-        self.assertEqual(set(measured["firstColumn"]), {1})
-        self.assertLessEqual(measured["pageWidth"], 390)
+    def fleet_page(self):
+        """The report on some invented phones, one of them with a name that fits no column."""
+        subprocess.run([previewTool.PROJECT / "script" / "make-fleet", self.folder / "fleet", "20"], check=True)
+        self.images(**{"n" * 120: ""})
+        previewTool.run("--firmware", previewTool.PROJECT / "examples" / "phone", "--html", self.folder / "all.html",
+                        self.folder / "fleet", self.folder / ("n" * 120), "all")
+        return (self.folder / "all.html").read_text()
+
+    def test_the_report_of_a_fleet_can_be_read_everywhere(self):
+        page = self.fleet_page()
+        for width, drawn in ((390, page), (1280, page), (A4_WIDTH, page.replace("@media print", "@media all"))):
+            with self.subTest(width):
+                measured = self.measure(drawn, width)
+                self.assertGreater(measured["words"], 1000)
+                self.assertEqual(measured["brokenWords"], [])
+                self.assertGreaterEqual(measured["smallestLetters"], 9)
+                self.assertEqual(measured["cutOff"], [])
+                self.assertLessEqual(measured["pageWidth"], width)
 
     def test_on_paper(self):
         self.show(self.phone({}, base="example"), "all")
