@@ -17,8 +17,21 @@ PAGE = previewTool.PROJECT / "docs" / "preview.md"
 RULES = previewTool.PROJECT / "tools" / "preview" / "warnings" / "warningList.h"
 
 
+COMMANDS = ("merge", "diff")  # in addition to the preview, which has no word
+
+
 def options_of_the_program():
-    return set(re.findall(r"--[a-z][a-z-]*", previewTool.run("--help").stdout))
+    """Those of all three commands."""
+    helps = "".join(previewTool.run(*command, "--help").stdout for command in [(), *((word,) for word in COMMANDS)])
+    return set(re.findall(r"--[a-z][a-z-]*", helps))
+
+
+def completed(*words):
+    script = (f". {COMPLETION}; COMP_WORDS=(kestrune-preview {' '.join(words)}); COMP_CWORD={len(words)}; "
+              "compopt() { :; }; _kestrune_preview; echo ${COMPREPLY[@]}")
+    result = subprocess.run(["bash", "-c", script], cwd="/", capture_output=True, text=True, check=False)
+    assert result.stderr == "", result.stderr
+    return set(result.stdout.split())
 
 
 def rules_of_the_program():
@@ -55,9 +68,17 @@ class Manual(unittest.TestCase):
             self.assertRegex(page, rf"(?m)^\| {rule} \| {severity} \| {re.escape(title)}[ ,:]")
 
     def test_the_completion_offers_every_option(self):
-        script = f". {COMPLETION}; COMP_WORDS=(kestrune-preview --); COMP_CWORD=1; _kestrune_preview; echo ${{COMPREPLY[@]}}"
-        result = subprocess.run(["bash", "-c", script], capture_output=True, text=True, check=False)
-        self.assertEqual((set(result.stdout.split()), result.stderr), (options_of_the_program(), ""))
+        self.assertEqual(completed("--"), options_of_the_program())
+
+    def test_the_commands_are_described_and_offered(self):
+        help_text, manual, page = previewTool.run("--help").stdout, MANUAL.read_text(), PAGE.read_text()
+        for command in COMMANDS:
+            with self.subTest(command):
+                self.assertIn(f"kestrune-preview {command} ", help_text)
+                self.assertIn(f".Nm\n.Cm {command}\n", manual)
+                self.assertIn(f"kestrune-preview {command} ", page)
+                self.assertIn(command, completed("''"))
+                self.assertNotIn(command, completed("phone", "''"))
 
 
 if __name__ == "__main__":
