@@ -8,6 +8,7 @@ phone and comparing its files with a reader of this test."""
 import collections
 import json
 import os
+import re
 
 import fleetPhones
 import previewTool
@@ -124,6 +125,25 @@ class FleetCounts(previewTool.PreviewTest):
         compared = sum(len(+counter) for counter in expected.values())
         print(f"{PHONES} phones: {compared} counts of {len(expected)} places, values and records are equal")
         self.assertGreater(compared, 150)
+
+    def test_warnings_and_xml_places_are_those_of_each_phone(self):
+        images = fleetPhones.make_fleet(self.folder / "fleet", 12, seed=3)
+        words = ("--firmware", fleetPhones.make_firmware(self.folder / "firmware"))
+        report = json.loads(previewTool.run("--json", "-", *words, *images, "all").stdout)
+        rules, places, xml = (collections.Counter() for _ in range(3))
+        for image in images:
+            preview = json.loads(previewTool.run("--json", "-", *words, image, "all").stdout)["previews"][0]
+            rules.update({warning["rule"] for warning in preview["warnings"]})
+            places.update({(warning["rule"], warning["place"]) for warning in preview["warnings"]})
+            xml.update({(file["path"], re.sub(r'\[("[^"]*"|\d+)\](\(\d+\))?', "", change["group"]), change.get("name", ""))
+                        for file in preview["files"] if file["format"] == "xml" and file["kind"] == "changed"
+                        for change in file.get("changes", [])})
+        self.assertEqual({rule["rule"]: rule["phones"] for rule in report["warnings"]}, rules)
+        self.assertEqual({(rule["rule"], place["place"]): place["phones"] for rule in report["warnings"] for place in rule["places"]},
+                         places)
+        self.assertEqual({(change["file"], change["section"], change["key"]): change["phones"] for change in report["changes"]
+                          if change["section"] and change["file"].endswith(".xml")}, xml)
+        self.assertGreater(min(len(rules), len(xml)), 2)
 
 
 if __name__ == "__main__":

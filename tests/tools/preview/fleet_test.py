@@ -33,7 +33,7 @@ class Links(html.parser.HTMLParser):
         self.feed(page)
 
     def handle_starttag(self, tag, attributes):
-        self.links += [urllib.parse.unquote(value) for name, value in attributes if name == "href"]
+        self.links += [urllib.parse.unquote(urllib.parse.urlsplit(value).path) for name, value in attributes if name == "href"]
 
 
 def mode(path):
@@ -233,6 +233,13 @@ class Parts(Fleet):
         self.assertEqual(report, self.report(*images, "dev"))
         self.assertEqual([(record["line"], record["moved"]) for record in json.loads(report[2])["records"]],
                          [(2, 4), (3, 4), (4, 2)])
+
+    def test_the_same_record_twice_is_two_records(self):
+        record = f'<r srcFile="{USER}" srcSec="A" srcKey="a" dstKey="b"/>'
+        images = [fleetPhones.make(self.folder / name, {USER: DONE + "[A]\na=1\n", fleetPhones.TABLE: f"<t>{record}{record}</t>"})
+                  for name in ("one", "two")]
+        records = json.loads(self.report(*images, "dev")[2])["records"]
+        self.assertEqual([(record["moved"], record["nothing changed"]) for record in records], [(2, 0), (0, 2)])
 
     def test_memory_does_not_grow_with_the_number_of_phones(self):
         words, _, log = self.whole()
