@@ -82,14 +82,14 @@ class Isolation(previewTool.PreviewTest):
         self.assertEqual((shown.errors, shown.preview["files"]), ("", []))
         killed = previewTool.run("--program", program, self.phone({"/config/kill": ""}), "all")
         self.assertEqual((killed.returncode, killed.stderr),
-                         (previewTool.ERROR, "kestrune-preview: image: kestrune-preview-steps failed in the sandbox: "
+                         (previewTool.NOT_DONE, "kestrune-preview: image: kestrune-preview-steps failed in the sandbox: "
                                              "exit status 137\n"))
 
     def test_what_the_program_writes_has_a_limit(self):
         program = self.program("#!/bin/sh\nhead -c 70000000 /dev/zero\n")
         result = previewTool.run("--program", program, self.phone({}), "all")
         self.assertEqual((result.returncode, result.stderr),
-                         (previewTool.ERROR, "kestrune-preview: image: a program wrote more than 67108864 bytes\n"))
+                         (previewTool.NOT_DONE, "kestrune-preview: image: a program wrote more than 67108864 bytes\n"))
 
 
 if __name__ == "__main__":
