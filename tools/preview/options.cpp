@@ -38,7 +38,8 @@ OptionsResult Refuse(const std::string& reason)
 bool LooksLikeImage(const std::string& word)
 {
     std::error_code ignored; // what cannot be looked at is no image
-    return word.starts_with('@') || word.find('/') != std::string::npos || word.find(".tar") != std::string::npos || fs::exists(word, ignored);
+    return word.starts_with('@') || word.find('/') != std::string::npos || word.find(".tar") != std::string::npos ||
+           fs::exists(word, ignored);
 }
 
 bool IsMode(const std::string& word, bool isAnyMode)
@@ -137,7 +138,8 @@ CLI::Option* AddFile(CLI::App& app, const char* name, std::filesystem::path& fil
 
 void DescribeOutputs(CLI::App& app, Options& options)
 {
-    AddFile(app, "--json", options.jsonFile, "write the preview or the report to this file as JSON; - is standard output");
+    AddFile(app, "--json", options.jsonFile,
+            "write the preview or the report to this file as JSON; - is standard output");
     AddFile(app, "--html", options.htmlFile, "write it to this file as an HTML page; - is standard output");
     AddFile(app, "--pages", options.pages, "write a page for each phone to this folder; the report links to them")
         ->option_text("FOLDER");
@@ -178,7 +180,8 @@ void Describe(CLI::App& app, Arguments& given, Options& options)
 {
     const bool isMerge = options.command == Command::Merge;
     app.add_option(isMerge ? "LOG..." : "IMAGE... MODE", given.words,
-                   isMerge ? "what --jsonl wrote" : "backups of phones, folders of them, or @FILE with names; then the modes")
+                   isMerge ? "what --jsonl wrote"
+                           : "backups of phones, folders of them, or @FILE with names; then the modes")
         ->option_text(" ")
         ->required();
     DescribeOutputs(app, options);
@@ -188,10 +191,11 @@ void Describe(CLI::App& app, Arguments& given, Options& options)
         DescribePreview(app, given, options);
     app.set_version_flag("--version", "kestrune-preview " KESTRUNE_VERSION, "show the version and exit");
     app.set_help_flag("-h,--help", "show this help and exit");
-    app.footer("Several modes run one after another on one copy. Other commands: kestrune-preview merge LOG...,\n"
-               "kestrune-preview diff --table OLD --table NEW IMAGE... MODE.\n"
-               "Exit status: 0 all ends well, 1 a warning, 2 an error, 3 there is no preview; with --expect and diff: 0 the\n"
-               "same, 1 not.");
+    app.footer(
+        "Several modes run one after another on one copy. Other commands: kestrune-preview merge LOG...,\n"
+        "kestrune-preview diff --table OLD --table NEW IMAGE... MODE.\n"
+        "Exit status: 0 all ends well, 1 a warning, 2 an error, 3 there is no preview; with --expect and diff: 0 the\n"
+        "same, 1 not.");
 }
 
 Command CommandOf(int argumentCount, const char* const* arguments)

@@ -12,7 +12,8 @@ namespace
 
 Json RuleToJson(const RuleCount& rule)
 {
-    Json json = {{"rule", rule.rule}, {"severity", SeverityName(rule.severity)}, {"title", rule.title}, {"phones", rule.phones}};
+    Json json = {
+        {"rule", rule.rule}, {"severity", SeverityName(rule.severity)}, {"title", rule.title}, {"phones", rule.phones}};
     if (rule.isGone)
         json["gone"] = true;
     json["places"] = Json::array();
@@ -61,7 +62,8 @@ Json PhoneToJson(const PhoneRow& row)
     return json;
 }
 
-template <typename List, typename ToJson> Json All(const List& list, ToJson toJson)
+template <typename List, typename ToJson>
+Json All(const List& list, ToJson toJson)
 {
     Json json = Json::array();
     for (const auto& member : list)
@@ -73,9 +75,12 @@ template <typename List, typename ToJson> Json All(const List& list, ToJson toJs
 
 Json FleetJson(const FleetReport& report)
 {
-    Json json = {{"format", "kestrune-preview-report"},     {"version", 1},
-                 {"madeBy", "kestrune-preview " KESTRUNE_VERSION}, {"modes", report.modes},
-                 {"difference", report.isDifference},       {"revealed", report.isRevealed}};
+    Json json = {{"format", "kestrune-preview-report"},
+                 {"version", 1},
+                 {"madeBy", "kestrune-preview " KESTRUNE_VERSION},
+                 {"modes", report.modes},
+                 {"difference", report.isDifference},
+                 {"revealed", report.isRevealed}};
     json["phones"] = {{"all", report.phones.size()}};
     for (std::size_t i = 0; i < kEndingCount; ++i)
         json["phones"][kEndings[i]] = report.byEnding[i];

@@ -19,7 +19,8 @@ constexpr int kFleetLogVersion = 1;
 ///
 /// @param atLine  called with each line after the first
 /// @return the first line
-nlohmann::json ReadFleetLog(const std::filesystem::path& path, const std::function<void(const nlohmann::json&)>& atLine);
+nlohmann::json ReadFleetLog(const std::filesystem::path& path,
+                            const std::function<void(const nlohmann::json&)>& atLine);
 
 /// Appends to a log, each line with one call: a run that is interrupted leaves whole lines, and at most one that is cut.
 class FleetLog

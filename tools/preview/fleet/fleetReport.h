@@ -97,7 +97,8 @@ struct PhoneRow {
 
 struct FleetReport {
     std::vector<std::string> modes;
-    bool isDifference = false; ///< of two upgrades: "before" is the phone after the first, "after" that after the second
+    bool isDifference =
+        false; ///< of two upgrades: "before" is the phone after the first, "after" that after the second
     bool isRevealed = false;
     std::array<std::size_t, kEndingCount> byEnding = {};
     std::vector<RuleCount> rules;          ///< by severity, the worst first, then by number

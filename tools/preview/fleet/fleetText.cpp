@@ -43,7 +43,8 @@ void WriteTable(std::ostream& out, const std::string& heading, const Rows& rows,
 }
 
 /// @return the rows of the first members of a list
-template <typename List, typename ToRow> Rows FirstRows(const List& list, ToRow toRow)
+template <typename List, typename ToRow>
+Rows FirstRows(const List& list, ToRow toRow)
 {
     Rows rows;
     for (std::size_t i = 0; i < std::min(list.size(), kMostRows); ++i)
@@ -75,13 +76,14 @@ std::vector<std::string> RecordRow(const RecordCount& record)
 
 std::vector<std::string> ForgottenRow(const ForgottenCount& key)
 {
-    return {std::to_string(key.ownPhones), "of " + std::to_string(key.phones), PlaceText(key.file, key.section, key.key),
-            "such as " + key.example};
+    return {std::to_string(key.ownPhones), "of " + std::to_string(key.phones),
+            PlaceText(key.file, key.section, key.key), "such as " + key.example};
 }
 
 std::vector<std::string> PhoneRowText(const PhoneRow& row)
 {
-    const std::string numbers = std::to_string(row.bySeverity[2]) + " errors, " + std::to_string(row.bySeverity[1]) + " warnings";
+    const std::string numbers =
+        std::to_string(row.bySeverity[2]) + " errors, " + std::to_string(row.bySeverity[1]) + " warnings";
     return {kEndings[static_cast<std::size_t>(row.ending)], row.image, row.error.empty() ? numbers : row.error};
 }
 
