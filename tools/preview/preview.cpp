@@ -177,7 +177,8 @@ public:
         const std::vector<const Snapshot*> otherStates = other.AllStates();
         states.insert(states.end(), otherStates.begin(), otherStates.end());
         secrets.Learn(states, formats, *steps_);
-        preview.files = ShowFiles(FindChanges(WithoutFirmware(after_), WithoutFirmware(other.after_), {}, formats), secrets);
+        preview.files =
+            ShowFiles(FindChanges(WithoutFirmware(after_), WithoutFirmware(other.after_), {}, formats), secrets);
     }
 
 private:
@@ -246,7 +247,8 @@ std::string WithoutPath(std::string text, const std::string& path)
 /// Makes a preview; a failure becomes its error.
 ///
 /// @param show  called with a scratch folder for the phone's copies, and the preview
-template <typename Show> Preview MakeShown(const fs::path& image, const PreviewRequest& request, Show show)
+template <typename Show>
+Preview MakeShown(const fs::path& image, const PreviewRequest& request, Show show)
 {
     Preview preview;
     preview.image = NameOf(image);

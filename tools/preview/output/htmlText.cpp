@@ -42,5 +42,6 @@ std::string HtmlDocument(const std::string& title, const std::string& body)
     return "<!DOCTYPE html>\n<html lang=\"en\"><head><meta charset=\"utf-8\">\n"
            "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; style-src 'unsafe-inline'\">\n"
            "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n<title>" +
-           EscapeHtml(title) + "</title>\n<style>" + kPageStyle + "</style></head>\n<body>\n" + body + "</body></html>\n";
+           EscapeHtml(title) + "</title>\n<style>" + kPageStyle + "</style></head>\n<body>\n" + body +
+           "</body></html>\n";
 }

@@ -31,9 +31,11 @@ void ProgressBar::Show(std::size_t done) const
     if (!isShown_)
         return;
     const std::size_t filled = done * kWidth / total_;
-    std::cerr << "\r[" << std::string(filled, '#') << std::string(kWidth - filled, '.') << "] " << done << "/" << total_;
+    std::cerr << "\r[" << std::string(filled, '#') << std::string(kWidth - filled, '.') << "] " << done << "/"
+              << total_;
     if (done > 0) {
-        const auto passed = std::chrono::duration_cast<std::chrono::seconds>(std::chrono::steady_clock::now() - begin_).count();
+        const auto passed =
+            std::chrono::duration_cast<std::chrono::seconds>(std::chrono::steady_clock::now() - begin_).count();
         const auto left = static_cast<std::uint64_t>(passed) * (total_ - done) / done;
         std::cerr << " " << left / 60 << " min " << left % 60 << " s left\033[K";
     }
