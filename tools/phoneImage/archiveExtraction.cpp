@@ -6,6 +6,7 @@
 #include <archive.h>
 #include <archive_entry.h>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <sys/stat.h>
 
@@ -126,7 +127,11 @@ Archive OpenReader(const fs::path& path)
 
 Archive OpenWriter()
 {
+    // The library sets the umask of the process to 0 for a moment: two threads could leave it so.
+    static std::mutex umaskMutex;
+    std::unique_lock lock(umaskMutex);
     Archive writer(archive_write_disk_new());
+    lock.unlock();
     if (writer == nullptr)
         throw std::bad_alloc();
     archive_write_disk_set_options(writer.get(), ARCHIVE_EXTRACT_PERM | ARCHIVE_EXTRACT_NO_OVERWRITE |

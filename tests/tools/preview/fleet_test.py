@@ -15,6 +15,7 @@ import shutil
 import signal
 import stat
 import subprocess
+import tarfile
 import time
 import urllib.parse
 
@@ -305,6 +306,23 @@ class Images(Fleet):
         self.assertEqual((again.returncode, again.stdout), (WELL, result.stdout))
         for word, reason in (("@-", "names no image"), (f"@{self.folder}/no", "cannot be read")):
             self.assertIn(reason, previewTool.run("--jsonl", self.log, word, "1").stderr)
+
+    def test_archives_that_are_opened_at_once_make_no_output_writable_for_all(self):
+        phone, = self.images(one="[A]\n")
+        archives = self.folder / "archives"
+        archives.mkdir()
+        with tarfile.open(archives / "0.tar", "w") as archive:
+            archive.add(phone / "config", "config")
+        for number in range(1, 300):
+            (archives / f"{number}.tar").hardlink_to(archives / "0.tar")
+        old = os.umask(0o027)
+        try:
+            for number in range(2):
+                report = self.folder / f"{number}.json"
+                previewTool.run("--jobs", 32, "--json", report, archives, "pwd")
+                self.assertEqual(mode(report), 0o640)
+        finally:
+            os.umask(old)
 
     def test_a_folder_without_an_image(self):
         (self.folder / "empty/deep").mkdir(parents=True)

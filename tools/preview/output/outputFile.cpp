@@ -28,12 +28,14 @@ void RequireWritableFolder(const fs::path& path)
         Fail(path, std::strerror(errno));
 }
 
-mode_t Umask()
+mode_t ReadUmask()
 {
     const mode_t bits = umask(0); // there is no other way to ask for it
     (void)umask(bits);
     return bits;
 }
+
+const mode_t kUmask = ReadUmask(); // before any thread: archive libraries change it for a moment
 
 mode_t ModeFor(const fs::path& path, Readers readers)
 {
@@ -42,7 +44,7 @@ mode_t ModeFor(const fs::path& path, Readers readers)
         return 0600;
     if (lstat(path.c_str(), &status) == 0)
         return status.st_mode & 0777;
-    return 0666 & ~Umask();
+    return 0666 & ~kUmask;
 }
 
 } // namespace

@@ -23,6 +23,7 @@
 #include <string>
 #include <sys/prctl.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <tinyxml.h>
 #include <unistd.h>
@@ -231,6 +232,8 @@ bool Prepare()
 
 int main()
 {
+    constexpr mode_t kUsualUmask = 022; // as at a phone's start, whatever that of the user is
+    (void)umask(kUsualUmask);
     PrepareProcess();
     if (access(kOwnPath, F_OK) != 0) {
         std::fputs("kestrune-preview-steps: started by kestrune-preview, in its sandbox\n", stderr);
