@@ -72,7 +72,8 @@ MUTANTS = (
     # Certificates
     Mutant("certificates not noted", "foreignCopies.cpp", "hasNote = fields.size() > 1 &&", "hasNote = false &&",
            POWER_CUT_OF_CERTIFICATES),
-    Mutant("certificates not flushed", "runCommit.cpp", "    FlushForeignCopies();\n", "", POWER_CUT_OF_CERTIFICATES),
+    Mutant("certificates not flushed", "runCommit.cpp", "    const int copies = FlushForeignCopies();\n",
+           "    const int copies = 0;\n", POWER_CUT_OF_CERTIFICATES),
     Mutant("short certificate not taken back", "foreignCopies.cpp", "if (IsCutShort(copy))", "if (false)",
            ("kill_test.py", "--mode", "dev")),
     Mutant("no lock", "runLock.cpp", "    lockedFolder = open(", "    return true;\n    lockedFolder = open(",
