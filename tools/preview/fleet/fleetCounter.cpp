@@ -90,6 +90,11 @@ constexpr auto kMostPhonesFirst = [](const auto& count) { return ~count.phones; 
 
 } // namespace
 
+void FleetCounter::BeginLog()
+{
+    tables_.clear();
+}
+
 void FleetCounter::Add(const json& line)
 {
     if (line.contains("image"))

@@ -17,7 +17,7 @@ class FleetCounter
 {
 public:
     /// Forgets the tables of the log that was read: their numbers are its own.
-    void BeginLog() { tables_.clear(); }
+    void BeginLog();
 
     /// Adds a line of a log, which names a phone or holds a table. Throws `nlohmann::json::exception` for another one.
     void Add(const nlohmann::json& line);
