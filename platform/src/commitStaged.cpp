@@ -84,12 +84,6 @@ bool FindChanges()
     return isAnyLeft;
 }
 
-int CountChanges()
-{
-    const auto isChange = [](const StagedFile& staged) { return staged.state != StagedState::Touched; };
-    return static_cast<int>(std::count_if(StagedFiles().begin(), StagedFiles().end(), isChange));
-}
-
 void Fail(StagedFile& staged, int error)
 {
     staged.state = StagedState::Failed;
@@ -99,6 +93,12 @@ void Fail(StagedFile& staged, int error)
 bool IsHeldBack(const StagedFile& removed)
 {
     return removed.copy != nullptr && removed.copy->state == StagedState::Failed;
+}
+
+template <typename Condition>
+int CountStaged(Condition condition)
+{
+    return static_cast<int>(std::count_if(StagedFiles().begin(), StagedFiles().end(), condition));
 }
 
 bool IsForWantOfRoom(int error)
@@ -258,12 +258,14 @@ CommitResult CommitStaged(const RunToCommit& run)
 {
     const int failuresBefore = FailureCount();
     const bool hasChanges = FindChanges() || run.isOfUpgrade;
-    const int toChange = CountChanges();
+    const int toChange = CountStaged([](const StagedFile& staged) { return staged.state != StagedState::Touched; });
     if (hasChanges && !CommitTogether(run) && !CommitOneByOne(run))
         return {0, toChange + RefusalCount()}; // the note of copies stays, and the next run removes them
     if (HasNoteOfCopies())
         (void)RemoveNoteOfCopies(); // if the note stays, the next run removes the copies and makes them again
     TouchTheOthers();
     const int failed = FailureCount() - failuresBefore;
-    return {std::max(0, toChange - failed), failed + RefusalCount()};
+    const int heldBack = CountStaged(
+        [](const StagedFile& staged) { return staged.state == StagedState::Removed && IsHeldBack(staged); });
+    return {toChange - failed - heldBack, failed + RefusalCount()};
 }

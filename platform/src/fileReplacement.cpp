@@ -55,14 +55,18 @@ bool Replace(const Destination& destination, std::string_view bytes, FileOrigin 
     return ReplaceAtOnce(destination.path, bytes, origin) == 0;
 }
 
-/// Finds the destination and replaces it; counts a refusal for the report of the run.
-bool Save(const char* path, std::string_view bytes, const FileOrigin& origin)
+/// Counts a file that cannot be saved, for the report of the run.
+bool CountIfRefused(bool isSaved, const char* path)
 {
-    Destination destination;
-    const bool isSaved = FindDestination(path, destination) && Replace(destination, bytes, origin);
     if (!isSaved)
         CountRefusal(path);
     return isSaved;
+}
+
+bool Save(const char* path, std::string_view bytes, const FileOrigin& origin)
+{
+    Destination destination;
+    return CountIfRefused(FindDestination(path, destination) && Replace(destination, bytes, origin), path);
 }
 
 /// Whether the destination is a link, or a chain of links, that ends at the source.
@@ -92,12 +96,13 @@ bool CopyFile(const char* destinationPath, const char* sourcePath)
     std::string bytes;
     struct stat status = {};
     Destination destination;
-    if (ReadFile(sourcePath, bytes, &status) != ReadResult::Done || !FindDestination(destinationPath, destination))
+    if (ReadFile(sourcePath, bytes, &status) != ReadResult::Done)
         return false;
+    const bool isFound = FindDestination(destinationPath, destination);
     if (IsLinkToSource(destinationPath, destination, sourcePath))
         destination = {destinationPath, /*exists=*/false, {}};
-    return Replace(destination, bytes,
-                   {"", sourcePath, MadeOf::ACopy, static_cast<mode_t>(status.st_mode & kPermissionBits)});
+    const FileOrigin origin = {"", sourcePath, MadeOf::ACopy, static_cast<mode_t>(status.st_mode & kPermissionBits)};
+    return CountIfRefused(isFound && Replace(destination, bytes, origin), destinationPath);
 }
 
 bool RemoveFile(const char* path)

@@ -218,8 +218,12 @@ void ForbidChanges(const std::string& path)
 
 void CountRefusal(const std::string& path)
 {
-    if (isStaging)
-        refusals.insert(AbsolutePath(path));
+    try {
+        if (isStaging)
+            refusals.insert(AbsolutePath(path));
+    } catch (...) {
+        // No memory for the report: the run continues.
+    }
 }
 
 int RefusalCount()

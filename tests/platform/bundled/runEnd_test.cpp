@@ -102,6 +102,17 @@ TEST(RunEnd, AReadOnlyFolderIsAWarning)
     EXPECT_EQ(phone.EndOf("pwd"), "<12>kestrune: mode pwd: 0 files changed, 1 not saved");
 }
 
+TEST(RunEnd, AnAccountThatCannotBeMovedIsNoChange)
+{
+    LoggedPhone phone;
+    phone.Put("/config/user/voip/sipAccount7.cfg", "[account]\nSCALineKeyNumber=1\ndirectip=1\n");
+    phone.PutFolder("/config/user/voip/directip.cfg.kestrune-new/inner"); // the commit fails
+    EXPECT_EQ(phone.EndOf("1"), "<12>kestrune: mode 1: 0 files changed, 1 not saved");
+    phone.Remove("/config/user/voip/directip.cfg.kestrune-new");
+    phone.PutFolder("/config/user/voip/directip.cfg"); // the copy fails visibly
+    EXPECT_EQ(phone.EndOf("1"), "<12>kestrune: mode 1: 1 file changed, 1 not saved");
+}
+
 TEST(RunEnd, PassesThatEndEarlyAreNamed)
 {
     LoggedPhone phone;
