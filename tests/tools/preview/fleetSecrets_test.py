@@ -5,9 +5,7 @@
 """Three hundred secrets that were planted in twenty phones are in no output of a fleet, unless --reveal-secrets is given."""
 
 import os
-import pty
 import re
-import subprocess
 
 import fleetPhones
 import previewTool
@@ -74,19 +72,9 @@ class FleetSecrets(previewTool.PreviewTest):
         return forms
 
     def run_on_terminal(self, *arguments):
-        own, theirs = pty.openpty()
-        with subprocess.Popen([previewTool.PREVIEW, *map(str, arguments)], stdin=subprocess.DEVNULL, stdout=theirs, stderr=theirs,
-                              env=os.environ | {"TERM": "xterm"}) as process:
-            os.close(theirs)
-            output = b""
-            try:
-                while block := os.read(own, 4096):
-                    output += block
-            except OSError:  # the end of what a terminal gives
-                pass
-        os.close(own)
-        self.assertLess(process.returncode, previewTool.NOT_DONE, output)
-        return output.decode()
+        status, output = previewTool.run_on_terminal(*arguments, environment=os.environ | {"TERM": "xterm"})
+        self.assertLess(status, previewTool.NOT_DONE, output)
+        return output
 
     def outputs(self, *options):
         """Every output of previews, a merge and a difference, by name."""

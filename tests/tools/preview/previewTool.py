@@ -8,6 +8,7 @@ import dataclasses
 import json
 import os
 import pathlib
+import pty
 import shutil
 import subprocess
 import tempfile
@@ -54,6 +55,12 @@ class Shown:
         changes = (self.file(path) or {}).get("changes", [])
         return next((change for change in changes if (change["group"], change.get("name")) == (group, name)), None)
 
+    @property
+    def expected_status(self):
+        """The exit status that belongs to the warnings."""
+        severities = {warning["severity"] for warning in self.preview["warnings"]}
+        return FAILS if "error" in severities else CARE if "warning" in severities else WELL
+
     def rules(self):
         return [warning["rule"] for warning in self.preview["warnings"]]
 
@@ -67,6 +74,22 @@ def run(*arguments, environment=None):
     """The preview as it is, with these arguments."""
     return subprocess.run([PREVIEW, *map(str, arguments)], capture_output=True, text=True, stdin=subprocess.DEVNULL,
                           env={**os.environ, **(environment or {})}, timeout=120, check=False)
+
+
+def run_on_terminal(*arguments, environment=None, stdout=None, stderr=None):
+    """The status, and what a terminal gets from those streams for which none is given."""
+    own, theirs = pty.openpty()
+    with subprocess.Popen([PREVIEW, *map(str, arguments)], stdin=subprocess.DEVNULL, stdout=stdout or theirs,
+                          stderr=stderr or theirs, env=environment) as process:
+        os.close(theirs)
+        output = b""
+        try:
+            while block := os.read(own, 4096):
+                output += block
+        except OSError:  # the end of what a terminal gives
+            pass
+    os.close(own)
+    return process.returncode, output.decode()
 
 
 def show(folder, *arguments):

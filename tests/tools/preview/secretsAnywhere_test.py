@@ -34,7 +34,8 @@ class SecretsAnywhere(previewTool.PreviewTest):
     def outputs(self, *arguments):
         """What is shown, and all outputs as one text."""
         shown = self.show("--reports", *arguments)
-        self.assertLess(shown.status, previewTool.NOT_DONE, shown.errors)
+        self.assertEqual(shown.status, shown.expected_status, shown.errors)
+        self.assertTrue(shown.preview["files"])
         return shown, shown.text + shown.html + json.dumps(shown.json, ensure_ascii=False)
 
     def enciphered(self, *texts):

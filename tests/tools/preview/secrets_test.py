@@ -162,7 +162,8 @@ class Secrets(previewTool.PreviewTest):
         image = self.phone(plant(planter, *locks))
         self.assertGreaterEqual(len(set(planter.secrets)), PLANTED)
         shown = self.show("--reports", "--color", "always", "--save-phone", self.folder / "after", image, *modes)
-        self.assertLess(shown.status, previewTool.NOT_DONE, shown.errors + shown.text[:500])
+        self.assertEqual(shown.status, shown.expected_status, shown.errors + shown.text[:500])
+        self.assertTrue(shown.preview["files"])
         forms = forms_on(self.folder / "after", planter)
         previewTool.shutil.rmtree(self.folder / "after")
         outputs = {"text": shown.text, "errors": shown.errors, "html": shown.html,
