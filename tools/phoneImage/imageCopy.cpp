@@ -157,3 +157,11 @@ fs::path OpenImage(const fs::path& image, const fs::path& scratch)
         throw ToolError("no image of a phone: it has neither config nor phone nor tmp");
     return *trees;
 }
+
+fs::path OpenFirmware(const fs::path& firmware, const fs::path& scratch)
+{
+    fs::path trees = OpenImage(firmware, scratch);
+    if (!IsRealFolder(trees / "phone"))
+        throw ToolError("the firmware has no folder phone: " + firmware.string());
+    return trees;
+}

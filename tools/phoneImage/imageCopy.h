@@ -17,6 +17,9 @@
 /// @return the folder with the trees
 std::filesystem::path OpenImage(const std::filesystem::path& image, const std::filesystem::path& scratch);
 
+/// As `OpenImage`, for a firmware: throws `ToolError` when it has no tree phone/.
+std::filesystem::path OpenFirmware(const std::filesystem::path& firmware, const std::filesystem::path& scratch);
+
 /// Finds the trees of a phone in a folder. Follows no link in it. Throws `std::filesystem::filesystem_error` for a folder that
 /// cannot be read.
 ///

@@ -10,7 +10,6 @@
 #include "phoneImage/imageCopy.h"
 #include "phoneImage/imageLimits.h"
 #include "phoneImage/phoneFolder.h"
-#include "phoneImage/toolError.h"
 
 namespace fs = std::filesystem;
 
@@ -21,9 +20,7 @@ Firmware::Firmware(const fs::path& firmware, const fs::path& table) : hasTable_(
     if (firmware.empty())
         return;
     scratch_ = std::make_unique<Scratch>();
-    trees_ = OpenImage(firmware, scratch_->Path("firmware"));
-    if (!fs::is_directory(fs::symlink_status(trees_ / "phone")))
-        throw ToolError("the firmware has no folder phone: " + firmware.string());
+    trees_ = OpenFirmware(firmware, scratch_->Path("firmware"));
 }
 
 void Firmware::Install(const fs::path& source, const fs::path& phone) const

@@ -8,6 +8,7 @@
 #include <nlohmann/json.hpp>
 #include <optional>
 
+#include "descriptor.h"
 #include "expectation.h"
 #include "fleet.h"
 #include "fleet/fleetOutput.h"
@@ -96,9 +97,10 @@ int CompareWithApproved(const Approved& approved, const Preview& preview)
     return differences.empty() ? kEndsWell : kNeedsCare;
 }
 
-int PreviewOne(const Options& options, const PreviewRequest& request, const Approved& approved)
+int PreviewOne(const std::string& image, const Options& options, const PreviewRequest& request,
+               const Approved& approved)
 {
-    const Preview preview = MakePreview(options.words.front(), request);
+    const Preview preview = MakePreview(image, request);
     if (!preview.error.empty())
         std::cerr << "kestrune-preview: " << preview.image << ": " << preview.error << "\n";
     else if (IsTerminalFree(options))
@@ -116,19 +118,13 @@ int PreviewOne(const Options& options, const PreviewRequest& request, const Appr
     return status;
 }
 
-/// @return the folder that links of the report begin at
-fs::path FolderOf(const fs::path& htmlFile)
-{
-    return htmlFile.has_parent_path() ? htmlFile.parent_path() : ".";
-}
-
 int WriteReport(const Options& options, const FleetReport& report)
 {
     if (IsTerminalFree(options))
         WriteFleetText(std::cout, report);
     WriteDocuments(
         options, report.isRevealed, [&] { return FleetJson(report); },
-        [&] { return FleetPage(report, options.pages, FolderOf(options.htmlFile)); });
+        [&] { return FleetPage(report, options.pages, FolderOf(options.htmlFile.string())); });
     const auto isShown = [](const PhoneRow& row) { return row.error.empty(); };
     if (std::none_of(report.phones.begin(), report.phones.end(), isShown))
         return kNotDone;
@@ -182,7 +178,7 @@ int RunDiff(const Options& options, const std::vector<std::string>& images)
     return WriteReport(options, RunFleet(images, fleet, std::cerr));
 }
 
-int RunPreview(Options options, const std::vector<std::string>& images)
+int RunPreview(const Options& options, const std::vector<std::string>& images)
 {
     Approved approved; // read before a new JSON takes its place
     if (!options.expectedFile.empty())
@@ -195,8 +191,7 @@ int RunPreview(Options options, const std::vector<std::string>& images)
             throw ToolError("--expect and --save-phone take one IMAGE");
         return WriteReport(options, RunFleet(images, FleetOptionsOf(options, request), std::cerr));
     }
-    options.words = images;
-    return PreviewOne(options, request, approved);
+    return PreviewOne(images.front(), options, request, approved);
 }
 
 int Run(const Options& options)

@@ -14,7 +14,6 @@
 #include "phoneImage/imageCopy.h"
 #include "phoneImage/phoneFolder.h"
 #include "phoneImage/scratch.h"
-#include "phoneImage/toolError.h"
 
 namespace fs = std::filesystem;
 
@@ -72,10 +71,7 @@ class UpgradedPhone
 public:
     explicit UpgradedPhone(const std::string& firmware)
     {
-        const fs::path trees = OpenImage(firmware, scratch_.Path("firmware"));
-        if (!fs::is_directory(fs::symlink_status(trees / "phone")))
-            throw ToolError("the firmware has no folder phone: " + firmware);
-        CopyPhone(trees, phone_);
+        CopyPhone(OpenFirmware(firmware, scratch_.Path("firmware")), phone_);
     }
 
     /// @param trees    of a phone

@@ -79,13 +79,6 @@ std::string Report(const Options& options, const ImagesResult& result)
     return TextReport(options.input.table, result);
 }
 
-Severity SeverityNamed(const std::string& name)
-{
-    if (name == "error")
-        return Severity::Error;
-    return name == "warning" ? Severity::Warning : Severity::Note;
-}
-
 int Check(const Options& options)
 {
     ImagesResult result = CheckImages(options.input, FindImages(options.roots), options.firmware);
@@ -93,7 +86,7 @@ int Check(const Options& options)
         std::cerr << kName << Printable(failed.image + ": " + failed.reason) << '\n';
     if (result.images == 0 && !result.failed.empty())
         return kNotChecked;
-    KeepFrom(SeverityNamed(options.least), result.findings);
+    KeepFrom(SeverityNamed(options.least).value(), result.findings); // the option takes no other word
     std::cout << Report(options, result) << std::flush;
     if (!std::cout)
         throw ToolError("the report cannot be written");

@@ -71,7 +71,7 @@ class CommandLine(previewTool.PreviewTest):
                           ["--program", "/no\x1b", image, "all"], ["--json", "/no/\x1b", image, "all"]):
             with self.subTest(arguments):
                 result = previewTool.run(*arguments, *([] if "all" in arguments else [image, "all"]))
-                # "a\x1bll" is taken for a further image, which does not exist.
+                # "a\x1bll" is read as a further image, which does not exist.
                 status = previewTool.FAILS if arguments[0] == image else previewTool.NOT_DONE
                 self.assertEqual(result.returncode, status)
                 self.assertIn("\\x1b", result.stderr)

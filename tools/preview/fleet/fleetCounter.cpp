@@ -27,23 +27,19 @@ void TakeExample(std::string& example, const std::string& image)
         example = image;
 }
 
-template <typename Enum, typename Word>
-Enum Named(std::initializer_list<Enum> all, const Word& wordOf, const std::string& name)
+template <typename Enum>
+Enum Known(const std::optional<Enum>& named, const std::string& name)
 {
-    const auto found = std::find_if(all.begin(), all.end(), [&](Enum each) { return wordOf(each) == name; });
-    if (found == all.end())
+    if (!named)
         throw ToolError("a line has the unknown word " + name);
-    return *found;
+    return *named;
 }
 
-Severity SeverityNamed(const std::string& name)
+std::optional<ChangeKind> KindNamed(const std::string& name)
 {
-    return Named({Severity::Note, Severity::Warning, Severity::Error}, SeverityName, name);
-}
-
-ChangeKind KindNamed(const std::string& name)
-{
-    return Named({ChangeKind::Added, ChangeKind::Changed, ChangeKind::Emptied, ChangeKind::Removed}, KindWord, name);
+    const auto found = std::find_if(std::begin(kChangeKinds), std::end(kChangeKinds),
+                                    [&name](ChangeKind kind) { return KindWord(kind) == name; });
+    return found == std::end(kChangeKinds) ? std::nullopt : std::optional(*found);
 }
 
 /// "a pass stopped early" of "a pass stopped early: the table does not load".
@@ -139,7 +135,8 @@ void FleetCounter::AddWarnings(const json& warnings, bool isGone, PhoneRow& row)
         RuleCount& count = rules_[{isGone, rule}];
         count.rule = rule;
         count.isGone = isGone;
-        count.severity = SeverityNamed(TextOf(warning, "severity"));
+        const std::string severity = TextOf(warning, "severity");
+        count.severity = Known(SeverityNamed(severity), severity);
         count.title = TitleOf(TextOf(warning, "text"));
         if (!isGone)
             ++row.bySeverity[static_cast<std::size_t>(count.severity)];
@@ -162,7 +159,8 @@ void FleetCounter::AddChanges(const json& changes, PhoneRow& row)
         PlaceCount& place = places_[key];
         std::tie(place.file, place.section, place.key) = key;
         place.isXml = change.contains("times");
-        ++place.byKind[KindNamed(TextOf(change, "kind"))];
+        const std::string kind = TextOf(change, "kind");
+        ++place.byKind[Known(KindNamed(kind), kind)];
         AddValue(change, row.image, place);
         if (!seen.insert(key).second)
             continue;
@@ -234,33 +232,4 @@ FleetReport FleetCounter::Take()
     }
     *this = FleetCounter();
     return report;
-}
-
-std::string PlaceText(const std::string& file, const std::string& section, const std::string& key)
-{
-    return file + " [" + section + "] " + key;
-}
-
-std::string PlaceText(const PlaceCount& place)
-{
-    if (place.section.empty() && place.key.empty())
-        return place.file;
-    if (!place.isXml)
-        return PlaceText(place.file, place.section, place.key);
-    return place.file + " " + place.section + (place.key.empty() ? "" : " " + place.key);
-}
-
-std::string SummaryOf(const FleetReport& report)
-{
-    const std::string phones =
-        std::to_string(report.phones.size()) + " phones, mode " + Join(report.modes, ", then ") + ": ";
-    if (report.isDifference) {
-        const auto differ = std::count_if(report.phones.begin(), report.phones.end(),
-                                          [](const PhoneRow& row) { return row.places != 0; });
-        return phones + std::to_string(differ) + " end different";
-    }
-    std::vector<std::string> words;
-    for (std::size_t i = 0; i < kEndingCount; ++i)
-        words.push_back(std::to_string(report.byEnding[i]) + " " + kEndingWords[i]);
-    return phones + Join(words);
 }
