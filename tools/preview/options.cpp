@@ -161,7 +161,8 @@ void DescribeRuns(CLI::App& app, Arguments& given, Options& options)
 {
     app.add_flag("--reveal-secrets", given.isRevealed, "show passwords, PINs and keys instead of hiding them");
     AddFile(app, "--jsonl", options.log, "write a line for each phone to this file, and go on where it ends");
-    app.add_option("-j,--jobs", options.jobs, "number of images to process in parallel (default: number of processors)")
+    app.add_option("-j,--jobs", options.jobs,
+                   "number of images to process in parallel (default: twice the number of processors)")
         ->option_text("NUMBER")
         ->check(CLI::Range(1u, 256u));
     app.add_option("--firmware", options.firmware, "replace the /phone of each image by that of this folder or archive")
@@ -213,7 +214,7 @@ OptionsResult ReadOptions(int argumentCount, const char* const* arguments, Optio
     CLI::App app("Shows what an upgrade will do to a phone: runs kestrune on a copy of its backup.",
                  "kestrune-preview");
     Arguments given;
-    options.jobs = std::max(1u, std::thread::hardware_concurrency());
+    options.jobs = 2 * std::max(1u, std::thread::hardware_concurrency()); // the programs of a phone wait for each other
     options.command = CommandOf(argumentCount, arguments);
     const int skipped = options.command == Command::Preview ? 0 : 1;
     Describe(app, given, options);
