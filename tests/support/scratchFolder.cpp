@@ -7,7 +7,7 @@
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
-#include <iterator>
+#include <sstream>
 
 namespace fs = std::filesystem;
 
@@ -36,7 +36,9 @@ std::string ReadBytes(const std::string& path)
 {
     std::ifstream file(path, std::ios::binary);
     EXPECT_TRUE(file.is_open()) << "cannot read " << path;
-    return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+    std::ostringstream bytes; // block by block, unlike an iterator
+    bytes << file.rdbuf();
+    return bytes.str();
 }
 
 void WriteBytes(const std::string& path, const std::string& bytes)
