@@ -21,7 +21,7 @@ struct CIniConfigInfo {
 
 constexpr char kEntryListFile[] = "/phone/resource/encryptconfig.xml";
 
-/// The device's list of enciphered entries (docs/encryptconfig.md).
+/// The device's list of enciphered entries (docs/passes.md).
 class CConfigMapper
 {
 public:
