@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-# Installed files, in the GNU folders. Nothing is started or enabled: docs/installation.md describes how to do that.
+# Installed files, in the GNU folders. Nothing is started or enabled: docs/your-phone.md describes how to do that.
 
 include(GNUInstallDirs)
 set(KESTRUNE_SYSTEMD_UNIT_DIR "lib/systemd/system" CACHE STRING "Folder for the systemd units, under the prefix")

@@ -42,8 +42,8 @@ def replace_once(text, old, new):
 
 
 def documented_block(part):
-    """The only block of commands or settings that contains this part, on the page that describes the installation."""
-    blocks = re.findall(r"(?ms)^```(?:sh|ini)\n(.*?)^```$", (SOURCE / "docs" / "installation.md").read_text())
+    """The only block of commands or settings that contains this part, on the page that describes how to start the program."""
+    blocks = re.findall(r"(?ms)^```(?:sh|ini)\n(.*?)^```$", (SOURCE / "docs" / "your-phone.md").read_text())
     (found,) = [block for block in blocks if part in block]
     return found
 

@@ -56,7 +56,7 @@ lay new-account.cfg /config/user/voip/sipAccount16.cfg
 
 def documented_commands():
     """The only block of commands that calls the script for each mode, with a step of the firmware."""
-    blocks = re.findall(r"(?ms)^```sh\n(.*?)^```$", (phones.PROJECT / "docs" / "installation.md").read_text())
+    blocks = re.findall(r"(?ms)^```sh\n(.*?)^```$", (phones.PROJECT / "docs" / "your-phone.md").read_text())
     (found,) = [block for block in blocks if "start 1\n" in block]
     return found
 

@@ -2,7 +2,7 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""The two commands of README.md that spread a fleet over machines, run with two SSH servers of this one."""
+"""The two commands of docs/preview.md that spread a fleet over machines, run with two SSH servers of this one."""
 
 import contextlib
 import os
@@ -80,7 +80,7 @@ def wait_for(name, variables, started):
 
 class FleetHosts(previewTool.PreviewTest):
     def test_the_readme_has_these_commands(self):
-        lines = (previewTool.PROJECT / "README.md").read_text().replace("\\\n", " ").splitlines()
+        lines = (previewTool.PROJECT / "docs" / "preview.md").read_text().replace("\\\n", " ").splitlines()
         for line in lines:
             if "--sshlogin" in line:
                 self.assertEqual(" ".join(line.split()), SPREAD)
