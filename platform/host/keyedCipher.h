@@ -10,16 +10,25 @@
 /// The device's key.
 constexpr char kCipherKeyFile[] = "/phone/factory/certs/pwcipher.key";
 
+/// What the development key, which is public, may do on a phone without a key file. It always deciphers: what it once
+/// enciphered would otherwise be lost to the phone.
+enum class DevelopmentKey { MayEncipher, OnlyDeciphers };
+
 /// The password cipher with the key of any file, for programs that examine a phone's files from outside.
 /// `pw_data_encrypt` and `pw_data_decrypt` call this with the device's key.
 class KeyedCipher
 {
 public:
-    /// Called once with the problem of a key that is used nevertheless.
+    /// Called with the problem of a key file that is used nevertheless, and when the first text would be enciphered
+    /// without one; each at most once.
     using Warn = void (*)(const std::string& text);
 
     /// @param keyFile  not copied; read when the first text needs the key
-    explicit KeyedCipher(const char* keyFile, Warn warn = nullptr) : keyFile_(keyFile), warn_(warn) {}
+    explicit KeyedCipher(const char* keyFile, Warn warn = nullptr,
+                         DevelopmentKey developmentKey = DevelopmentKey::MayEncipher)
+        : keyFile_(keyFile), warn_(warn), developmentKey_(developmentKey)
+    {
+    }
     KeyedCipher(const KeyedCipher&) = delete;
     KeyedCipher& operator=(const KeyedCipher&) = delete;
 
@@ -33,11 +42,15 @@ private:
     struct KeySchedule {
         siv_cmac_aes256_ctx context;
         bool isUsable;
+        bool isDevelopment;
     };
     const KeySchedule& Key() const;
+    bool MayEncipher() const;
 
     const char* keyFile_;
     Warn warn_;
+    DevelopmentKey developmentKey_;
+    mutable bool isDevelopmentKeyWarnedOf_ = false;
     // Read once: the key never changes while a program runs, and every value of the table pass needs it.
     mutable std::optional<KeySchedule> key_;
 };

@@ -11,7 +11,7 @@
 namespace
 {
 
-/// Used on developers' machines and on phones without a key of their own. It protects nothing.
+/// Used on developers' machines and on phones without a key of their own. It is public: it protects nothing.
 CipherKey DevelopmentKey()
 {
     CipherKey key = {};
@@ -49,30 +49,23 @@ bool ParseKey(const std::string& text, CipherKey& key)
     return true;
 }
 
-void Warn(std::string* warning, const std::string& text)
-{
-    if (warning != nullptr)
-        *warning = text;
-}
-
 } // namespace
 
-bool LoadCipherKey(const char* path, CipherKey& key, std::string* warning)
+CipherKeyKind LoadCipherKey(const char* path, CipherKey& key, std::string* warning)
 {
     std::string text;
     struct stat status = {};
     switch (ReadFile(path, text, &status)) {
     case ReadResult::Missing:
-        Warn(warning, std::string("no cipher key ") + path + ": passwords are not protected");
         key = DevelopmentKey();
-        return true;
+        return CipherKeyKind::Development;
     case ReadResult::Unreadable:
     case ReadResult::TooLarge:
-        return false;
+        return CipherKeyKind::Unusable;
     case ReadResult::Done:
         break;
     }
-    if ((status.st_mode & (S_IWGRP | S_IWOTH)) != 0)
-        Warn(warning, std::string("others may write the cipher key ") + path);
-    return ParseKey(text, key);
+    if (warning != nullptr && (status.st_mode & (S_IWGRP | S_IWOTH)) != 0)
+        *warning = std::string("others may write the cipher key ") + path;
+    return ParseKey(text, key) ? CipherKeyKind::Own : CipherKeyKind::Unusable;
 }

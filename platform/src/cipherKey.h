@@ -11,10 +11,15 @@
 constexpr std::size_t kCipherKeySize = 64;
 using CipherKey = std::array<std::uint8_t, kCipherKeySize>;
 
+enum class CipherKeyKind {
+    Unusable,    ///< the file exists but is malformed or unreadable
+    Development, ///< there is no file: the fixed development key, which is public
+    Own,         ///< that of the file
+};
+
 /// Reads the key file: 128 hexadecimal digits, white space ignored.
 ///
-/// @param key  receives the key; the fixed development key if the file is missing; unchanged on failure
-/// @param warning  receives the problem of a key that is used all the same: the file is missing, or other users may
-///                 write to it; unchanged otherwise; may be null
-/// @return false if the file exists but is malformed or unreadable
-[[nodiscard]] bool LoadCipherKey(const char* path, CipherKey& key, std::string* warning = nullptr);
+/// @param key      receives the key; unchanged if it is unusable
+/// @param warning  receives the problem of a file that is used nevertheless: other users may write to it; unchanged
+///                 otherwise; may be null
+[[nodiscard]] CipherKeyKind LoadCipherKey(const char* path, CipherKey& key, std::string* warning = nullptr);

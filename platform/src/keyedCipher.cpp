@@ -79,7 +79,7 @@ int KeyedCipher::Encrypt(const char* text, char* output) const
         output[0] = '\0';
         return 0;
     }
-    if (plain.size() > kLongestPassword || !IsSevenBit(text) || !Key().isUsable)
+    if (plain.size() > kLongestPassword || !IsSevenBit(text) || !MayEncipher())
         return FailToEncrypt(text, output);
 
     Bytes message(kIvSize + plain.size());
@@ -120,7 +120,9 @@ const KeyedCipher::KeySchedule& KeyedCipher::Key() const
         KeySchedule made = {};
         CipherKey key = {};
         std::string warning;
-        made.isUsable = LoadCipherKey(keyFile_, key, &warning);
+        const CipherKeyKind kind = LoadCipherKey(keyFile_, key, &warning);
+        made.isUsable = kind != CipherKeyKind::Unusable;
+        made.isDevelopment = kind == CipherKeyKind::Development;
         if (warn_ != nullptr && !warning.empty())
             warn_(warning);
         if (made.isUsable)
@@ -128,4 +130,17 @@ const KeyedCipher::KeySchedule& KeyedCipher::Key() const
         key_ = made;
     }
     return *key_;
+}
+
+/// Warns here and not where the key is read: the table pass tries to decipher every value, which discloses nothing.
+bool KeyedCipher::MayEncipher() const
+{
+    if (!Key().isDevelopment)
+        return Key().isUsable;
+    const bool isAllowed = developmentKey_ == DevelopmentKey::MayEncipher;
+    if (warn_ != nullptr && !isDevelopmentKeyWarnedOf_)
+        warn_(std::string("no cipher key ") + keyFile_ +
+              (isAllowed ? ": passwords are not protected" : ": passwords are not enciphered"));
+    isDevelopmentKeyWarnedOf_ = true;
+    return isAllowed;
 }

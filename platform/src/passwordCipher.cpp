@@ -9,6 +9,12 @@
 namespace
 {
 
+#ifdef KESTRUNE_REFUSE_DEVELOPMENT_KEY
+constexpr DevelopmentKey kDevelopmentKey = DevelopmentKey::OnlyDeciphers;
+#else
+constexpr DevelopmentKey kDevelopmentKey = DevelopmentKey::MayEncipher;
+#endif
+
 void WarnInSystemLog(const std::string& text)
 {
     WriteToSystemLog(kSystemLogWarning, text);
@@ -17,7 +23,7 @@ void WarnInSystemLog(const std::string& text)
 /// Static, so that the key is read once per run.
 const KeyedCipher& DeviceCipher()
 {
-    static const KeyedCipher cipher(kCipherKeyFile, &WarnInSystemLog);
+    static const KeyedCipher cipher(kCipherKeyFile, &WarnInSystemLog, kDevelopmentKey);
     return cipher;
 }
 

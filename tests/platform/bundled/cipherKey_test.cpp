@@ -37,7 +37,7 @@ CipherKey FilledKey()
 void ExpectMalformed(const std::string& path)
 {
     CipherKey key = FilledKey();
-    EXPECT_FALSE(LoadCipherKey(path.c_str(), key));
+    EXPECT_EQ(LoadCipherKey(path.c_str(), key), CipherKeyKind::Unusable);
     EXPECT_EQ(key, FilledKey());
 }
 
@@ -80,7 +80,7 @@ TEST(CipherKey, A128DigitFileIsTheKey)
         const ScratchFolder folder;
         WriteBytes(folder.Path("key"), text);
         CipherKey key = FilledKey();
-        EXPECT_TRUE(LoadCipherKey(folder.Path("key").c_str(), key));
+        EXPECT_EQ(LoadCipherKey(folder.Path("key").c_str(), key), CipherKeyKind::Own);
         EXPECT_EQ(key, CountingKey());
     }
 }
@@ -90,13 +90,13 @@ TEST(CipherKey, WithoutAFileTheDevelopmentKeyIsUsed)
     const ScratchFolder folder;
     for (const char* name : {"missing", "missing/key"}) {
         CipherKey key = FilledKey();
-        EXPECT_TRUE(LoadCipherKey(folder.Path(name).c_str(), key));
+        EXPECT_EQ(LoadCipherKey(folder.Path(name).c_str(), key), CipherKeyKind::Development);
         for (std::size_t n = 0; n < key.size(); ++n)
             EXPECT_EQ(key[n], (7 * n + 3) % 256) << n;
     }
 }
 
-TEST(CipherKey, AKeyThatProtectsNothingIsWarnedOf)
+TEST(CipherKey, AKeyThatOthersMayWriteIsWarnedOf)
 {
     struct Row {
         mode_t mode;
@@ -111,15 +111,11 @@ TEST(CipherKey, AKeyThatProtectsNothingIsWarnedOf)
         ASSERT_EQ(chmod(path.c_str(), row.mode), 0);
         CipherKey key = FilledKey();
         std::string warning = "as it was";
-        EXPECT_TRUE(LoadCipherKey(path.c_str(), key, &warning));
+        EXPECT_EQ(LoadCipherKey(path.c_str(), key, &warning), CipherKeyKind::Own);
         EXPECT_EQ(key, CountingKey()) << "it is used all the same";
         EXPECT_EQ(warning, row.isWarnedOf ? "others may write the cipher key " + path : "as it was")
             << std::oct << row.mode;
     }
-    CipherKey key = FilledKey();
-    std::string warning;
-    EXPECT_TRUE(LoadCipherKey(folder.Path("missing").c_str(), key, &warning));
-    EXPECT_EQ(warning, "no cipher key " + folder.Path("missing") + ": passwords are not protected");
 }
 
 TEST(CipherKey, AMalformedFileGivesNoKey)
