@@ -11,7 +11,4 @@ set(CMAKE_CXX_COMPILER arm-linux-gnueabihf-g++)
 set(CMAKE_LIBRARY_ARCHITECTURE arm-linux-gnueabihf)
 set(CMAKE_CROSSCOMPILING_EMULATOR /usr/bin/qemu-arm-static)
 
-# Here and in the presets for this machine, so that it does not hold for a vendor's compiler, which may warn of more.
-set(CMAKE_COMPILE_WARNING_AS_ERROR ON)
-
 set(ENV{PKG_CONFIG_LIBDIR} /usr/lib/${CMAKE_LIBRARY_ARCHITECTURE}/pkgconfig:/usr/share/pkgconfig)
