@@ -14,11 +14,15 @@ SOURCE = pathlib.Path(__file__).resolve().parents[2]
 SKIPPED = 77
 
 
+def skip(reason):
+    print(f"SKIPPED: {reason}")
+    sys.exit(SKIPPED)
+
+
 def need(*tools):
     for tool in tools:
         if shutil.which(tool) is None:
-            print(f"SKIPPED: {tool} is not installed")
-            sys.exit(SKIPPED)
+            skip(f"{tool} is not installed")
 
 
 def take_arguments():
