@@ -43,6 +43,5 @@ class LinkedLibraries(unittest.TestCase):
 if __name__ == "__main__":
     packaging.need("dpkg-query", "ninja", "readelf", "reuse")
     (BUILD,) = packaging.take_arguments()
-    if "\nVERSION_ID=\"12\"\n" not in pathlib.Path("/etc/os-release").read_text():
-        packaging.skip("the page lists the versions of Debian 12")
+    packaging.need_debian_12()
     packaging.main()

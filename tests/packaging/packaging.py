@@ -25,6 +25,12 @@ def need(*tools):
             skip(f"{tool} is not installed")
 
 
+def need_debian_12():
+    """For tests of libraries, notices and versions as Debian 12 has them."""
+    if '\nVERSION_ID="12"\n' not in pathlib.Path("/etc/os-release").read_text():
+        skip("this is not Debian 12")
+
+
 def take_arguments():
     """The paths and texts after the test's name; the others are for unittest."""
     arguments = sys.argv[1:]
