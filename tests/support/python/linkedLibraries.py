@@ -37,10 +37,16 @@ def listed():
 
 
 @functools.cache
+def installed():
+    """For each installed Debian package, as dpkg names it: its name, its source package and its version."""
+    text = output_of("dpkg-query", "-W", "-f", "${binary:Package} ${Package} ${source:Package} ${Version}\n")
+    return {line.split()[0]: line.split()[1:] for line in text.splitlines() if len(line.split()) == 4}
+
+
 def source_of(package):
     """Debian's packages for its cross compilers repeat native ones, whose source they do not name."""
     native = re.sub(r"-\w+-cross$", "", package)
-    return output_of("dpkg-query", "-W", "-f", "${source:Package}\n", native).split()[0]
+    return next(source for name, source, _ in installed().values() if name == native)
 
 
 def by_source(patterns):
@@ -48,10 +54,10 @@ def by_source(patterns):
     if not patterns:
         return {}
     found = {}
-    owners = {line.rsplit(": ", 1)[0].split(", ")[0] for line in output_of("dpkg", "-S", *patterns).splitlines()}
+    owners = {line.rsplit(": ", 1)[0].split(", ")[0] for line in output_of("dpkg", "-S", *sorted(patterns)).splitlines()}
     for owner in sorted(owners):
-        package = owner.split(":")[0]
-        found.setdefault(source_of(package), (package, output_of("dpkg-query", "-W", "-f", "${Version}", owner)))
+        package, _, version = installed()[owner]
+        found.setdefault(source_of(package), (package, version))
     return found
 
 
