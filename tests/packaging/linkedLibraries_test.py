@@ -39,6 +39,12 @@ class LinkedLibraries(unittest.TestCase):
             output = packaging.run(["reuse", "--root", folder, "lint"])[1]
         self.assertIn("\n* Bad licenses:\n", output)
 
+    def test_the_packages_contain_the_notices_for_what_is_compiled_in(self):
+        notices = (packaging.SOURCE / "packaging" / "debian" / "copyright").read_text()
+        for row in self.listed.values():
+            if "headers" in row.uses.values() and re.match("MIT|BSD", row.licence):
+                self.assertRegex(notices, rf"Comment: Headers? of {re.escape(row.name)}, compiled into ")
+
 
 if __name__ == "__main__":
     packaging.need("dpkg-query", "ninja", "readelf", "reuse")
