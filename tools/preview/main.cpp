@@ -5,6 +5,7 @@
 #include <clocale>
 #include <csignal>
 #include <iostream>
+#include <malloc.h>
 #include <nlohmann/json.hpp>
 #include <optional>
 
@@ -212,6 +213,7 @@ int main(int argumentCount, char** arguments)
     (void)std::setlocale(LC_CTYPE, "C.UTF-8"); // names in archives; without it those outside of ASCII are refused
     (void)std::signal(SIGPIPE, SIG_IGN);       // the write fails instead, which is reported
     (void)std::signal(SIGXFSZ, SIG_IGN);
+    (void)mallopt(M_ARENA_MAX, 1); // one heap for each thread would keep what only one phone needed
     try {
         RemoveTemporariesWhenInterrupted(); // copies of phones hold secrets
         Options options;
