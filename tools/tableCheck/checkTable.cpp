@@ -73,6 +73,8 @@ void CheckRecords(const TiXmlDocument& table, const EntryList* list, ImageRules*
         ApplySuppressions(*record.element, found);
         findings.insert(findings.end(), found.begin(), found.end());
     }
+    if (image != nullptr && list != nullptr && !list->converted.empty())
+        image->CheckPasswordPass(table.RootElement() == nullptr ? 1 : table.RootElement()->Row(), findings);
 }
 
 } // namespace

@@ -20,10 +20,13 @@ const std::vector<Cause>& Causes()
 {
     static const std::vector<Cause> causes = {
         // The pass ends, and nothing else in the record counts.
-        {"KT006", {"KT005", "KT010", "KT011", "KT012", "KT013", "KT014", "KT017", "KT018", "KT020", "KT030", "KT037"}},
-        {"KT005", {"KT018", "KT025"}},          // no source on any phone
-        {"KT017", {"KT023", "KT024", "KT025"}}, // no key of that name on any phone
-        {"KT034", {"KT022", "KT023", "KT025"}}, // no file of that name on any phone
+        {"KT006",
+         {"KT005", "KT010", "KT011", "KT012", "KT013", "KT014", "KT017", "KT018", "KT020", "KT030", "KT037", "KT040"}},
+        {"KT005", {"KT018", "KT025"}},                   // no source on any phone
+        {"KT017", {"KT023", "KT024", "KT025", "KT040"}}, // no key of that name on any phone
+        {"KT026", {"KT040"}},                            // enciphered at no place
+        {"KT027", {"KT040"}},                            // enciphered at no place
+        {"KT034", {"KT022", "KT023", "KT025", "KT040"}}, // no file of that name on any phone
     };
     return causes;
 }

@@ -8,7 +8,9 @@
 
 #include "fileKinds.h"
 #include "iniFile.h"
+#include "integerText.h"
 #include "passwordCipher.h"
+#include "phoneFacts.h"
 #include "phoneImage/phoneFolder.h"
 #include "quotedText.h"
 #include "requireReadable.h"
@@ -37,6 +39,8 @@ void ImageRules::Check(const TableRecord& record, Findings& findings)
 {
     if (NamesNoFile(record.destinationFile))
         return; // the pass ends here on every phone
+    if (record.isEnciphered && record.source)
+        CheckKey(record.Line(), findings);
     ImageFile* file = Find(record.destinationFile);
     if (file == nullptr) {
         findings.push_back(
@@ -49,11 +53,30 @@ void ImageRules::Check(const TableRecord& record, Findings& findings)
             {"KT031", AttributeLine(*record.element, "dstFile"),
              QuotedText(record.destinationFile) + " is no configuration file in the image: the key is appended to it"});
     Source source = ReadSource(record, findings);
+    if (IsEnciphered(source.value))
+        std::erase_if(findings, [](const Finding& finding) { return finding.rule == "KT040"; }); // it stays so
     if (!record.isEnciphered)
         CheckStaysEnciphered(record, source.value, findings);
     else if (IsLostToCipher(record, source.value, findings))
         source.written.clear();
     Write(record, source, *file, findings);
+}
+
+void ImageRules::CheckPasswordPass(int line, Findings& findings)
+{
+    const ImageFile* factory = Find(kFactoryUserIni);
+    const std::string* lock = factory == nullptr ? nullptr : factory->Find(kLockSection, kLockKey);
+    if (lock != nullptr && ParseInt32(lock->c_str()) != 0)
+        CheckKey(line, findings);
+}
+
+/// One finding for the whole image, so that one comment suppresses it.
+void ImageRules::CheckKey(int line, Findings& findings)
+{
+    if (keyFile_.empty() && !isKeyReported_)
+        findings.push_back(
+            {"KT039", line, "the image has no cipher key: the development key, which is public, enciphers"});
+    isKeyReported_ = true;
 }
 
 ImageRules::Source ImageRules::ReadSource(const TableRecord& record, Findings& findings)
@@ -75,14 +98,19 @@ ImageRules::Source ImageRules::ReadSource(const TableRecord& record, Findings& f
     return {"", "", "KT024", record.Line(), "the image has no key " + Describe(from)};
 }
 
+bool ImageRules::IsEnciphered(const std::string& value) const
+{
+    char output[kPasswordBufferSize] = {};
+    return !value.empty() && cipher_.Decrypt(value.c_str(), output) == 0;
+}
+
 /// The value itself can show that it is a secret where neither list nor table does.
 void ImageRules::CheckStaysEnciphered(const TableRecord& record, const std::string& value, Findings& findings) const
 {
     const bool isFound = std::any_of(findings.begin(), findings.end(), [](const Finding& finding) {
         return finding.rule == "KT013" || finding.rule == "KT030";
     });
-    char output[kPasswordBufferSize] = {};
-    if (!isFound && !value.empty() && cipher_.Decrypt(value.c_str(), output) == 0)
+    if (!isFound && IsEnciphered(value))
         findings.push_back({"KT030", record.Line(),
                             "the value is enciphered on this phone, and " + Describe(record.destination) +
                                 " gets it plain, also on a locked phone"});

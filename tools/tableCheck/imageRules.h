@@ -30,6 +30,11 @@ public:
     /// @param findings  holds what the other rules found in this record
     void Check(const TableRecord& record, Findings& findings);
 
+    /// Checks what the password pass does, after the last record.
+    ///
+    /// @param line  of the table's root, where it is reported
+    void CheckPasswordPass(int line, Findings& findings);
+
 private:
     /// What a record reads, and what to report where that empties the destination.
     struct Source {
@@ -41,7 +46,9 @@ private:
     };
 
     Source ReadSource(const TableRecord& record, Findings& findings);
+    bool IsEnciphered(const std::string& value) const;
     void CheckStaysEnciphered(const TableRecord& record, const std::string& value, Findings& findings) const;
+    void CheckKey(int line, Findings& findings);
     bool IsLostToCipher(const TableRecord& record, const std::string& value, Findings& findings) const;
     void Write(const TableRecord& record, const Source& source, ImageFile& file, Findings& findings);
     ImageFile* Find(const std::string& devicePath);
@@ -50,6 +57,7 @@ private:
     const PhoneFolder& phone_;
     std::string keyFile_; ///< before the cipher, which keeps its address
     KeyedCipher cipher_;
+    bool isKeyReported_ = false;
     std::map<std::string, ImageFile*> files_; ///< by device path; null: missing or does not load
     std::map<std::string, ImageFile> loaded_; ///< by path on this machine: links of the phone lead to one file
 };

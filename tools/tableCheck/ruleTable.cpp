@@ -173,6 +173,19 @@ const std::vector<Rule>& Rules()
          "but would hide a mistake that is made later. Rules about the list of enciphered entries or an image do not "
          "count: they depend on the phone.",
          "Remove the rule from the comment."},
+        {"KT039", Severity::Error, "No cipher key",
+         "The image has no /phone/factory/certs/pwcipher.key, and the table or the password pass enciphers. Without "
+         "that file the key is one that everyone can read in the program's source: on a locked phone the passwords "
+         "only look enciphered.",
+         "Give each phone a key of its own. For backups that leave it out, put one into the folder for --firmware.",
+         Basis::Phone},
+        {"KT040", Severity::Warning, "Moved secret stays plain at its old place",
+         "The record keeps a secret enciphered at its new place. The old key is never removed, no record enciphers it "
+         "where it is, and no active entry of the list covers it: if it was plain, it is so on a locked phone as "
+         "well. An entry of the list that is not active says that the phone keeps a place plain on purpose.",
+         "Before this record, rewrite the old place with a record that has only a source and srcEncrypt, and add the "
+         "place to the list.",
+         Basis::Phone},
     };
     return rules;
 }

@@ -30,6 +30,7 @@ SecretRules::SecretRules(const std::vector<TableRecord>& records, const EntryLis
     for (const TableRecord& record : records) {
         if (!record.isEnciphered)
             continue;
+        enciphered_.insert(record.destination);
         secrets_.emplace(record.destination, RecordAt(record) + " writes it enciphered");
         if (record.source)
             secrets_.emplace(*record.source, RecordAt(record) + " enciphers its value");
@@ -62,10 +63,17 @@ void SecretRules::FollowMoves(const std::vector<TableRecord>& records)
 void SecretRules::Check(const TableRecord& record, Findings& findings) const
 {
     const bool isConverted = list_ != nullptr && list_->converted.count(record.destination) != 0;
-    if (record.isEnciphered || isConverted || !record.source)
+    if (!record.source)
         return;
     const Place& from = *record.source;
     const Place& to = record.destination;
+    if (record.isEnciphered || isConverted) {
+        if (list_ != nullptr && !record.IsInPlace() && IsLeftAsItIs(from))
+            findings.push_back({"KT040", record.Line(),
+                                Describe(from) + " keeps the secret that " + Describe(to) +
+                                    " gets, and no record or entry enciphers it there"});
+        return;
+    }
     if (const auto secret = secrets_.find(from); secret != secrets_.end())
         findings.push_back({"KT030", record.Line(),
                             Describe(from) + " holds a secret (" + secret->second + "), and " + Describe(to) +
@@ -75,6 +83,13 @@ void SecretRules::Check(const TableRecord& record, Findings& findings) const
         findings.push_back({"KT037", record.Line(),
                             Describe(from) + " seems to hold a secret, and " + Describe(to) +
                                 " gets it plain, also on a locked phone"});
+}
+
+/// The firmware's own files and those in /tmp are not the phone's settings.
+bool SecretRules::IsLeftAsItIs(const Place& place) const
+{
+    return place.file.starts_with("/config/") && list_->converted.count(place) == 0 && enciphered_.count(place) == 0 &&
+           !IsPlainOnPurpose(place);
 }
 
 bool SecretRules::IsPlainOnPurpose(const Place& place) const

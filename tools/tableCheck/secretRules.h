@@ -4,13 +4,14 @@
 #pragma once
 
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
 #include "entryList.h"
 #include "finding.h"
 
-/// Rules about secrets that a record leaves plain where the password pass never enciphers them.
+/// Rules about secrets that a record leaves plain, at their new or old place, where the password pass never enciphers them.
 class SecretRules
 {
 public:
@@ -22,8 +23,10 @@ public:
 
 private:
     void FollowMoves(const std::vector<TableRecord>& records);
+    bool IsLeftAsItIs(const Place& place) const;
     bool IsPlainOnPurpose(const Place& place) const;
 
     const EntryList* list_;
     std::map<Place, std::string> secrets_; ///< why each of these places holds a secret
+    std::set<Place> enciphered_;           ///< what records write enciphered
 };

@@ -126,11 +126,11 @@ TEST_F(CheckImages, WhatDoesNotDependOnTheImageHasNoCount)
     const std::string table = Table(kMoves + kMoves);
     EXPECT_EQ(CountsOf(JsonOf({"--root", In("a"), In("b"), table})), "KT028 at 2 on 1, KT010 at 3");
     EXPECT_EQ(CountsOf(JsonOf({"--root", In("a"), In("b"), "--entry-list", In("list.xml"), table})),
-              "KT013 at 2, KT028 at 2 on 1, KT010 at 3, KT013 at 3");
+              "KT013 at 2, KT028 at 2 on 1, KT040 at 2, KT010 at 3, KT013 at 3, KT040 at 3");
     fs::create_directories(In("b/phone/resource"));
     fs::copy(In("list.xml"), In("b/phone/resource/encryptconfig.xml"));
     EXPECT_EQ(CountsOf(JsonOf({"--root", In("a"), In("b"), table})),
-              "KT013 at 2 on 1, KT028 at 2 on 1, KT010 at 3, KT013 at 3 on 1");
+              "KT013 at 2 on 1, KT028 at 2 on 1, KT040 at 2 on 1, KT010 at 3, KT013 at 3 on 1, KT040 at 3 on 1");
 }
 
 TEST_F(CheckImages, WhatAListOfSomeImagesSettlesIsCountedOnTheOthers)
@@ -154,7 +154,7 @@ TEST_F(CheckImages, SizesOfValuesDoNotDivideAFinding)
     AddPhone("a", "L=\nK=" + std::string(160, 'x') + "\n");
     AddPhone("b", "L=\nK=" + std::string(171, 'y') + "\n");
     const Json report = JsonOf({"--root", In("a"), In("b"), table});
-    EXPECT_EQ(CountsOf(report), "KT026 at 2 on 2");
+    EXPECT_EQ(CountsOf(report), "KT026 at 2 on 2, KT039 at 2 on 2");
     EXPECT_THAT(report.at("findings").at(0).at("text"), testing::StartsWith("the value has 160 bytes, too many"));
 }
 

@@ -273,7 +273,8 @@ TEST(TableCheckReports, ANoteCanBeLeftOut)
 TEST(TableCheckReports, AnEntryListReplacesThatOfTheImage)
 {
     const ScratchFolder folder;
-    WriteBytes(folder.Path("list.xml"), "<l><e file='/config/user/user.ini' section='Audio' key='nNew'/></l>");
+    WriteBytes(folder.Path("list.xml"), "<l><e file='/config/user/user.ini' section='Audio' key='nNew'/>"
+                                        "<e file='/config/user/user.ini' section='Audio' key='nOld' active='0'/></l>");
     const std::string found = "rules/KT005.silent.xml:3: warning: [Audio] nNew of /config/user/user.ini is kept "
                               "enciphered, but the encrypt flag is off: it is written plain [KT013]\n";
     EXPECT_EQ(RunTableCheck({"rules/KT005.silent.xml"}).output, "");

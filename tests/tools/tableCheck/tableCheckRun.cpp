@@ -3,6 +3,7 @@
 
 #include "tableCheckRun.h"
 
+#include <filesystem>
 #include <unistd.h>
 
 #include "checkTable.h"
@@ -56,6 +57,13 @@ std::string SourcePath(const std::string& path)
 std::string TestPhone()
 {
     return SourcePath("tests/tools/tableCheck/phone");
+}
+
+void PutKeylessPhone(const std::string& folder)
+{
+    std::filesystem::copy(TestPhone(), folder,
+                          std::filesystem::copy_options::recursive | std::filesystem::copy_options::copy_symlinks);
+    std::filesystem::remove(folder + "/phone/factory/certs/pwcipher.key");
 }
 
 std::string TablePath(const Rule& rule, const std::string& kind)

@@ -28,6 +28,9 @@ std::string SourcePath(const std::string& path);
 /// A phone whose lock is on, with a list of enciphered entries.
 std::string TestPhone();
 
+/// Copies it without its cipher key into a folder.
+void PutKeylessPhone(const std::string& folder);
+
 /// @param kind  "fires" or "silent"
 std::string TablePath(const Rule& rule, const std::string& kind);
 

@@ -109,13 +109,56 @@ TEST(TableOnImage, TheKeyOfTheImageDecidesWhatIsEnciphered)
     const std::string table = TablePath(*FindRule("KT027"), "silent");
     EXPECT_EQ(Summary(Check(table)), "nothing");
     const ScratchFolder folder;
-    std::filesystem::copy(TestPhone(), folder.Path("phone"),
-                          std::filesystem::copy_options::recursive | std::filesystem::copy_options::copy_symlinks);
+    PutKeylessPhone(folder.Path("phone"));
+    // The development key does not decipher the token, which is too long for a plain text.
+    EXPECT_EQ(Summary(Check(table, folder.Path("phone"))), "KT039 at 3, KT027 at 5");
     const std::string key = folder.Path("phone/phone/factory/certs/pwcipher.key");
-    std::filesystem::remove(key); // the development key does not decipher the token, which is too long for a plain text
-    EXPECT_EQ(Summary(Check(table, folder.Path("phone"))), "KT027 at 5");
     WriteBytes(key, "no key");
     EXPECT_EQ(Summary(Check(table, folder.Path("phone"))), "KT027 at 3, KT027 at 5");
+}
+
+TEST(TableOnImage, AMissingKeyIsFoundOnceWhereSomethingIsEnciphered)
+{
+    struct Row {
+        const char* attributes; // of the record at line 2
+        const char* factoryLock;
+        const char* list;
+        const char* found;
+    };
+    const char* const kListed = "<e file='/config/user/user.ini' section='S' key='K'/>";
+    const char* const kInactive = "<e file='/config/user/user.ini' section='S' key='K' active='0'/>";
+    const Row rows[] = {
+        {"srcSec='S' srcKey='K' srcEncrypt='1'", "0", kListed, "KT039 at 2"},
+        {"srcSec='S' srcKey='K' srcEncrypt='1'", "1", kListed, "KT039 at 2"}, // once
+        {"srcSec='S' srcKey='A' dstKey='B'", "1", kListed, "KT039 at 1"},     // the password pass
+        {"srcSec='S' srcKey='A' dstKey='B'", "0", kListed, "nothing"},
+        {"srcSec='S' srcKey='A' dstKey='B'", "", kListed, "nothing"},
+        {"srcSec='S' srcKey='A' dstKey='B'", "1", kInactive, "nothing"},
+        {"srcSec='S' srcKey='A' dstKey='B' dstEncrypt='no'", "0", kListed, "nothing"},
+        {"srcKey='K' srcEncrypt='1' dstSec='S'", "0", kListed, "KT005 at 2"}, // an empty value
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(std::string(row.attributes) + " " + row.factoryLock + " " + row.list);
+        const ScratchFolder folder;
+        WriteBytes(folder.Path("config/user/user.ini"), "[S]\nK=\nA=1\nB=2\n");
+        WriteBytes(folder.Path("phone/factory/user/user.ini"),
+                   "[PhoneSetting]\nEnLock=" + std::string(row.factoryLock) + "\n");
+        WriteBytes(folder.Path("phone/resource/encryptconfig.xml"), "<l>" + std::string(row.list) + "</l>");
+        EXPECT_EQ(SummaryOf(Record(row.attributes), folder.Path()), row.found);
+        WriteBytes(folder.Path("phone/factory/certs/pwcipher.key"), std::string(128, '5'));
+        EXPECT_EQ(SummaryOf(Record(row.attributes), folder.Path()).find("KT039"), std::string::npos);
+    }
+}
+
+TEST(TableOnImage, AMissingKeyCanBeSuppressed)
+{
+    const std::string record = "<r srcFile='/config/user/user.ini' srcSec='Secret' srcKey='strOld' srcEncrypt='1'/>\n";
+    const std::string comment = "<!-- kestrune-table-check: ignore KT039 (these backups leave the key out) -->\n";
+    const ScratchFolder folder;
+    PutKeylessPhone(folder.Path("phone"));
+    EXPECT_EQ(SummaryOf("<t>\n" + record + record + "</t>", folder.Path("phone")), "KT039 at 2");
+    EXPECT_EQ(SummaryOf("<t>\n" + comment + record + record + "</t>", folder.Path("phone")), "nothing");
+    EXPECT_EQ(SummaryOf("<t>\n" + comment + record + record + "</t>", TestPhone()), "nothing");
 }
 
 TEST(TableOnImage, WithoutTheImageThatWasAskedForNothingIsChecked)
