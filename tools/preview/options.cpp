@@ -83,15 +83,22 @@ bool IsColourWanted(const std::string& when)
            !(terminal != nullptr && std::string(terminal) == "dumb");
 }
 
-/// The programs are in the folder of this one, or where the build puts them.
-PreviewPrograms FindPrograms(const fs::path& wanted)
+/// The programs are in the folder of this one, or where the installation or the build puts them.
+fs::path FindOwnProgram(const char* name)
 {
     std::error_code ignored; // without /proc the programs are not found, which is reported then
     const fs::path folder = fs::read_symlink("/proc/self/exe", ignored).parent_path();
-    fs::path program = wanted;
-    if (program.empty())
-        program = fs::exists(folder / "kestrune") ? folder / "kestrune" : folder / "../../app/kestrune/kestrune";
-    return {fs::absolute(program).lexically_normal(), folder / "kestrune-preview-steps"};
+    for (const char* place : {"", KESTRUNE_INSTALLED_PROGRAMS, "../../app/kestrune"}) {
+        if (const fs::path program = folder / place / name; fs::exists(program))
+            return program.lexically_normal();
+    }
+    return folder / name;
+}
+
+PreviewPrograms FindPrograms(const fs::path& wanted)
+{
+    return {wanted.empty() ? FindOwnProgram("kestrune") : fs::absolute(wanted).lexically_normal(),
+            FindOwnProgram("kestrune-preview-steps")};
 }
 
 /// "folder/" and "folder" are the same folder.
