@@ -4,7 +4,7 @@
 #
 ################################################################################
 
-KESTRUNE_VERSION = 0.1.0
+KESTRUNE_VERSION = 0.2.0
 # This tree is a part of the sources: examples/buildroot.
 KESTRUNE_SITE = $(BR2_EXTERNAL_KESTRUNE_PATH)/../..
 KESTRUNE_SITE_METHOD = local
