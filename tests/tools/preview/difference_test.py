@@ -123,9 +123,9 @@ class Difference(previewTool.PreviewTest):
         value, = change["values"]
         self.assertEqual((value["before"], value["after"], value["secret"]), ("\u2022" * 6, "\u2022" * 6, "same, now plain"))
         self.assertNotIn("harbour", text)
-        self.assertEqual([(rule["rule"], "gone" in rule) for rule in report["warnings"]], [("KP012", False)])
+        self.assertEqual(sorted((rule["rule"], "gone" in rule) for rule in report["warnings"]), [("KP012", False), ("KP016", True)])
         _, report, _ = self.diff("--firmware", self.firmware, "--table", new, "--table", old, image, "dev")
-        self.assertEqual([(rule["rule"], "gone" in rule) for rule in report["warnings"]], [("KP012", True)])
+        self.assertEqual(sorted((rule["rule"], "gone" in rule) for rule in report["warnings"]), [("KP012", True), ("KP016", False)])
         self.assertIn("harbour", self.diff("--reveal-secrets", "--firmware", self.firmware, "--table", old, "--table", new, image,
                                            "dev")[2])
 

@@ -9,11 +9,14 @@ import previewTool
 USER, SYSTEM = "/config/user/user.ini", "/config/system/system.ini"
 TABLE, LIST = "/phone/resource/kestrune.xml", "/phone/resource/encryptconfig.xml"
 FACTORY = "/phone/factory/user/user.ini"
+KEY = "/phone/factory/certs/pwcipher.key"
 VERSION, SWITCH_OFF = "/config/version.ini", "[SyncConfig]\nbEnableFromOld=0\n"
 MASK = "\u2022" * 6
 FIXED = "[Feature]\nRingbackTimeout=120\n"
 
-# Enciphered with the key of a phone without a key file: "plover-nest", the same twice, "heron-nest" twice.
+# The digits of the development key, so that these texts have one form with and without the file.
+KEY_DIGITS = "".join(f"{(7 * n + 3) % 256:02x}" for n in range(64))
+# Enciphered with it: "plover-nest", the same twice, "heron-nest" twice.
 PLOVER = "tdg22ay2DNg4QGoeCq18lnUhELkQErenCLzX"
 PLOVER_TWICE = "0wa2wY1QFz152ry9+aYhQG5q5fkAQpWoqxmPGzXVpD3g8BvjlqGgb242sVVTeFq6m728Dg"
 HERON_TWICE = "9NtJLYIXUoT6PaemFqIbd7DPMzIeA7kCmxYXEhq1BftoUfko+Du59s3TkHuebDjbcogh"
@@ -36,7 +39,7 @@ def keys(count):
     return "<DssKey>" + '<Item Type="Line"/>' * count + "</DssKey>"
 
 
-QUIET = {USER: FIXED + lock(0), FACTORY: lock(0), TABLE: "<t><r srcFile='/config/user/user.ini' srcSec='Feature' "
+QUIET = {KEY: KEY_DIGITS, USER: FIXED + lock(0), FACTORY: lock(0), TABLE: "<t><r srcFile='/config/user/user.ini' srcSec='Feature' "
          "srcKey='RingbackTimeout'/></t>", LIST: "<l/>", "/config/data/contactData.xml": contacts(1, 1)}
 
 # files over those of a phone without a warning; mode; rule and place
@@ -90,6 +93,15 @@ CASES = [
      "KP009", "/config/user/voip/sipAccount2.cfg"),
 ]
 
+FLAGGED = "<t>" + record("a", more='srcEncrypt="true"') + "</t>"
+LISTED_A = f'<l><e file="{USER}" section="A" key="a"/></l>'
+CASES += [
+    ("the table enciphers without a key", {KEY: None, USER: FIXED + lock(1) + "[A]\na=1\n", FACTORY: lock(1), TABLE: FLAGGED}, "dev",
+     "KP015", KEY),
+    ("the password pass enciphers without a key", {KEY: None, USER: FIXED + lock(0) + "[A]\na=1\n", FACTORY: lock(1),
+     LIST: LISTED_A, TABLE: FLAGGED}, "all", "KP015", KEY),
+]
+
 # the same just before it comes to that
 QUIET_CASES = [
     ("103 characters", {USER: FIXED + lock(1) + "[A]\na=" + "x" * 103, FACTORY: lock(1),
@@ -107,6 +119,11 @@ QUIET_CASES = [
     ("the switch is off in a mode without translations", {VERSION: SWITCH_OFF}, "pwd"),
     ("an empty key that was empty", {TABLE: "<t>" + record("none", 'dstKey="b"') + "</t>", USER: FIXED + "[A]\nb=\n"}, "dev"),
     ("an empty key of a new file", {"/phone/factory/user/voip/sipAccount16.cfg": "[account]\nSCALineKeyNumber=?3\nq=?\n"}, "2"),
+    ("no key, and no lock", {KEY: None, USER: FIXED + lock(0) + "[A]\na=1\n", TABLE: FLAGGED, LIST: LISTED_A}, "all"),
+    ("no key, and nothing but an empty value", {KEY: None, USER: FIXED + lock(1) + "[A]\na=\n", FACTORY: lock(1), TABLE: FLAGGED},
+     "dev"),
+    ("no key, and a value that is enciphered already", {KEY: None, USER: FIXED + lock(1) + f"[A]\na={PLOVER}\n", FACTORY: lock(1),
+     TABLE: FLAGGED}, "dev"),
     ("no hand-over", {USER: FIXED + "[Backlight]\nnBacklightTime=60\n"}, "2"),
 ]
 
@@ -161,7 +178,36 @@ PLAIN_CASES = [
 ]
 
 
-ERRORS = ("KP002", "KP003", "KP006", "KP012", "KP014")  # something is lost, or in clear
+MOVED_A = "<t>" + record("a", 'dstKey="b" dstEncrypt="1"') + "</t>"
+OLD_A = [("KP016", f"{USER} [A] a")]
+
+# files; mode; what warns of a moved secret that stays plain at its old place
+OLD_PLACE_CASES = [
+    ("the table enciphers the new place", phone_with(1, 1, "a=plover-nest\n", MOVED_A, "<l/>"), "dev", OLD_A),
+    ("and it was there before the run", phone_with(1, 1, f"a=plover-nest\nb={PLOVER}\n", MOVED_A, "<l/>"), "all", OLD_A),
+    ("the password pass enciphers the new place", phone_with(0, 1, "a=plover-nest\n", TO_B,
+     f'<l><e file="{USER}" section="A" key="b"/></l>'), "all", OLD_A),
+    ("also when only that runs", phone_with(0, 1, "a=plover-nest\nb=plover-nest\n", TO_B,
+     f'<l><e file="{USER}" section="A" key="b"/></l>'), "pwd", OLD_A),
+    ("it is rewritten first", phone_with(1, 1, "a=plover-nest\n", "<t>" + record("a", more='srcEncrypt="1"') +
+     record("a", 'dstKey="b" dstEncrypt="1"') + "</t>", "<l/>"), "dev", []),
+    ("both places are listed", phone_with(0, 1, "a=plover-nest\n", TO_B, f'<l><e file="{USER}" section="A" key="a"/>'
+     f'<e file="{USER}" section="A" key="b"/></l>'), "all", []),
+    ("plain on purpose", phone_with(1, 1, "a=plover-nest\n", MOVED_A,
+     f'<l><e file="{USER}" section="A" key="a" active="false"/></l>'), "dev", []),
+    ("enciphered there before", phone_with(1, 1, f"a={PLOVER}\n", MOVED_A, "<l/>"), "dev", []),
+    ("another value at the new place", phone_with(1, 1, f"a=heron-nest\nb={PLOVER}\n", None, "<l/>"), "dev", []),
+    ("no lock", phone_with(0, 0, "a=plover-nest\n", MOVED_A, "<l/>"), "all", []),
+    ("the new place is plain as well", phone_with(1, 1, "a=plover-nest\n", TO_B, "<l/>"), "dev", []),
+    ("the firmware's own file", {**phone_with(1, 1, "", MOVED_A.replace(f'srcFile="{USER}"',
+     f'srcFile="{FACTORY}" dstFile="{USER}"'), "<l/>"), FACTORY: lock(1) + "[A]\na=plover-nest\n"}, "dev", []),
+    ("a mode that has neither pass", phone_with(1, 1, f"a=plover-nest\nb={PLOVER}\n", MOVED_A, "<l/>"), "1", []),
+    ("an account's that is plain on purpose", {**phone_with(1, 1, "", MOVED_A.replace(USER, "/config/user/voip/sipAccount9.cfg"),
+     '<l><e perAccount="1" section="A" key="a" active="0"/></l>'), "/config/user/voip/sipAccount9.cfg":
+     "[account]\nSCALineKeyNumber=-1\n[A]\na=plover-nest\n"}, "dev", []),
+]
+
+ERRORS = ("KP002", "KP003", "KP006", "KP012", "KP014", "KP015")  # something is lost, or in clear
 WORST_FIRST = ("error", "warning", "note")
 
 
@@ -210,6 +256,22 @@ class Warnings(previewTool.PreviewTest):
                 found, shown = self.warnings(files, mode)
                 self.assertEqual([warning for warning in found if warning[0] == "KP012"], expected)
                 self.assertNotIn("plover", shown.text)
+
+    def test_a_moved_secret_that_stays_plain(self):
+        for name, files, mode, expected in OLD_PLACE_CASES:
+            with self.subTest(name):
+                found, _ = self.warnings(files, mode)
+                self.assertEqual([warning for warning in found if warning[0] == "KP016"], expected)
+
+    def test_a_program_that_refuses_to_encipher_is_warned_of_too(self):
+        """Its values stay plain; the key is missing all the same."""
+        program = self.folder / "program"
+        program.write_text("#!/bin/sh\necho bEncrypt=1\necho 'src value:1'\necho 'lpOutPassword=1, 0'\n"
+                           f"echo 'Translate dst: {USER} A a value:1 bThisKeyEncrypt:1'\n")
+        program.chmod(0o755)
+        files = {**QUIET, USER: FIXED + lock(1) + "[A]\na=1\n", FACTORY: lock(1), TABLE: FLAGGED}
+        del files[KEY]
+        self.assertIn("KP015", self.show("--program", program, self.phone(files), "dev").rules())
 
     def test_a_place_hides_the_secrets_in_its_names(self):
         user = FIXED + lock(0) + "[A]\na=\nstrPassword=plover-nest\n[plover-nest]\nb=1\n"

@@ -10,6 +10,7 @@
 #include "iniText.h"
 #include "integerText.h"
 #include "phoneFacts.h"
+#include "reportWarnings.h"
 #include "xmlGuard.h"
 
 namespace
@@ -143,6 +144,7 @@ void AddEntryWarnings(const RunFacts& facts, WarningList& list)
 {
     if (!IsEnciphering(facts))
         return;
+    AddKeyWarning(facts, list);
     for (const ListedEntry& entry : facts.lists.entries) {
         if (!entry.isActive)
             continue;

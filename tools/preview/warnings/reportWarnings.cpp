@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "configMapper.h"
+#include "keyedCipher.h"
 #include "phoneFacts.h"
 
 namespace
@@ -75,14 +76,25 @@ void AddRecordWarnings(const RunFacts& facts, const std::string& output, Warning
                      "translation table: stopped at record " + std::to_string(report.number) + " of " +
                          std::to_string(facts.lists.records.size()) + ", this destination does not load");
         const std::string source = report.source.value_or("");
-        if (isLocked && report.isFlagged && CannotBeEnciphered(source) && facts.secrets.Values().LayersOf(source) == 0)
+        if (!isLocked || !report.isFlagged || source.empty() || facts.secrets.Values().LayersOf(source) != 0)
+            continue;
+        if (CannotBeEnciphered(source))
             list.Add(WarningRule::TooLongToEncipher, PlaceOf(*report.record),
                      report.value.empty() ? "translation table: the value is lost"
                                           : "translation table: it stays plain");
+        else
+            AddKeyWarning(facts, list);
     }
 }
 
 } // namespace
+
+void AddKeyWarning(const RunFacts& facts, WarningList& list)
+{
+    if (facts.before.count(kCipherKeyFile) == 0)
+        list.Add(WarningRule::NoCipherKey, kCipherKeyFile,
+                 "passwords are enciphered with a key that is public, or stay plain");
+}
 
 void AddReportWarnings(const RunFacts& facts, WarningList& list)
 {

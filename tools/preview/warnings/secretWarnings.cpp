@@ -16,14 +16,15 @@ namespace
 
 using Place = std::tuple<std::string, std::string, std::string>; ///< file, section and key
 
-/// The entries that the password pass converts.
-std::set<Place> ActiveEntries(const PhoneLists& lists)
+/// @param isActive  true: the entries that the password pass converts; false: those that the phone keeps plain on purpose
+std::set<Place> EntriesOf(const PhoneLists& lists, bool isActive)
 {
     std::set<Place> places;
     for (const ListedEntry& entry : lists.entries) {
-        if (entry.isActive && !entry.perAccount)
+        if (entry.isActive == isActive && !entry.perAccount)
             places.emplace(entry.file, entry.section, entry.key);
-        for (int account = 0; entry.isActive && entry.perAccount && account < kConvertedAccounts; ++account)
+        const int accounts = isActive ? kConvertedAccounts : kLastAccount + 1;
+        for (int account = 0; entry.isActive == isActive && entry.perAccount && account < accounts; ++account)
             places.emplace(AccountFilePath(account), entry.section, entry.key);
     }
     return places;
@@ -65,7 +66,9 @@ private:
 class PlainSecrets
 {
 public:
-    explicit PlainSecrets(const RunFacts& facts) : facts_(facts), entries_(ActiveEntries(facts.lists))
+    explicit PlainSecrets(const RunFacts& facts)
+        : facts_(facts), entries_(EntriesOf(facts.lists, /*isActive=*/true)),
+          plainEntries_(EntriesOf(facts.lists, /*isActive=*/false))
     {
         std::set<Place> kept = entries_;
         std::set<Place> enciphered;
@@ -104,9 +107,22 @@ public:
         return std::string();
     }
 
+    /// @return whether the record has copied a secret that is now enciphered, but not where it was
+    bool IsOldPlacePlain(const TableRecord& record) const
+    {
+        const Place from = {record.sourceFile, record.sourceSection, record.sourceKey};
+        if (!wantsEnciphered_ || plainEntries_.count(from) != 0 || !record.sourceFile.starts_with("/config/"))
+            return false;
+        const SecretValues& values = facts_.secrets.Values();
+        const std::string old = ReadValue(facts_.after, record.sourceFile, record.sourceSection, record.sourceKey);
+        const std::string moved = ReadValue(facts_.after, record.file, record.section, record.key);
+        return !old.empty() && moved != old && values.LayersOf(old) == 0 && values.CoreOf(moved) == old;
+    }
+
 private:
     const RunFacts& facts_;
     std::set<Place> entries_;
+    std::set<Place> plainEntries_;
     std::set<Place> kept_;                  ///< the phone enciphers the values, or they are copies of such
     std::set<Place> enciphered_;            ///< the values were enciphered before the run, or they are copies of such
     std::set<std::string> decipheredTexts_; ///< what those decipher to
@@ -143,5 +159,11 @@ void AddSecretWarnings(const RunFacts& facts, WarningList& list)
             if (!problem.empty())
                 list.Add(WarningRule::SecretPlain, PlaceOf(file, item.place), problem);
         }
+    }
+    for (const TableRecord& record : facts.lists.records) {
+        if (HasMode(facts, {"all", "dev", "pwd"}) && plainSecrets.IsOldPlacePlain(record))
+            list.Add(WarningRule::OldPlacePlain,
+                     record.sourceFile + " [" + record.sourceSection + "] " + record.sourceKey,
+                     "a record keeps it enciphered at its new place");
     }
 }

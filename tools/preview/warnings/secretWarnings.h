@@ -6,7 +6,9 @@
 #include "runFacts.h"
 #include "warningList.h"
 
-/// Adds what happened to the form of secrets: values that are enciphered twice, and secrets that are written plain.
+/// Adds what happened to the form of secrets: values that are enciphered twice, secrets that are written plain, and those
+/// that stay plain below /config although the phone wants them enciphered and a record has copied them to a place where they
+/// are. An entry of the list that is not active says that a place is plain on purpose.
 ///
 /// A changed or new value is a secret written plain when its place is secret, it is plain and not empty, and either
 /// - it was enciphered before the run, at that place or at one that table records copy to it, or

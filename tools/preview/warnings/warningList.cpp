@@ -39,6 +39,11 @@ const std::vector<WarningText>& WarningRules()
          "remove the record, or give it a source that has a value: the firmware's default no longer counts"},
         {WarningRule::TranslationsOff, Severity::Error, "translations are switched off",
          "set [SyncConfig] bEnableFromOld of version.ini to 1 or remove it, also as a destination in the table"},
+        {WarningRule::NoCipherKey, Severity::Error, "no cipher key",
+         "give each phone a key file of its own; for backups that leave it out, put one into the folder for "
+         "--firmware"},
+        {WarningRule::OldPlacePlain, Severity::Warning, "a moved secret stays plain at its old place",
+         "rewrite the old place first with a record that has only a source and srcEncrypt, and list it as well"},
     };
     return rules;
 }

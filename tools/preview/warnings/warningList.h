@@ -26,6 +26,8 @@ enum class WarningRule {
     SecretPlain = 12,
     EmptyKeyAdded = 13,
     TranslationsOff = 14,
+    NoCipherKey = 15,
+    OldPlacePlain = 16,
 };
 
 struct WarningText {
