@@ -36,7 +36,7 @@ A4_WIDTH = round((210 - 2 * 14) / 25.4 * 96)  # without the margins
 
 MEASURE = """
 const measureWords = (page, lines) => {
-    const broken = [], cut = [], width = page.documentElement.clientWidth;
+    const broken = [], brokenPlaces = [], cut = [], width = page.documentElement.clientWidth;
     let words = 0, smallest = 1000;
     const texts = page.createTreeWalker(page.body, NodeFilter.SHOW_TEXT);
     for (let text = texts.nextNode(); text; text = texts.nextNode()) {
@@ -48,12 +48,15 @@ const measureWords = (page, lines) => {
             range.setEnd(text, word.index + word[0].length);
             const boxes = [...range.getClientRects()];
             words += 1;
-            if (new Set(boxes.map(box => Math.round(box.bottom))).size > 1 && word[0].length < 60) broken.push(word[0]);
+            if (new Set(boxes.map(box => Math.round(box.bottom))).size > 1 && word[0].length < 60) {
+                broken.push(word[0]);
+                if (text.parentElement.closest("th, td:first-child, td.name")) brokenPlaces.push(word[0]);
+            }
             const column = text.parentElement.closest("td, li, p, h1, h2")?.getBoundingClientRect().right ?? width;
             if (boxes.some(box => box.right > Math.min(column, width) + 1)) cut.push(word[0]);
         }
     }
-    return {words, brokenWords: broken, cutOff: cut, smallestLetters: smallest};
+    return {words, brokenWords: broken, brokenPlaces, cutOff: cut, smallestLetters: smallest};
 };
 onload = () => {
     const page = document.querySelector("iframe").contentDocument;
@@ -65,8 +68,10 @@ onload = () => {
     const texts = ".chart th, .chart td:last-child, svg text";
     const result = {
         firstColumn: [...page.querySelectorAll(".wide td:first-child")].map(lines),
-        brokenNames: [...page.querySelectorAll("td.name")].filter(cell => lines(cell) > 2 && /^\\S+ \\S+$/.test(cell.innerText))
-            .map(cell => cell.innerText),
+        added: [...page.querySelectorAll(".wide tr")].filter(row => row.cells[0].innerText == "added").length,
+        misplaced: [...page.querySelectorAll(".wide table:has(th) tr")].filter(row => row.cells.length != 5
+            || row.cells[0].innerText == "added" && row.cells[2].innerText
+            || row.cells[0].innerText == "removed" && row.cells[3].innerText).map(row => row.innerText),
         chartText: [...page.querySelectorAll(texts)].filter(text => text.textContent).map(
             text => text.getBoundingClientRect().height / lines(text)),
         pageWidth: page.documentElement.scrollWidth,
@@ -105,11 +110,13 @@ class PageDrawn(previewTool.PreviewTest):
 
     def test_texts_can_be_read_on_a_narrow_screen(self):
         page = self.show(self.phone({}, base="example"), "all").html
-        for width in (390, 1000):
+        for width, drawn in ((390, page), (1280, page), (A4_WIDTH, page.replace("@media print", "@media all"))):
             with self.subTest(width):
-                measured = self.measure(page, width)
+                measured = self.measure(drawn, width)
                 self.assertEqual(set(measured["firstColumn"]), {1})  # "added" stays whole
-                self.assertEqual(measured["brokenNames"], [])
+                self.assertEqual(measured["brokenPlaces"], [])
+                self.assertGreater(measured["added"], 100)
+                self.assertEqual(measured["misplaced"], [])  # what is added is under "after"
                 self.assertGreater(min(measured["chartText"]), 11)  # a line of 9 px letters
                 self.assertLessEqual(measured["pageWidth"], width)
                 self.assertGreater(max(measured["bars"]), width / 6)

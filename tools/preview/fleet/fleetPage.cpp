@@ -25,19 +25,6 @@ std::string Number(std::size_t number, const char* of)
            std::to_string(number) + "</td>";
 }
 
-/// Lines break after a slash and at a blank, but not at the hyphens of a name.
-std::string Breakable(const std::string& text)
-{
-    std::string html;
-    for (std::size_t begin = 0, end = 0; begin < text.size(); begin = end) {
-        end = std::min(text.find_first_of("/ ", begin), text.size() - 1) + 1;
-        const std::string word = text.substr(begin, end - begin);
-        const bool hasHyphen = word.find('-') != std::string::npos;
-        html += (hasHyphen ? Element("span", "whole", word) : EscapeHtml(word)) + (word.back() == '/' ? "<wbr>" : "");
-    }
-    return html;
-}
-
 /// @param key  "[section] key" or what an XML file has instead; empty for a whole file
 std::string PlaceCell(const std::string& file, const std::string& key)
 {

@@ -71,7 +71,7 @@ std::vector<Bar> BarsByFile(const Preview& preview)
 std::string Row(const Bar& bar, int most)
 {
     const std::string width = std::to_string(std::max(0.5, 100.0 * bar.count / most));
-    return "<tr><th>" + EscapeHtml(bar.label) +
+    return "<tr><th>" + Breakable(bar.label) +
            "</th><td><svg viewBox=\"0 0 100 1\" preserveAspectRatio=\"none\" aria-hidden=\"true\"><rect width=\"" +
            width + "\" height=\"1\"/></svg></td><td>" + std::to_string(bar.count) + "</td></tr>\n";
 }

@@ -54,7 +54,9 @@ std::string RecordCells(const ShownChange& change)
     std::string attributes;
     for (const auto& [name, value] : change.attributes)
         attributes += (attributes.empty() ? "" : " ") + Element("span", "dim", name + "=") + EscapeHtml(value);
-    return "<td class=\"name\">" + EscapeHtml(change.group) + "</td><td colspan=\"2\">" + attributes + "</td>";
+    const std::string cell = "<td>" + attributes + "</td>";
+    return "<td class=\"name\">" + Breakable(change.group) + "</td>" +
+           (change.kind == ChangeKind::Removed ? cell + "<td></td>" : "<td></td>" + cell);
 }
 
 std::string Row(const ShownChange& change, const ShownFile& file)
@@ -64,8 +66,8 @@ std::string Row(const ShownChange& change, const ShownFile& file)
     if (change.name.empty())
         html += RecordCells(change);
     else
-        html += "<td class=\"name\">" + Element("span", "dim", place) + EscapeHtml(change.name) + "</td>" +
-                Cell(change.before) + Cell(change.after);
+        html += "<td class=\"name\"><span class=\"dim\">" + Breakable(place) + "</span>" + Breakable(change.name) +
+                "</td>" + Cell(change.before) + Cell(change.after);
     html += "<td>" + EscapeHtml(change.secret);
     if (change.passes != file.passes)
         html += PassText(change.passes);

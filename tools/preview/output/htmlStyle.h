@@ -3,7 +3,7 @@
 
 #pragma once
 
-/// The style of the pages: dark on a dark screen, black on white on paper. The first column of a table never breaks; a phone's
+/// The style of the pages: dark on a dark screen, black on white on paper. No word of a place or of a chart breaks; a phone's
 /// table that is too wide for the screen scrolls, and the rows of a fleet's become blocks on a narrow one. Where a fleet's
 /// table breaks a line, no word breaks unless it is longer than its column.
 constexpr char kPageStyle[] = R"css(
@@ -33,7 +33,7 @@ a { color: var(--changed); text-decoration-color: var(--line); text-underline-of
 .pill.fail, .pill.error { color: var(--removed); } .pill.note { color: var(--dim); }
 .chart { max-width: 46rem; margin: 1rem 0; } .chart caption { font-weight: 600; text-align: left; }
 .chart th, .chart td { padding: .1rem .4rem; border: 0; background: none; vertical-align: middle; }
-.chart th { font-weight: normal; text-align: right; overflow-wrap: anywhere; }
+.chart th { font-weight: normal; text-align: right; }
 .chart td:nth-child(2) { width: 50%; } .chart svg { display: block; width: 100%; height: .9em; fill: var(--bar); }
 .wide { overflow-x: auto; } table { border-collapse: collapse; width: 100%; }
 th, td { padding: .2rem .5rem; text-align: left; vertical-align: top; border-bottom: 1px solid var(--line);
@@ -42,11 +42,12 @@ td:first-child { white-space: nowrap; }
 th { font-weight: 600; background: var(--shade); } td.name { font-family: ui-monospace, monospace; font-size: .9em; }
 div.warning { margin: .6rem 0; padding: .5rem .8rem; background: var(--shade); border-left: .3rem solid var(--emptied); }
 div.error { color: inherit; border-color: var(--removed); } div.note { border-color: var(--line); }
-.warning b { margin-right: .5rem; }
+.warning b { margin-right: .5rem; white-space: nowrap; }
 .fleet { table-layout: fixed; font-variant-numeric: tabular-nums; } .fleet td { padding: .35rem .5rem; }
 .fleet th { vertical-align: bottom; font-size: .85em; color: var(--dim); } .fleet .number { text-align: right; }
 .fleet tbody tr:hover { background: var(--shade); } .fleet div.dim, .fleet div .dim { font-size: .92em; }
 .whole { display: inline-block; max-width: 100%; vertical-align: top; white-space: pre-wrap; }
+td.name, .chart th { word-break: keep-all; } .wide .whole { max-width: none; white-space: pre; }
 .zero { color: var(--dim); } .warnings th:nth-child(1) { width: 11.5em; } .places th:nth-child(2) { width: 38%; }
 .warnings th:nth-child(2), .places th:nth-child(1), .forgotten th:nth-child(-n+2) { width: 6em; text-align: right; }
 .places th:nth-child(3) { width: 8.5em; } .forgotten th:nth-child(4) { width: 30%; } .phones th:nth-child(1) { width: 7.5em; }
@@ -66,7 +67,7 @@ pre { margin: .4rem 0; padding: .6rem; background: var(--shade); white-space: pr
 @media print { :root { color-scheme: light; --ink: #000; --dim: #444; --line: #999; --paper: #fff; --shade: #fff;
   --added: #000; --changed: #000; --emptied: #000; --removed: #000; --bar: #777; }
   body { max-width: none; padding: 0; font-size: 10pt; } h3 { break-after: avoid; } tr, .warning { break-inside: avoid; }
-  h2 { break-after: avoid; } .wide { overflow: visible; } .wide td { overflow-wrap: anywhere; }
+  h2 { break-after: avoid; } .wide { overflow: visible; } .wide td:not(.name) { overflow-wrap: anywhere; }
   .tiles li { border: 1px solid var(--line); } #endings li { border-width: 1px 1px 1px .3rem; } a { text-decoration: none; }
   .fleet { font-size: 9pt; } .pill { border: 0; padding: 0; min-width: 0; } .fleet td { padding: .2rem .4rem; } }
 )css";

@@ -3,6 +3,8 @@
 
 #include "htmlText.h"
 
+#include <algorithm>
+
 #include "htmlStyle.h"
 
 std::string EscapeHtml(std::string_view text)
@@ -35,6 +37,18 @@ std::string EscapeHtml(std::string_view text)
 std::string Element(const char* name, const char* cssClass, std::string_view text)
 {
     return std::string("<") + name + " class=\"" + cssClass + "\">" + EscapeHtml(text) + "</" + name + ">";
+}
+
+std::string Breakable(const std::string& text)
+{
+    std::string html;
+    for (std::size_t begin = 0, end = 0; begin < text.size(); begin = end) {
+        end = std::min(text.find_first_of("/ ", begin), text.size() - 1) + 1;
+        const std::string word = text.substr(begin, end - begin);
+        const bool hasHyphen = word.find('-') != std::string::npos;
+        html += (hasHyphen ? Element("span", "whole", word) : EscapeHtml(word)) + (word.back() == '/' ? "<wbr>" : "");
+    }
+    return html;
 }
 
 std::string HtmlDocument(const std::string& title, const std::string& body)

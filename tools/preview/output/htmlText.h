@@ -9,6 +9,9 @@
 /// @return the text as it is written between tags and in quoted attributes
 std::string EscapeHtml(std::string_view text);
 
+/// The same for a path or name in a column: lines break after a slash and at a blank, but not at the hyphens of a name.
+std::string Breakable(const std::string& text);
+
 /// @return "<NAME class="CLASS">escaped text</NAME>"
 std::string Element(const char* name, const char* cssClass, std::string_view text);
 
