@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <iterator>
+#include <sstream>
 #include <thread>
 #include <unistd.h>
 
@@ -24,6 +25,8 @@ struct Arguments {
     std::vector<std::string> words; ///< IMAGE... MODE...
     std::string colour = "auto";
     fs::path program;
+    fs::path emulator;
+    fs::path sysroot;
     bool isRevealed = false;
     bool isAnyMode = false;
 };
@@ -95,10 +98,25 @@ fs::path FindOwnProgram(const char* name)
     return folder / name;
 }
 
-PreviewPrograms FindPrograms(const fs::path& wanted)
+/// A name without a slash is searched for as a shell does.
+fs::path FindInPath(const fs::path& name)
 {
-    return {wanted.empty() ? FindOwnProgram("kestrune") : fs::absolute(wanted).lexically_normal(),
-            FindOwnProgram("kestrune-preview-steps")};
+    const char* path = name.has_parent_path() || name.empty() ? nullptr : std::getenv("PATH");
+    std::istringstream folders(path == nullptr ? "" : path);
+    for (std::string folder; std::getline(folders, folder, ':');) {
+        if (const fs::path program = fs::path(folder) / name; access(program.c_str(), X_OK) == 0)
+            return program;
+    }
+    return name;
+}
+
+PreviewPrograms FindPrograms(const Arguments& given)
+{
+    const auto absolute = [](const fs::path& path) {
+        return path.empty() ? path : fs::absolute(path).lexically_normal();
+    };
+    return {given.program.empty() ? FindOwnProgram("kestrune") : absolute(given.program),
+            FindOwnProgram("kestrune-preview-steps"), absolute(FindInPath(given.emulator)), absolute(given.sysroot)};
 }
 
 /// "folder/" and "folder" are the same folder.
@@ -129,10 +147,11 @@ OptionsResult Complete(const Arguments& given, Options& options)
                                                        : "--firmware and --table are given once");
     options.withColour = IsColourWanted(given.colour);
     options.request.secrecy = given.isRevealed ? Secrecy::Revealed : Secrecy::Hidden;
-    options.request.programs = FindPrograms(given.program);
+    options.request.programs = FindPrograms(given);
     options.request.savedPhone = WithoutLastSlash(options.request.savedPhone);
-    for (const fs::path& program : {options.request.programs.program, options.request.programs.steps}) {
-        if (access(program.c_str(), X_OK) != 0)
+    const PreviewPrograms& programs = options.request.programs;
+    for (const fs::path& program : {programs.program, programs.steps, programs.emulator}) {
+        if (!program.empty() && access(program.c_str(), X_OK) != 0)
             return Refuse("no program " + Printable(program.string()));
     }
     return OptionsResult::Run;
@@ -181,6 +200,13 @@ void DescribeRuns(CLI::App& app, Arguments& given, Options& options)
         ->check(&RefuseEmptyName)
         ->allow_extra_args(false);
     app.add_option("--program", given.program, "run this kestrune")->option_text("FILE");
+    CLI::Option* emulator = AddFile(app, "--emulator", given.emulator, "start kestrune with this emulator")
+                                ->option_text("PROGRAM")
+                                ->needs("--program");
+    AddFile(app, "--sysroot", given.sysroot, "give the emulator the libraries of this folder with -L")
+        ->option_text("FOLDER")
+        ->check(CLI::ExistingDirectory)
+        ->needs(emulator);
     app.add_flag("--any-mode", given.isAnyMode, "allow modes other than all, dev, pwd, 1 and 2");
 }
 

@@ -15,7 +15,6 @@
 #include "phoneImage/toolError.h"
 #include "shown/shownFiles.h"
 #include "shown/shownReports.h"
-#include "steps/stepsClient.h"
 #include "warnings/findWarnings.h"
 
 namespace fs = std::filesystem;
@@ -119,7 +118,7 @@ public:
     {
         const fs::path trees = OpenImage(image, scratch.Path("archive"));
         ClearPhone(phone_);
-        steps_.emplace(request_.programs.steps, request_.programs.program, phone_);
+        steps_.emplace(request_.programs, phone_);
         const fs::path copy = scratch.Path("copy");
         InstallFirmware(trees, copy);
         CopyPhone(copy, phone_);

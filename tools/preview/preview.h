@@ -10,12 +10,7 @@
 #include "firmware.h"
 #include "secrets/secrets.h"
 #include "shown/shownPreview.h"
-
-/// The programs that a preview starts.
-struct PreviewPrograms {
-    std::filesystem::path program; ///< the unmodified one
-    std::filesystem::path steps;   ///< kestrune-preview-steps
-};
+#include "steps/stepsClient.h"
 
 struct PreviewRequest {
     std::vector<std::string> modes;

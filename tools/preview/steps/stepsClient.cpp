@@ -15,6 +15,33 @@ namespace
 {
 
 constexpr char kServer[] = "/kestrune-preview-steps";
+constexpr char kProgram[] = "/kestrune";
+constexpr char kEmulator[] = "/kestrune-emulator";
+constexpr char kSysroot[] = "/kestrune-sysroot";
+
+SandboxPrograms PlaceInSandbox(const PreviewPrograms& programs)
+{
+    SandboxPrograms placed = {{kProgram, programs.program}, {kServer, programs.steps}};
+    if (!programs.emulator.empty())
+        placed.emplace_back(kEmulator, programs.emulator);
+    if (programs.sysroot.empty())
+        return placed;
+    // Only libraries: an emulator takes each file from there that it has, also one that the phone has.
+    for (const char* folder : {"lib", "lib64", "usr/lib"}) {
+        if (std::filesystem::is_directory(programs.sysroot / folder))
+            placed.emplace_back(std::string(kSysroot) + '/' + folder, programs.sysroot / folder);
+    }
+    return placed;
+}
+
+std::vector<std::string> StartOf(const PreviewPrograms& programs)
+{
+    if (programs.emulator.empty())
+        return {kProgram};
+    if (programs.sysroot.empty())
+        return {kEmulator, kProgram};
+    return {kEmulator, "-L", kSysroot, kProgram};
+}
 
 std::string TextOf(const json& object, const char* name)
 {
@@ -36,10 +63,9 @@ TableRecord ReadRecord(const json& object)
 
 } // namespace
 
-StepsClient::StepsClient(const std::filesystem::path& steps, const std::filesystem::path& program,
-                         const std::filesystem::path& phone)
-    : sandbox_(
-          std::make_unique<TalkingChild>(SandboxCommand(phone, {{"/kestrune", program}, {kServer, steps}}, kServer)))
+StepsClient::StepsClient(const PreviewPrograms& programs, const std::filesystem::path& phone)
+    : start_(StartOf(programs)),
+      sandbox_(std::make_unique<TalkingChild>(SandboxCommand(phone, PlaceInSandbox(programs), kServer)))
 {
 }
 
@@ -76,7 +102,9 @@ bool StepsClient::RunSteps(const std::string& mode, const std::function<void(con
 
 ChildResult StepsClient::RunProgram(const std::string& mode) const
 {
-    const json answer = Ask({{"command", "run"}, {"mode", mode}});
+    std::vector<std::string> arguments = start_;
+    arguments.push_back(mode);
+    const json answer = Ask({{"command", "run"}, {"arguments", arguments}});
     return {answer.at("status").get<int>(), TextOf(answer, "output"), TextOf(answer, "errors")};
 }
 

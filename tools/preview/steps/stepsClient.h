@@ -13,16 +13,22 @@
 #include "phoneImage/childProcess.h"
 #include "phoneLists.h"
 
+/// The programs that a preview starts.
+struct PreviewPrograms {
+    std::filesystem::path program;  ///< the unmodified one
+    std::filesystem::path steps;    ///< kestrune-preview-steps
+    std::filesystem::path emulator; ///< starts the unmodified one, which is for another kind of machine; empty for none
+    std::filesystem::path sysroot;  ///< folder with lib and usr/lib for the emulator's -L; empty for none
+};
+
 /// A sandbox over a phone, in which the program runs, and in which the program's own code says what it knows of the phone. All
 /// functions throw `ToolError` when the sandbox fails or a run takes more than a minute.
 class StepsClient
 {
 public:
-    /// @param steps    kestrune-preview-steps, which waits in the sandbox for what it is asked
-    /// @param program  the unmodified program
-    /// @param phone    folder with the phone's trees; they may be filled in another way between the calls
-    StepsClient(const std::filesystem::path& steps, const std::filesystem::path& program,
-                const std::filesystem::path& phone);
+    /// @param programs  of which kestrune-preview-steps waits in the sandbox for what it is asked
+    /// @param phone     folder with the phone's trees; they may be filled in another way between the calls
+    StepsClient(const PreviewPrograms& programs, const std::filesystem::path& phone);
 
     PhoneLists ReadLists() const;
 
@@ -41,5 +47,6 @@ public:
 private:
     nlohmann::json Ask(const nlohmann::json& question) const;
 
+    std::vector<std::string> start_; ///< what starts the unmodified program in the sandbox, without the mode
     std::unique_ptr<TalkingChild> sandbox_;
 };

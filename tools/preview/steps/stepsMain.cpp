@@ -8,7 +8,7 @@
 //   lists            the entry list and the table's records
 //   decipher TEXTS   for each text, the array of the texts that it deciphers to in turn
 //   steps MODE       runs the mode; after each pass its name, and then the next pass waits for a message; at last the status
-//   run MODE         runs the unmodified program: its status and what it wrote
+//   run ARGUMENTS    runs the unmodified program: its status and what it wrote
 //
 // Messages are CBOR: the values of a phone are bytes, which JSON could not hold.
 
@@ -92,10 +92,10 @@ int RunSteps(const std::string& mode)
     return RunSequence(2, arguments, &WaitAtPassEnd);
 }
 
-json RunProgram(const std::string& mode)
+json RunProgram(const std::vector<std::string>& arguments)
 {
     try {
-        const ChildResult result = RunChild({"/kestrune", mode});
+        const ChildResult result = RunChild(arguments);
         return {{"status", result.exitStatus}, {"output", result.output}, {"errors", result.errors}};
     } catch (const ToolError& error) {
         return {{"error", error.what()}};
@@ -197,7 +197,7 @@ void AnswerQuestion(const json& question)
 {
     const std::string command = question.at("command");
     if (command == "run") {
-        const json answer = RunProgram(question.at("mode"));
+        const json answer = RunProgram(question.at("arguments"));
         EndOthers();
         Answer(answer);
     } else if (command == "steps") {
