@@ -74,6 +74,7 @@ onload = () => {
             || row.cells[0].innerText == "removed" && row.cells[3].innerText).map(row => row.innerText),
         chartText: [...page.querySelectorAll(texts)].filter(text => text.textContent).map(
             text => text.getBoundingClientRect().height / lines(text)),
+        wideWarnings: [...page.querySelectorAll("div.warning")].filter(box => box.scrollWidth > box.clientWidth).length,
         pageWidth: page.documentElement.scrollWidth,
         ...measureWords(page, lines),
         bars: [...page.querySelectorAll("rect")].map(bar => bar.getBoundingClientRect().width),
@@ -119,8 +120,22 @@ class PageDrawn(previewTool.PreviewTest):
                 self.assertEqual(measured["misplaced"], [])  # what is added is under "after"
                 self.assertGreater(min(measured["chartText"]), 11)  # a line of 9 px letters
                 self.assertLessEqual(measured["pageWidth"], width)
+                self.assertEqual(measured["wideWarnings"], 0)
                 self.assertGreater(max(measured["bars"]), width / 6)
                 self.assertGreater(min(measured["bars"]), 0)
+
+    def test_long_places_and_values_fit(self):
+        certs, user = "certs/phoneca/authority_of_invented_examples.pem", "/config/user/user.ini"
+        moves = f'<t><r srcFile="{user}" srcSec="A" srcKey="k" dstKey="strNameOfAKeyThatIsLongAsSomeAre"/></t>'
+        image = self.phone({user: "[A]\nk=" + "v" * 600, "/phone/factory/" + certs: "x", "/config/certs/phoneca/b.pem": "y",
+                            "/phone/resource/kestrune.xml": moves})
+        page = self.show(image, "dev").html
+        self.assertEqual(page.count("authority"), 3)  # in the chart, as a file, and what it is a copy of
+        for width, drawn in ((390, page), (A4_WIDTH, page.replace("@media print", "@media all"))):
+            with self.subTest(width):
+                measured = self.measure(drawn, width)
+                self.assertEqual(measured["brokenPlaces"], [])
+                self.assertLessEqual(measured["pageWidth"], width)
 
     def fleet_page(self):
         """The report on some invented phones, one of them with a name that fits no column."""

@@ -35,7 +35,7 @@ std::string Warnings(const std::vector<ShownWarning>& warnings)
     std::string html;
     for (const ShownWarning& warning : warnings)
         html += "<div class=\"warning " + std::string(SeverityName(warning.severity)) + "\"><b>" +
-                EscapeHtml(WordsOf(warning)) + "</b>" + EscapeHtml(warning.place) + "<br>" + EscapeHtml(warning.text) +
+                EscapeHtml(WordsOf(warning)) + "</b> " + EscapeHtml(warning.place) + "<br>" + EscapeHtml(warning.text) +
                 "<br>" + Element("span", "dim", warning.advice) + "</div>\n";
     return html.empty() ? html : "<h2>Warnings</h2>\n" + html;
 }
@@ -88,7 +88,7 @@ std::string File(const ShownFile& file)
     std::string html = "<h3>" + EscapeHtml(file.path) + " " +
                        Element("span", KindWord(file.kind), KindWord(file.kind)) + PassText(file.passes) + "</h3>\n";
     if (!file.note.empty())
-        html += "<p>" + EscapeHtml(file.note) + "</p>\n";
+        html += "<p>" + Breakable(file.note) + "</p>\n";
     if (!file.changes.empty()) {
         html += "<div class=\"wide\"><table><tr><th></th><th>place</th><th>before</th><th>after</th><th></th></tr>\n";
         for (const ShownChange& change : file.changes)
