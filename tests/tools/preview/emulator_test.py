@@ -2,7 +2,7 @@
 # SPDX-FileCopyrightText: 2026 The kestrune authors
 # SPDX-License-Identifier: MIT
 
-"""A program that an emulator starts: what the emulator gets and sees in the sandbox. tests/device/preview_test.py has a real one."""
+"""A program that an emulator starts: what the emulator gets and sees in the sandbox. A real one is in tests/device/."""
 
 import previewTool
 from previewTool import USER
