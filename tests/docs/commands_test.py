@@ -45,7 +45,7 @@ SCRIPTS = {
     "script/test --contract": ".ci/run",
     "script/test --device": BY_HAND,
     "script/test --device --all": BY_HAND,
-    "script/test --portability": BY_HAND,
+    "script/test --portability": ".ci/run",
     ".ci/run": BY_HAND,
 }
 DEMO = {"script/demo": "self.demo(", "script/demo --html build/demo.html": 'self.demo("--html"'}  # as its test calls it
