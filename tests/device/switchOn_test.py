@@ -20,8 +20,8 @@ def main():
     images.make_empty(firmware, machine.FIRMWARE_CHIP)
     images.make_empty(config, machine.CONFIG_CHIP)
     begin = time.monotonic()
-    with machine.Machine(images.MACHINE, firmware, config, is_kept=False) as device:
-        device.keep(images.MACHINE)
+    with machine.Machine(images.MACHINE, firmware, config) as device:
+        device.keep(images.STATE)
     print(f"switchOn: {time.monotonic() - begin:.0f} seconds until the machine was kept")
 
 

@@ -48,6 +48,5 @@ def add(root):
 
 def start(device, trouble=""):
     """Starts the firmware's init; returns when its start has ended."""
-    device.must("/sbin/ubiattach -m 1 -d 0 >/dev/null && mount -t squashfs -o ro /dev/mtdblock0 /firmware && "
-                "mount -t tmpfs tmp /firmware/tmp && mount -o bind /dev /firmware/dev && mount -t proc proc /firmware/proc")
+    device.must("/sbin/ubiattach -m 1 -d 0 >/dev/null && mount -t proc proc /firmware/proc")
     device.must(f"TROUBLE={trouble} exec switch_root /firmware /sbin/init")

@@ -38,13 +38,14 @@ def parse_arguments(description):
 
 
 class Board:
-    """The images of one program, and the kept machine."""
+    """The images of one program, and a machine that has mounted this firmware."""
 
     def __init__(self, folder, program, source, add=images.add_busybox):
         """`add` adds the system to the firmware's folder."""
         self.folder = folder
         self.root = folder / "firmware"
         self.firmware = folder / "firmware.image"
+        self.state = folder / "state"
         images.make_firmware_folder(self.root, source, program)
         add(self.root)
         self.make_image()
@@ -56,9 +57,14 @@ class Board:
 
     def make_image(self):
         images.make_squashfs(self.root, self.firmware)
+        config = self.folder / "empty.image"
+        images.make_empty(config, machine.CONFIG_CHIP)
+        with machine.Machine(images.MACHINE, self.firmware, config, images.STATE) as device:
+            phone.mount_firmware(device)
+            device.keep(self.state)
 
     def resume(self, config):
-        return machine.Machine(images.MACHINE, self.firmware, config)
+        return machine.Machine(images.MACHINE, self.firmware, config, self.state)
 
 
 def make_flash(board, kind, source):

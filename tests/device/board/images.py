@@ -13,7 +13,8 @@ from board import machine
 from model import boot
 
 DEVICE = phones.PROJECT / "build" / "device"  # script/bootstrap device downloads the packages to its folder "packages"
-MACHINE = DEVICE / "machine"  # kernel, initramfs and kept state
+MACHINE = DEVICE / "machine"  # kernel and initramfs
+STATE = MACHINE / "state"  # of the machine that has been switched on
 LIBRARIES = pathlib.Path("/usr/arm-linux-gnueabihf/lib")
 HERE = pathlib.Path(__file__).resolve().parent
 DRIVERS = ("spi-nor", "spi-aspeed-smc", "mtdblock", "jffs2", "zstd", "lzo", "deflate", "ubifs", "squashfs", "overlay")

@@ -6,7 +6,6 @@ touched, and continues from there with any content of the flash.
 """
 
 import json
-import os
 import pathlib
 import re
 import shutil
@@ -31,19 +30,19 @@ class Failed(Exception):
 class Machine:
     """A running machine. The images are only read: only the log has what it programs."""
 
-    def __init__(self, images, firmware, config, is_kept=True):
-        """`images`: the folder with kernel, initramfs and state; `firmware` and `config`: files with the content of the
-        two chips. `is_kept`: continues from the state; otherwise the machine is switched on."""
+    def __init__(self, images, firmware, config, state=None):
+        """`images`: the folder with kernel and initramfs; `firmware` and `config`: files with the content of the two chips.
+        `state`: what `keep` has written, from which the machine continues; without it, the machine is switched on."""
         self.folder = pathlib.Path(tempfile.mkdtemp(prefix="kestrune-machine-"))
         self.log = self.folder / "log"
         self.lines = b""
         try:
-            self.start(pathlib.Path(images), firmware, config, is_kept)
+            self.start(pathlib.Path(images), firmware, config, state)
         except BaseException:
             self.end()
             raise
 
-    def start(self, images, firmware, config, is_kept):
+    def start(self, images, firmware, config, state):
         serial, control = self.listen("serial"), self.listen("control")
         command = ["qemu-system-arm", "-M", MACHINE, "-m", "256M", "-accel", "tcg,thread=single", "-nodefaults",
                    "-display", "none", "-nic", "none", "-no-reboot", "-kernel", images / "vmlinuz", "-dtb",
@@ -53,8 +52,8 @@ class Machine:
         for image in (firmware, config):
             command += ["-drive", f"file={image},format=raw,if=mtd,readonly=on"]
         command += ["-D", self.log, "-trace", "enable=m25p80_page_program", "-trace", "enable=m25p80_flash_erase"]
-        if is_kept:
-            command += ["-incoming", f"exec:cat {images / 'state'}"]
+        if state:
+            command += ["-incoming", f"exec:cat {state}"]
         with open(self.folder / "errors", "wb") as errors:
             self.process = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=errors, stderr=errors)
         self.serial = self.accept(serial)
@@ -62,7 +61,7 @@ class Machine:
         self.replies = self.control.makefile("rb")
         self.replies.readline()
         self.ask_qemu("qmp_capabilities")
-        if is_kept:
+        if state:
             self.wait_for_qemu("query-status", lambda status: status["status"] != "inmigrate")
             self.ask_qemu("cont")
         else:
@@ -99,10 +98,10 @@ class Machine:
                 raise Failed(f"{command} does not end")
             time.sleep(0.02)
 
-    def keep(self, images):
+    def keep(self, state):
         """Stops the machine and writes its state. The content of the flash is no part of it."""
         self.ask_qemu("stop")
-        self.ask_qemu("migrate", uri=f"exec:cat >{images / 'state'}")
+        self.ask_qemu("migrate", uri=f"exec:cat >{state}")
         self.wait_for_qemu("query-migrate", lambda status: status.get("status") == "completed")
 
     def run(self, line, seconds=SECONDS_TO_ANSWER):
@@ -154,7 +153,3 @@ class Machine:
 
     def __exit__(self, *_):
         self.end()
-
-
-def is_possible():
-    return shutil.which("qemu-system-arm") is not None and os.access("/dev/shm", os.W_OK)

@@ -19,12 +19,20 @@ MOUNTS = {
     "overlay": ATTACH + "mount -t ubifs ubi0:config /flash && mkdir -p /flash/upper /flash/work && mount -t overlay overlay "
                "-o lowerdir=/firmware/config.default,upperdir=/flash/upper,workdir=/flash/work /firmware/config",
 }
-FIRMWARE = ("mount -t squashfs -o ro /dev/mtdblock0 /firmware && mount -t tmpfs tmp /firmware/tmp && "
-            "mount -o bind /dev /firmware/dev")
+MEMORY = "mount -t tmpfs tmp /firmware/tmp"
+
+
+def mount_firmware(device):
+    """With a first start on a `/config` in memory, so that the programs do not have to be read again."""
+    device.must(f"mount -t squashfs -o ro /dev/mtdblock0 /firmware && {MEMORY} && mount -o bind /dev /firmware/dev && "
+                "mount -t tmpfs tmp /firmware/config && cp -a /firmware/config.default/. /firmware/config")
+    start_modes(device)
+    dump(device)
+    device.must(f"umount /firmware/config /firmware/tmp && {MEMORY}")
 
 
 def mount(device, kind):
-    device.must(f"{FIRMWARE} && {MOUNTS[kind]}")
+    device.must(MOUNTS[kind])
 
 
 def run_mode(device, mode):

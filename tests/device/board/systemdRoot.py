@@ -93,7 +93,7 @@ def add(root):
 
 def start(device, trouble=""):
     """Starts the firmware's init; returns when its start has ended."""
-    device.must("/sbin/ubiattach -m 1 -d 0 >/dev/null && mount -t squashfs -o ro /dev/mtdblock0 /firmware && "
+    device.must("/sbin/ubiattach -m 1 -d 0 >/dev/null && "
                 "mkdir -p /mem /phone-root && mount -t tmpfs tmp /mem && mkdir /mem/upper /mem/work && mount -t overlay overlay "
                 "-o lowerdir=/firmware,upperdir=/mem/upper,workdir=/mem/work /phone-root && "
                 f"echo TROUBLE={trouble} >/phone-root/etc/trouble")
