@@ -67,9 +67,9 @@ class Board:
         return machine.Machine(images.MACHINE, self.firmware, config, self.state)
 
 
-def make_flash(board, kind, source):
-    """The chip of /config after its first mount, which writes to all of it."""
-    image = images.make_flash(kind, source, board.folder)
+def make_flash(board, kind, source, blocks=None):
+    """The chip of /config after its first mount, which writes to all of it. `blocks`: as for `images.make_flash`."""
+    image = images.make_flash(kind, source, board.folder, blocks)
     with board.resume(image) as device:
         phone.mount(device, kind)
         device.must("umount /firmware/config && { ! grep -q /flash /proc/mounts || umount /flash; } && sync")

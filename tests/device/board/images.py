@@ -22,12 +22,19 @@ APPLETS = ("sh", "mount", "umount", "mkdir", "cp", "mv", "rm", "cat", "sleep", "
            "init", "syslogd", "killall", "dd", "sync", "ln", "ls", "grep", "sed", "test", "stty", "date", "true", "df")
 FOLDERS = ("config", "tmp", "proc", "sys", "dev", "flash", "root", "run", "var")
 BLOCK = 64 << 10
-UBI_SETTINGS = "[config]\nmode=ubi\nimage={image}\nvol_id=0\nvol_type=dynamic\nvol_name=config\nvol_flags=autoresize\n"
+MOST_BLOCKS = 250
+UBI_SETTINGS = "[config]\nmode=ubi\nimage={image}\nvol_id=0\nvol_type=dynamic\nvol_name=config\n{size}\n"
 
-# Makes a start difficult: TROUBLE is a variable of it.
-TROUBLES = r"""#!/bin/sh
+# Makes a start difficult: TROUBLE is a variable of it. A mode that hangs has a limit that a test can wait for.
+SHORT_LIMIT_SECONDS = 5
+TROUBLES = rf"""#!/bin/sh
+init=/usr/share/kestrune/kestrune.init
 case "$TROUBLE" in
-    hang) while ! busybox killall -STOP kestrune 2>/dev/null; do busybox usleep 1000; done & ;;
+    hang)
+        busybox cp "$init" /run && busybox sed -i s/limitSeconds=120/limitSeconds={SHORT_LIMIT_SECONDS}/ /run/kestrune.init
+        busybox mount -o bind /run/kestrune.init "$init"
+        while ! busybox killall -STOP kestrune 2>/dev/null; do busybox usleep 1000; done &
+        ;;
     read-only) busybox mount -o remount,ro /config ;;
     full) busybox dd if=/dev/urandom of=/config/filler bs=512 2>/dev/null; busybox sync ;;
 esac
@@ -140,11 +147,12 @@ def make_squashfs(root, image):
     os.truncate(image, machine.FIRMWARE_CHIP[1])
 
 
-def make_ubifs(root, image):
+def make_ubifs(root, image, blocks):
     part = image.with_suffix(".part")
     settings = image.with_suffix(".settings")
-    run("mkfs.ubifs", "-r", root, "-m", "8", "-e", str(BLOCK - 128), "-c", "250", "-o", part)
-    settings.write_text(UBI_SETTINGS.format(image=part))
+    run("mkfs.ubifs", "-r", root, "-m", "8", "-e", str(BLOCK - 128), "-c", str(blocks or MOST_BLOCKS), "-o", part)
+    size = f"vol_size={blocks * (BLOCK - 128)}" if blocks else "vol_flags=autoresize"
+    settings.write_text(UBI_SETTINGS.format(image=part, size=size))
     run("ubinize", "-o", image, "-p", "64KiB", "-m", "1", settings)
     image.write_bytes(image.read_bytes().ljust(machine.CONFIG_CHIP[1], b"\xff"))
 
@@ -158,14 +166,15 @@ def make_empty(image, chip):
     image.write_bytes(b"\xff" * chip[1])
 
 
-def make_flash(kind, phone, folder):
-    """The chip of `/config` with the phone's files, or empty for the overlay; returns the image."""
+def make_flash(kind, phone, folder, blocks=None):
+    """The chip of `/config` with the phone's files, or empty for the overlay; returns the image. `blocks`: of a UBIFS that
+    does not fill the chip."""
     image = folder / f"{kind}.image"
     if kind == "JFFS2":
         make_jffs2(phone / "config", image)
     elif kind == "UBIFS":
-        make_ubifs(phone / "config", image)
+        make_ubifs(phone / "config", image, blocks)
     else:
         (folder / "empty").mkdir(exist_ok=True)
-        make_ubifs(folder / "empty", image)
+        make_ubifs(folder / "empty", image, blocks)
     return image

@@ -18,7 +18,7 @@ FIRMWARE_CHIP = ("mx25l25655e", 32 << 20)  # Debian's kernel erases these two mo
 CONFIG_CHIP = ("mx25l12855e", 16 << 20)  # too small for UBIFS
 MACHINE = f"ast2600-evb,fmc-model={FIRMWARE_CHIP[0]},spi-model={CONFIG_CHIP[0]}"
 KERNEL_OPTIONS = "console=ttyS4,115200n8 quiet loglevel=1 panic=-1 maxcpus=1 nosmp"
-SECONDS_TO_START = 300
+SECONDS_TO_START = 600
 SECONDS_TO_ANSWER = 240
 MOST_TRIES = 10
 

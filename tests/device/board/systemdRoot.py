@@ -9,8 +9,9 @@ import os
 import pathlib
 import shutil
 
-from board import images
+from board import images, machine
 
+UNIT = "/usr/lib/systemd/system/kestrune@.service"
 MODES = ("1", "2", "all")
 DROP_IN_FOLDERS = ("1", "2", "all", "dev")
 CONFIG_MOUNT = """[Unit]
@@ -26,6 +27,7 @@ RequiresMountsFor=/config
 Before=kestrune@1.service
 [Service]
 Type=oneshot
+RemainAfterExit=yes
 EnvironmentFile=/etc/trouble
 ExecStart=/usr/sbin/trouble
 """
@@ -63,7 +65,7 @@ def enable(root, unit, target, text=None):
         images.put(folder / unit, text)
     wants = folder / f"{target}.wants"
     wants.mkdir(parents=True, exist_ok=True)
-    name = "/usr/lib/systemd/system/kestrune@.service" if unit.startswith("kestrune@") else f"/etc/systemd/system/{unit}"
+    name = UNIT if unit.startswith("kestrune@") else f"/etc/systemd/system/{unit}"
     os.symlink(name, wants / unit)
 
 
@@ -74,6 +76,9 @@ def add(root):
     shutil.copy(base / "passwd.master", root / "etc/passwd")
     shutil.copy(base / "group.master", root / "etc/group")
     images.put(root / "etc/machine-id", "")
+    # The serial line is for the tests only.
+    images.put(root / "etc/systemd/system.conf.d/quiet.conf", "[Manager]\nShowStatus=no\n")
+    (root / "etc/systemd/system/serial-getty@ttyS4.service").symlink_to("/dev/null")
     units = root / "usr/lib/systemd/system"
     images.put(units / "kestrune@.service", images.replaced("systemd/kestrune@.service.in"))
     for mode in DROP_IN_FOLDERS:
@@ -93,8 +98,10 @@ def add(root):
 
 def start(device, trouble=""):
     """Starts the firmware's init; returns when its start has ended."""
-    device.must("/sbin/ubiattach -m 1 -d 0 >/dev/null && "
-                "mkdir -p /mem /phone-root && mount -t tmpfs tmp /mem && mkdir /mem/upper /mem/work && mount -t overlay overlay "
+    limit = f"s/TimeoutStartSec=120/TimeoutStartSec={images.SHORT_LIMIT_SECONDS}/"
+    device.must("/sbin/ubiattach -m 1 -d 0 >/dev/null && mkdir -p /mem /phone-root && mount -t tmpfs tmp /mem && "
+                "mkdir /mem/upper /mem/work && mount -t overlay overlay "
                 "-o lowerdir=/firmware,upperdir=/mem/upper,workdir=/mem/work /phone-root && "
-                f"echo TROUBLE={trouble} >/phone-root/etc/trouble")
-    device.must("exec switch_root /phone-root /sbin/init")
+                f"echo TROUBLE={trouble} >/phone-root/etc/trouble && "
+                f"if [ '{trouble}' = hang ]; then sed -i {limit} /phone-root{UNIT}; fi")
+    device.must("exec switch_root /phone-root /sbin/init", machine.SECONDS_TO_START)
