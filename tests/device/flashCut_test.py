@@ -21,8 +21,8 @@ from board import cuts, expected, flash, phone
 from model import comparison, oneStep
 
 SINGLE_MODES = ("all", "1", "2", "dev", "pwd")
-FEW = {"chosen": 16, "random": 4}  # phones of each file system
-MANY = {"chosen": sys.maxsize, "random": 215}
+FEW = {"of_each": 1, "at_random": 4}  # of each mode and kind of place
+MANY = {"of_each": sys.maxsize, "at_random": 215}
 
 
 def faults_of_modes(board, kind, image, source, program):
@@ -53,38 +53,34 @@ def print_counts(kind, counts):
 
 
 def prove(board, kind, image, boots, counts):
+    """The faults, and the figures."""
     all_cuts = cuts.Cuts(board, kind, image, boots)
-    faults = list(all_cuts.faults)
-    jobs = all_cuts.places(counts)
-    tally = collections.Counter()
-    for place, (found, count) in zip(jobs, proof.in_parallel(all_cuts.prove, jobs, at_once=1)):
-        faults += found
-        tally[place.mode, place.kind] += 1
-        tally["any", "again, at random"] += count - 1
+    chosen = all_cuts.places(**counts)
+    outcomes = [all_cuts.prove(place) for place in chosen]
+    tally = collections.Counter((place.mode, place.kind) for place in chosen)
+    tally["any", "again, at random"] = sum(outcome.cuts - 1 for outcome in outcomes)
     print_counts(kind, tally)
-    total = sum(tally.values())
-    print(f"{kind:<9}{total} cuts, {len(jobs)} phones", flush=True)
-    return faults, total
+    lost = sum(bool(outcome.lost) for outcome in outcomes)
+    unlike = sum(bool(outcome.unlike) for outcome in outcomes)
+    faults = all_cuts.faults + [fault for outcome in outcomes for fault in outcome.lost + outcome.unlike]
+    return faults, (f"{tally.total()} cuts of {len(chosen)} phones with {kind}, {lost} of them lost a change, "
+                    f"{unlike} did not end as undisturbed")
 
 
 def main():
-    arguments = cuts.parse_arguments(__doc__)
+    arguments = cuts.parse_arguments(__doc__, "--kind", phone.KINDS)
     os.umask(oneStep.UMASK)
     counts = MANY if "KESTRUNE_WHOLE_PROOFS" in os.environ else FEW
-    faults = []
-    total = 0
+    kind = arguments.kind
     with proof.scratch_folder() as scratch:
         folder = pathlib.Path(scratch)
         source = expected.make_phone(folder / "source")
         boots = expected.Boots(arguments.host_program, folder)
         board = cuts.Board(folder, arguments.program, source)
-        for kind in arguments.kind or phone.KINDS:
-            image = cuts.make_flash(board, kind, source)
-            faults += faults_of_modes(board, kind, image, source, arguments.host_program)
-            found, added = prove(board, kind, image, boots, counts)
-            faults += found
-            total += added
-    return proof.end("flashCut", faults, f"{total} cuts on a booted phone, each phone ends as undisturbed")
+        image = cuts.make_flash(board, kind, source)
+        faults = faults_of_modes(board, kind, image, source, arguments.host_program)
+        found, figures = prove(board, kind, image, boots, counts)
+    return proof.end("flashCut", faults + found, figures)
 
 
 if __name__ == "__main__":

@@ -4,7 +4,7 @@
 
 """A firmware with BusyBox init on the booted machine, with the installed init script linked as documented: the modes run
 before the telephony, the second start does nothing; and starts that are cut, hang, or find `/config` read-only or full.
-With KESTRUNE_WHOLE_PROOFS, also systemd with the installed units.
+The same with systemd and the installed units.
 """
 
 import os
@@ -19,6 +19,7 @@ from model import boot, comparison, oneStep
 
 KIND = "UBIFS"
 BLOCKS = 24  # of 64 KiB: quickly full
+INITS = {"BusyBox": busyBoxRoot, "systemd": systemdRoot}
 START = "kestrune=/boot/kestrune.init\n$kestrune start\n"
 
 
@@ -28,7 +29,7 @@ class Firmware:
     def __init__(self, arguments, init, folder):
         self.init = init
         self.folder = folder
-        folder.mkdir()
+        self.starts = 0
         self.source = expected.make_phone(folder / "source")
         self.begin = expected.files_of(phones.snapshot(self.source))
         self.end = self.expected_end(arguments.host_program)
@@ -44,6 +45,7 @@ class Firmware:
         """Starts the phone with this content of the flash; returns the files, the log's lines and the flash's changes."""
         image = self.folder / "config.image"
         image.write_bytes(content)
+        self.starts += 1
         with self.board.resume(image) as device:
             self.init.start(device, trouble)
             log = device.must(self.init.LOG).decode(errors="replace").splitlines()
@@ -111,27 +113,17 @@ def faults_of_trouble(firmware, trouble, afterwards=""):
     return told(trouble, faults + faults_of_log(log, "migrated"))
 
 
-def prove(arguments, init, folder):
-    firmware = Firmware(arguments, init, folder)
-    faults, changes = faults_of_two_starts(firmware)
-    faults += faults_of_cuts(firmware, changes)
-    faults += faults_of_trouble(firmware, "read-only")
-    faults += faults_of_trouble(firmware, "full", "rm /config/filler")
-    return faults + faults_of_trouble(firmware, "hang")
-
-
 def main():
-    arguments = cuts.parse_arguments(__doc__)
+    arguments = cuts.parse_arguments(__doc__, "--init", INITS)
     os.umask(oneStep.UMASK)
-    kinds = {"BusyBox init": busyBoxRoot}
-    if "KESTRUNE_WHOLE_PROOFS" in os.environ:
-        kinds["systemd"] = systemdRoot
-    faults = []
     with proof.scratch_folder() as scratch:
-        for name, init in kinds.items():
-            print(name, flush=True)
-            faults += [f"{name}, {fault}" for fault in prove(arguments, init, pathlib.Path(scratch, init.__name__))]
-    return proof.end("start", faults, f"11 starts of {' and of '.join(kinds)}")
+        firmware = Firmware(arguments, INITS[arguments.init], pathlib.Path(scratch))
+        faults, changes = faults_of_two_starts(firmware)
+        faults += faults_of_cuts(firmware, changes)
+        faults += faults_of_trouble(firmware, "read-only")
+        faults += faults_of_trouble(firmware, "full", "rm /config/filler")
+        faults += faults_of_trouble(firmware, "hang")
+    return proof.end("start", faults, f"{firmware.starts} starts with {arguments.init}")
 
 
 if __name__ == "__main__":

@@ -6,6 +6,8 @@ random, and at the end is compared with an undisturbed one.
 """
 
 import argparse
+import collections
+import dataclasses
 import os
 import pathlib
 import random
@@ -20,13 +22,15 @@ MOST_CUTS_OF_A_PHONE = 4
 CHANCE_OF_ANOTHER = 0.15
 
 
-def parse_arguments(description):
-    """Ends the test as skipped where there is no machine. With the variable CI, that is a failure."""
+def parse_arguments(description, option=None, choices=()):
+    """Ends the test as skipped where there is no machine. With the variable CI, that is a failure. `option` is an additional
+    one, which must be one of the choices."""
     parser = argparse.ArgumentParser(description=description.splitlines()[0])
     parser.add_argument("--program", required=True, type=lambda name: pathlib.Path(name).resolve(),
                         help="built for 32-bit ARM, static")
     parser.add_argument("--host-program", required=True, type=lambda name: pathlib.Path(name).resolve())
-    parser.add_argument("--kind", action="append", choices=phone.KINDS)
+    if option:
+        parser.add_argument(option, required=True, choices=choices)
     arguments = parser.parse_args()
     reason = images.why_not()
     if reason and "CI" in os.environ:
@@ -77,6 +81,15 @@ def make_flash(board, kind, source, blocks=None):
     return image
 
 
+@dataclasses.dataclass(frozen=True)
+class Outcome:
+    """Of one phone: what the first cut has lost, how the end differs from an undisturbed one, and the number of cuts."""
+
+    lost: list
+    unlike: list
+    cuts: int
+
+
 class Cuts:
     """All cuts of one file system."""
 
@@ -102,24 +115,26 @@ class Cuts:
             found = self.files(device)
             return flash.changes_of(device.programmed()), found
 
-    def places(self, counts):
+    def places(self, of_each, at_random):
+        """So many places of each mode and kind, and so many random bytes."""
         chance = random.Random(SEED)
-        found = places.chosen(self.image, self.changes, expected.MODES)
-        if len(found) > counts["chosen"]:
-            found = sorted(chance.sample(found, counts["chosen"]), key=lambda place: place.changes)
-        return found + places.at_random(self.image, self.changes, expected.MODES, counts["random"], SEED)
+        kinds = collections.defaultdict(list)
+        for place in places.chosen(self.image, self.changes, expected.MODES):
+            kinds[place.mode, place.kind].append(place)
+        found = [place for _, same in sorted(kinds.items()) for place in chance.sample(same, min(of_each, len(same)))]
+        found.sort(key=lambda place: place.changes)
+        return found + places.at_random(self.image, self.changes, expected.MODES, at_random, SEED)
 
     def prove(self, place):
-        """The faults of a power cut there and of the cuts that follow it, and the number of all cuts."""
+        """Cuts the power there, and perhaps again in the starts that follow."""
         try:
             return self.cut(place)
         except machine.Failed as reason:
-            return [f"{self.kind}, {told(place)}: {reason}"], 1
+            return Outcome([], [f"{self.kind}, {told(place)}: {reason}"], 1)
 
     def cut(self, place):
         chance = random.Random(f"{SEED} {place.changes}")
-        scratch = comparison.worker_folder(self.board.folder)
-        faults = []
+        lost = []
         count = 0
         content, changes, number = self.image, self.changes, place.changes
         while True:
@@ -128,14 +143,15 @@ class Cuts:
 
             def judge(found):
                 if count == 1:
-                    faults.extend(self.boots.faults_of_cut(found, place.mode, scratch / "phone"))
+                    lost.extend(self.boots.faults_of_cut(found, place.mode, self.board.folder / "phone"))
 
-            changes, found = self.start(content, scratch / "config.image", judge)
+            changes, found = self.start(content, self.board.folder / "config.image", judge)
             if count == MOST_CUTS_OF_A_PHONE or not changes or chance.random() > CHANCE_OF_ANOTHER:
                 break
             number = chance.randrange(len(changes)) + 1
-        faults += [f"at the end {fault}" for fault in comparison.differences(self.boots.end, found)]
-        return [f"{self.kind}, {told(place)}, {count} cuts: {fault}" for fault in faults], count
+        unlike = [f"at the end {fault}" for fault in comparison.differences(self.boots.end, found)]
+        name = f"{self.kind}, {told(place)}, {count} cuts: "
+        return Outcome([name + fault for fault in lost], [name + fault for fault in unlike], count)
 
 
 def told(place):
