@@ -43,7 +43,7 @@ SCRIPTS = {
     "script/test --armhf": ".ci/run",
     "script/test --asan": ".ci/run",
     "script/test --contract": ".ci/run",
-    "script/test --device": BY_HAND,
+    "script/test --device": ".ci/run",
     "script/test --device --all": BY_HAND,
     "script/test --portability": ".ci/run",
     ".ci/run": BY_HAND,
