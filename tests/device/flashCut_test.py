@@ -22,7 +22,7 @@ from model import comparison, oneStep
 
 SINGLE_MODES = ("all", "1", "2", "dev", "pwd")
 FEW = {"of_each": 1, "at_random": 4}  # of each mode and kind of place
-MANY = {"of_each": sys.maxsize, "at_random": 215}
+MANY = {"of_each": sys.maxsize, "at_random": 300}
 
 
 def faults_of_modes(board, kind, image, source, program):
