@@ -22,6 +22,7 @@ import unittest
 import pages
 import phones
 import proof
+import sourceTree
 
 BY_HAND = None  # it takes too long, or draws pictures and pages that are compared by eye
 SCRIPTS = {
@@ -82,20 +83,12 @@ def is_for_a_device(text):
 class Commands(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
-        scratch = proof.scratch_folder()
-        cls.addClassCleanup(scratch.cleanup)
-        cls.folder = pathlib.Path(scratch.name)
+        cls.folder = pathlib.Path(cls.enterClassContext(proof.scratch_folder()))
         cls.tools, cls.tree, cls.phone = cls.folder / "tools", cls.folder / "tree", cls.folder / "opt-phone"
         cls.log = cls.folder / "log"
         cls.log.touch()
         cls.tools.mkdir()
-        files = subprocess.run(["git", "ls-files", "-z", "--cached", "--others", "--exclude-standard"], cwd=pages.PROJECT, check=True,
-                               capture_output=True, text=True).stdout.split("\0")
-        for name in filter(os.path.exists, (str(pages.PROJECT / file) for file in files if file)):
-            copy = cls.tree / os.path.relpath(name, pages.PROJECT)
-            copy.parent.mkdir(parents=True, exist_ok=True)
-            shutil.copy2(name, copy, follow_symlinks=False)
-        subprocess.run(["git", "init", "-q", cls.tree], check=True)
+        sourceTree.copy_to(cls.tree)
         cls.make_tools()
         cls.make_vendor()
         cls.make_images()

@@ -25,6 +25,7 @@ import phones
 import proof
 
 MARK = re.compile(r"^(?:Before|After mode `(?P<mode>\w+)`), `(?P<path>/[^`]+)`(?P<end>:| is empty\.| is removed\.)$")
+WITHOUT_BLOCK = {" is empty.": b"", " is removed.": None}
 OTHER_FILES = ("[Service]\n", "<!-- kestrune-table-check: ")  # how the blocks begin that are no example
 ACCOUNTS = "config/user/voip"
 USER_INI = {"/config/user/user.ini": b"[Feature]\nRingbackTimeout=120\n"}
@@ -54,8 +55,7 @@ def steps_of(parts):
             continue
         if not steps or steps[-1].mode != mark["mode"]:
             steps.append(Step(mark["mode"], {}))
-        ends = {":": lambda at=at: content_after(parts, at), " is empty.": lambda: b"", " is removed.": lambda: None}
-        steps[-1].files[mark["path"]] = ends[mark["end"]]()
+        steps[-1].files[mark["path"]] = content_after(parts, at) if mark["end"] == ":" else WITHOUT_BLOCK[mark["end"]]
     return steps
 
 

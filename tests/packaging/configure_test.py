@@ -21,9 +21,7 @@ def presets():
 
 class Configure(unittest.TestCase):
     def setUp(self):
-        scratch = tempfile.TemporaryDirectory(prefix="kestrune-")
-        self.addCleanup(scratch.cleanup)
-        self.folder = pathlib.Path(scratch.name)
+        self.folder = pathlib.Path(self.enterContext(tempfile.TemporaryDirectory(prefix="kestrune-")))
 
     def configure(self, *arguments):
         """The names of the programs that a build makes, and the commands that compile."""

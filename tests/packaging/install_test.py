@@ -62,9 +62,7 @@ def files_of_package(name):
 
 class Install(unittest.TestCase):
     def setUp(self):
-        scratch = tempfile.TemporaryDirectory(prefix="kestrune-")
-        self.addCleanup(scratch.cleanup)
-        self.scratch = pathlib.Path(scratch.name)
+        self.scratch = pathlib.Path(self.enterContext(tempfile.TemporaryDirectory(prefix="kestrune-")))
         self.root = self.scratch / PREFIX
 
     def install(self, *arguments):

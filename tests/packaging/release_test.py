@@ -6,12 +6,12 @@
 import os
 import pathlib
 import re
-import shutil
 import subprocess
 import tempfile
 import unittest
 
 import packaging
+import sourceTree
 
 VERSION = re.search(r"(?m)^project\(kestrune VERSION (\S+) ", (packaging.SOURCE / "CMakeLists.txt").read_text())[1]
 NAME = f"kestrune-{VERSION}"
@@ -24,13 +24,8 @@ def output_of(*command, **options):
 
 def make_repository(folder):
     """One commit with the files of the project, as they are now, and a changelog that is ready for a release."""
-    names = output_of("git", "ls-files", "-z", "--cached", "--others", "--exclude-standard", cwd=packaging.SOURCE).split("\0")
-    for name in filter(None, names):
-        if (packaging.SOURCE / name).exists():
-            (folder / name).parent.mkdir(parents=True, exist_ok=True)
-            shutil.copy2(packaging.SOURCE / name, folder / name, follow_symlinks=False)
+    sourceTree.copy_to(folder)
     (folder / "CHANGELOG.md").write_text(f"# Changelog\n\n## [Unreleased]\n\n## [{VERSION}] - 2026-01-02\n\n- Something.\n")
-    output_of("git", "init", "-q", cwd=folder)
     commit(folder)
 
 
@@ -42,11 +37,8 @@ def commit(folder):
 class Release(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
-        scratch = tempfile.TemporaryDirectory(prefix="kestrune-")
-        cls.addClassCleanup(scratch.cleanup)
-        cls.folder = pathlib.Path(scratch.name)
+        cls.folder = pathlib.Path(cls.enterClassContext(tempfile.TemporaryDirectory(prefix="kestrune-")))
         cls.first = cls.folder / "first"
-        cls.first.mkdir()
         make_repository(cls.first)
         status, cls.output = cls.release(cls.first)
         if status != 0:
@@ -75,8 +67,8 @@ class Release(unittest.TestCase):
 
     def test_it_gives_the_same_bytes_in_another_folder_at_another_time_for_another_user(self):
         second = self.clone("second")
-        for name in ("tar.umask", "core.autocrlf"):
-            output_of("git", "config", name, {"tar.umask": "0077", "core.autocrlf": "true"}[name], cwd=second)
+        output_of("git", "config", "tar.umask", "0077", cwd=second)
+        output_of("git", "config", "core.autocrlf", "true", cwd=second)
         status, output = self.release(second, umask=0o077, env={**os.environ, "TZ": "Asia/Tokyo", "GZIP": "-1"})
         self.assertEqual(status, 0, output)
         for name in packaging.files_below(self.made):

@@ -35,15 +35,13 @@ def elements(text):
 class Sbom(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
-        scratch = tempfile.TemporaryDirectory(prefix="kestrune-")
-        cls.addClassCleanup(scratch.cleanup)
-        cls.folder = pathlib.Path(scratch.name)
+        cls.folder = pathlib.Path(cls.enterClassContext(tempfile.TemporaryDirectory(prefix="kestrune-")))
         cls.tree = cls.folder / "tree"
         shutil.copytree(packaging.SOURCE / "platform", cls.tree / "platform")
         cls.make("first")
         cls.text = (cls.folder / "first-1.2.spdx").read_text()
         cls.elements = elements(cls.text)
-        cls.relations = [value.split() for tag, value in re.findall(r"(?m)^(Relationship): (.*)$", cls.text)]
+        cls.relations = [value.split() for value in re.findall(r"(?m)^Relationship: (.*)$", cls.text)]
 
     @classmethod
     def make(cls, name):

@@ -125,13 +125,17 @@ Archive OpenReader(const fs::path& path)
     return reader;
 }
 
+/// The library sets the umask of the process to 0 for a moment: two threads could leave it so.
+archive* NewDiskWriter()
+{
+    static std::mutex umaskMutex;
+    const std::lock_guard lock(umaskMutex);
+    return archive_write_disk_new();
+}
+
 Archive OpenWriter()
 {
-    // The library sets the umask of the process to 0 for a moment: two threads could leave it so.
-    static std::mutex umaskMutex;
-    std::unique_lock lock(umaskMutex);
-    Archive writer(archive_write_disk_new());
-    lock.unlock();
+    Archive writer(NewDiskWriter());
     if (writer == nullptr)
         throw std::bad_alloc();
     archive_write_disk_set_options(writer.get(), ARCHIVE_EXTRACT_PERM | ARCHIVE_EXTRACT_NO_OVERWRITE |

@@ -73,9 +73,9 @@ void ImageRules::CheckPasswordPass(int line, Findings& findings)
 /// One finding for the whole image, so that one comment suppresses it.
 void ImageRules::CheckKey(int line, Findings& findings)
 {
-    if (keyFile_.empty() && !isKeyReported_)
-        findings.push_back(
-            {"KT039", line, "the image has no cipher key: the development key, which is public, enciphers"});
+    if (!keyFile_.empty() || isKeyReported_)
+        return;
+    findings.push_back({"KT039", line, "the image has no cipher key: the development key, which is public, enciphers"});
     isKeyReported_ = true;
 }
 

@@ -21,10 +21,12 @@ std::set<Place> EntriesOf(const PhoneLists& lists, bool isActive)
 {
     std::set<Place> places;
     for (const ListedEntry& entry : lists.entries) {
-        if (entry.isActive == isActive && !entry.perAccount)
+        if (entry.isActive != isActive)
+            continue;
+        if (!entry.perAccount)
             places.emplace(entry.file, entry.section, entry.key);
         const int accounts = isActive ? kConvertedAccounts : kLastAccount + 1;
-        for (int account = 0; entry.isActive == isActive && entry.perAccount && account < accounts; ++account)
+        for (int account = 0; entry.perAccount && account < accounts; ++account)
             places.emplace(AccountFilePath(account), entry.section, entry.key);
     }
     return places;
@@ -160,8 +162,10 @@ void AddSecretWarnings(const RunFacts& facts, WarningList& list)
                 list.Add(WarningRule::SecretPlain, PlaceOf(file, item.place), problem);
         }
     }
+    if (!HasMode(facts, {"all", "dev", "pwd"}))
+        return;
     for (const TableRecord& record : facts.lists.records) {
-        if (HasMode(facts, {"all", "dev", "pwd"}) && plainSecrets.IsOldPlacePlain(record))
+        if (plainSecrets.IsOldPlacePlain(record))
             list.Add(WarningRule::OldPlacePlain,
                      record.sourceFile + " [" + record.sourceSection + "] " + record.sourceKey,
                      "a record keeps it enciphered at its new place");
