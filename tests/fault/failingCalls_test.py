@@ -22,6 +22,7 @@ from model import comparison, dependence, fileByFile, keyByKey, oneStep, recorde
 
 LONGEST_RUN = 30  # seconds
 LONG = 1000       # calls
+WAITING_RUNS = 16 # at a time
 EVERY_ERRNO = "--every-errno"
 
 WRITING = ("ENOSPC", "EIO", "EROFS", "EACCES", "EMFILE", "EDQUOT", "ENOMEM", "EINTR")
@@ -104,6 +105,11 @@ def errnos_of(call):
 def is_endless(call, error, goes_on):
     """When interrupted, the C library waits again for the shell, and the program for the lock."""
     return call.name in ("wait4", "flock") and error == "EINTR" and goes_on
+
+
+def only_waits(fault):
+    """The program tries a report for ten seconds."""
+    return fault.step.call.name == "write" and fault.errno == "EINTR" and fault.goes_on
 
 
 def ways_of(mode, place):
@@ -354,7 +360,11 @@ def main():
         JUDGES.update(keyByKey.of_modes(PROGRAM, chosen.phone, chosen.mode, SCRATCH, log.options))
         log.close()
         faults = [fault for mode in chosen.mode for fault in (*faults_of(mode, next_errno), *failing_clean_ups(mode))]
-        problems = list(itertools.chain(*proof.in_parallel(run_fault, faults)))
+        waiting = [fault for fault in faults if only_waits(fault)]
+        others = [fault for fault in faults if not only_waits(fault)]
+        found = (*proof.in_parallel(run_fault, waiting, at_once=1, workers=WAITING_RUNS),
+                 *proof.in_parallel(run_fault, others))
+        problems = list(itertools.chain(*found))
     return proof.end("failing calls", problems, f"{len(faults)} errors in {len(chosen.mode)} modes")
 
 

@@ -80,12 +80,12 @@ def do_work(job):
     return work(job)
 
 
-def in_parallel(function, jobs, at_once=JOBS_AT_ONCE):
+def in_parallel(function, jobs, at_once=JOBS_AT_ONCE, workers=WORKERS):
     """The results in order. Each worker has its own copy of the state of `function`."""
     global work
     work = function
-    with concurrent.futures.ProcessPoolExecutor(WORKERS, multiprocessing.get_context("fork")) as workers:
-        yield from workers.map(do_work, jobs, chunksize=at_once)
+    with concurrent.futures.ProcessPoolExecutor(workers, multiprocessing.get_context("fork")) as pool:
+        yield from pool.map(do_work, jobs, chunksize=at_once)
 
 
 def end(name, faults, figures):
