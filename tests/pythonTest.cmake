@@ -9,5 +9,5 @@ function(kestrune_python_test name script)
     add_test(NAME ${name} COMMAND ${Python3_EXECUTABLE} -B ${CMAKE_CURRENT_SOURCE_DIR}/${script}_test.py ${ARGN})
     set_tests_properties(
         ${name} PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 300 ENVIRONMENT_MODIFICATION
-                           PYTHONPATH=set:${PROJECT_SOURCE_DIR}/tests/support/python)
+                           PYTHONPATH=set:${PROJECT_SOURCE_DIR}/tests/support/python COST 20) # the short tests fill the gaps
 endfunction()
