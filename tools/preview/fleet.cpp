@@ -6,11 +6,8 @@
 #include <algorithm>
 #include <atomic>
 #include <exception>
-#include <iomanip>
 #include <mutex>
-#include <nettle/sha2.h>
 #include <set>
-#include <sstream>
 #include <thread>
 
 #include "fleet/fleetCounter.h"
@@ -19,9 +16,7 @@
 #include "fleet/phoneLine.h"
 #include "output/htmlOutput.h"
 #include "output/progressBar.h"
-#include "phoneImage/imageLimits.h"
 #include "phoneImage/printable.h"
-#include "phoneImage/scratch.h"
 #include "phoneImage/toolError.h"
 
 namespace fs = std::filesystem;
@@ -29,8 +24,6 @@ using nlohmann::json;
 
 namespace
 {
-
-constexpr std::size_t kFingerprintBytes = 16;
 
 json FirstLine(const FleetOptions& options)
 {
@@ -110,14 +103,6 @@ private:
     std::optional<FleetLog> log_;
 };
 
-/// @param name  in its folder: the same firmware is in other places on other machines
-void HashFile(sha256_ctx& hash, const std::string& name, const fs::path& path)
-{
-    const std::string content = ReadWhole(path, kMostImageBytes);
-    const std::string bytes = name + '\n' + std::to_string(content.size()) + '\n' + content;
-    sha256_update(&hash, bytes.size(), reinterpret_cast<const std::uint8_t*>(bytes.data()));
-}
-
 } // namespace
 
 FleetReport RunFleet(const std::vector<std::string>& images, const FleetOptions& options, std::ostream& errors)
@@ -168,30 +153,4 @@ FleetReport MergeLogs(const std::vector<fs::path>& logs)
         first = own;
     }
     return Finish(counter, first);
-}
-
-std::string FingerprintOf(const std::vector<fs::path>& paths)
-{
-    sha256_ctx hash;
-    sha256_init(&hash);
-    for (const fs::path& path : paths) {
-        std::vector<fs::path> files;
-        if (fs::is_directory(path)) {
-            for (const fs::directory_entry& entry : fs::recursive_directory_iterator(path)) {
-                if (fs::is_regular_file(entry.symlink_status()))
-                    files.push_back(entry.path());
-            }
-            std::sort(files.begin(), files.end());
-        } else if (!path.empty()) {
-            files.push_back(path);
-        }
-        for (const fs::path& file : files)
-            HashFile(hash, file == path ? "" : file.lexically_relative(path).string(), file);
-    }
-    std::array<std::uint8_t, SHA256_DIGEST_SIZE> digest = {};
-    sha256_digest(&hash, digest.size(), digest.data());
-    std::ostringstream text;
-    for (std::size_t i = 0; i < kFingerprintBytes; ++i)
-        text << std::hex << std::setw(2) << std::setfill('0') << unsigned{digest[i]};
-    return text.str();
 }

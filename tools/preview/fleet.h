@@ -32,6 +32,3 @@ FleetReport RunFleet(const std::vector<std::string>& images, const FleetOptions&
 
 /// Adds up the logs of parts of a fleet. Throws `ToolError`, also when they are of different runs.
 FleetReport MergeLogs(const std::vector<std::filesystem::path>& logs);
-
-/// @return a short text that differs when a file or a file in a folder does; for an empty path, nothing is added
-std::string FingerprintOf(const std::vector<std::filesystem::path>& paths);

@@ -11,6 +11,7 @@
 
 #include "descriptor.h"
 #include "expectation.h"
+#include "fingerprint.h"
 #include "fleet.h"
 #include "fleet/fleetOutput.h"
 #include "options.h"

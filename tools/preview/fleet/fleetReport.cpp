@@ -21,8 +21,9 @@ std::string PlaceText(const PlaceCount& place)
 
 std::string SummaryOf(const FleetReport& report)
 {
-    const std::string phones =
-        std::to_string(report.phones.size()) + " phones, mode " + Join(report.modes, ", then ") + ": ";
+    const std::string phones = std::to_string(report.phones.size()) +
+                               (report.phones.size() == 1 ? " phone" : " phones") + ", mode " +
+                               Join(report.modes, ", then ") + ": ";
     if (report.isDifference) {
         const auto differ = std::count_if(report.phones.begin(), report.phones.end(),
                                           [](const PhoneRow& row) { return row.places != 0; });
