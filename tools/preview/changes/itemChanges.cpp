@@ -142,10 +142,12 @@ private:
     void Add(const Item& item)
     {
         const Place place = PlaceOf(item);
-        if (ValueAt(before_, place) == ValueAt(after_, place))
+        const std::optional<std::string_view> valueBefore = ValueAt(before_, place);
+        const std::optional<std::string_view> valueAfter = ValueAt(after_, place);
+        if (valueBefore == valueAfter)
             return;
-        const std::optional<std::string> before(ValueAt(before_, place));
-        const std::optional<std::string> after(ValueAt(after_, place));
+        const std::optional<std::string> before(valueBefore);
+        const std::optional<std::string> after(valueAfter);
         const std::string_view group = *item.group;
         changes_.push_back({KindOf(before, after), item, before, after, history_.PassesThatChanged(place),
                             !groupsBefore_.contains(group) || removedGroups_.contains(group)});

@@ -66,8 +66,9 @@ FileFormat GuessFormat(std::string_view content)
 
 FileFormats::FileFormats(const PhoneLists& lists) : iniPaths_(std::begin(kIniPaths), std::end(kIniPaths))
 {
-    const auto add = [this](const std::string& path) {
-        if (!path.empty())
+    std::set<std::string> names; // a few files are named thousands of times
+    const auto add = [&](const std::string& path) {
+        if (!path.empty() && names.insert(path).second)
             iniPaths_.insert(std::filesystem::path(path).lexically_normal().string());
     };
     for (int account = 0; account <= kLastAccount; ++account)
