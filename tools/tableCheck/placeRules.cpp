@@ -4,12 +4,12 @@
 #include "placeRules.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <string_view>
 #include <tinyxml.h>
 
 #include "fileKinds.h"
 #include "iniFile.h"
+#include "phoneImage/normalPath.h"
 #include "quotedText.h"
 #include "tableRecord.h"
 
@@ -23,7 +23,7 @@ bool IsRelative(const std::string& path)
 
 bool LiesBelow(const std::string& path, std::string_view folder)
 {
-    return std::filesystem::path(path).lexically_normal().string().rfind(folder, 0) == 0;
+    return NormalPath(path).starts_with(folder);
 }
 
 /// An attribute and its text.

@@ -6,12 +6,13 @@
 #include <filesystem>
 #include <tinyxml.h>
 
+#include "phoneImage/normalPath.h"
 #include "phoneImage/printable.h"
 #include "translateConfigTable.h"
 
 Place MakePlace(const std::string& file, const std::string& section, const std::string& key)
 {
-    return {std::filesystem::path(file).lexically_normal().string(), section, key};
+    return {NormalPath(file), section, key};
 }
 
 int TableRecord::Line() const

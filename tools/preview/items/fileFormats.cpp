@@ -4,12 +4,12 @@
 #include "fileFormats.h"
 
 #include <algorithm>
-#include <filesystem>
 
 #include "allV4XToV50.h"
 #include "configMapper.h"
 #include "iniText.h"
 #include "phoneFacts.h"
+#include "phoneImage/normalPath.h"
 
 namespace
 {
@@ -66,10 +66,9 @@ FileFormat GuessFormat(std::string_view content)
 
 FileFormats::FileFormats(const PhoneLists& lists) : iniPaths_(std::begin(kIniPaths), std::end(kIniPaths))
 {
-    std::set<std::string> names; // a few files are named thousands of times
-    const auto add = [&](const std::string& path) {
-        if (!path.empty() && names.insert(path).second)
-            iniPaths_.insert(std::filesystem::path(path).lexically_normal().string());
+    const auto add = [this](const std::string& path) {
+        if (!path.empty())
+            iniPaths_.insert(NormalPath(path));
     };
     for (int account = 0; account <= kLastAccount; ++account)
         add(AccountFilePath(account));

@@ -3,15 +3,13 @@
 
 #include "forgottenKeys.h"
 
-#include <filesystem>
 #include <map>
 #include <set>
-#include <string_view>
 #include <tuple>
-#include <utility>
 
 #include "items/items.h"
 #include "phoneFacts.h"
+#include "phoneImage/normalPath.h"
 
 namespace
 {
@@ -23,70 +21,41 @@ bool IsAccount(const std::string& path)
     return path.starts_with(kAccountFilePrefix);
 }
 
-/// What the lists and the passes name. The lists must outlive it.
-class KnownPlaces
+std::set<Place> KnownPlaces(const PhoneLists& lists)
 {
-public:
-    explicit KnownPlaces(const PhoneLists& lists)
-    {
-        for (const PassKey& key : kPassKeys)
-            places_.emplace(key.file, key.section, key.key);
-        for (const ListedEntry& entry : lists.entries)
-            places_.emplace(entry.perAccount ? std::string_view(kAllAccounts) : PathOf(entry.file), entry.section,
-                            entry.key);
-        for (const TableRecord& record : lists.records) {
-            places_.emplace(PathOf(record.sourceFile), record.sourceSection, record.sourceKey);
-            places_.emplace(PathOf(record.file), record.section, record.key);
-        }
+    std::set<Place> known;
+    for (const PassKey& key : kPassKeys)
+        known.emplace(key.file, key.section, key.key);
+    const auto add = [&known](const std::string& file, const std::string& section, const std::string& key) {
+        known.emplace(NormalPath(file), section, key);
+    };
+    for (const ListedEntry& entry : lists.entries)
+        add(entry.perAccount ? kAllAccounts : entry.file, entry.section, entry.key);
+    for (const TableRecord& record : lists.records) {
+        add(record.sourceFile, record.sourceSection, record.sourceKey);
+        add(record.file, record.section, record.key);
     }
-
-    bool Has(std::string_view file, std::string_view section, std::string_view key) const
-    {
-        return places_.contains({file, section, key});
-    }
-
-private:
-    /// A few files are named thousands of times.
-    std::string_view PathOf(const std::string& file)
-    {
-        const auto [path, isNew] = paths_.try_emplace(file);
-        if (isNew)
-            path->second = std::filesystem::path(file).lexically_normal().string();
-        return path->second;
-    }
-
-    std::map<std::string, std::string> paths_; ///< without "//" and "/./", by name in the lists
-    std::set<std::tuple<std::string_view, std::string_view, std::string_view>> places_;
-};
-
-/// The values of a file by section and key.
-class Keys
-{
-public:
-    Keys(const Snapshot& phone, const std::string& path)
-        : items_(ReadItems(FileFormat::Ini, ContentOf(phone, path)).value_or(std::vector<Item>()))
-    {
-        for (const Item& item : items_)
-            values_.try_emplace({*item.group, item.name}, item.value); // the program reads the first of several
-    }
-
-    const auto& Values() const { return values_; }
-
-private:
-    std::vector<Item> items_;
-    std::map<std::pair<std::string_view, std::string_view>, std::string_view> values_; ///< in the items
-};
-
-/// The file that a factory reset, or mode "2", makes a file from.
-std::string FactoryFileOf(const std::string& path)
-{
-    return IsAccount(path) ? kFactoryAccount : "/phone/factory" + path.substr(std::string_view("/config").size());
+    return known;
 }
 
-/// Mode "2" installs a factory account without these marks.
-std::string_view WithoutMark(std::string_view value, bool isAccount)
+using Keys = std::map<std::pair<std::string, std::string>, std::string>; ///< values by section and key
+
+Keys KeysOf(const Snapshot& phone, const std::string& path)
 {
-    return isAccount && value.starts_with('?') ? value.substr(1) : value;
+    Keys keys;
+    for (const Item& item : ReadItems(FileFormat::Ini, ContentOf(phone, path)).value_or(std::vector<Item>()))
+        keys.try_emplace({*item.group, item.name}, item.value); // the program reads the first of several
+    return keys;
+}
+
+Keys FactoryKeys(const Snapshot& phone, const std::string& path)
+{
+    if (!IsAccount(path))
+        return KeysOf(phone, "/phone/factory" + path.substr(std::string_view("/config").size()));
+    Keys keys = KeysOf(phone, kFactoryAccount);
+    for (auto& [place, value] : keys) // mode "2" installs it without these marks
+        value.erase(0, value.starts_with('?') ? 1 : 0);
+    return keys;
 }
 
 } // namespace
@@ -96,25 +65,22 @@ std::vector<ForgottenKey> FindForgottenKeys(const Snapshot& before, const Snapsh
 {
     if (lists.records.empty())
         return {};
-    const KnownPlaces known(lists);
+    const std::set<Place> known = KnownPlaces(lists);
     std::map<Place, bool> forgotten; // whether it is the user's own
     for (const std::string& path : formats.Paths()) {
         const std::string& content = ContentOf(before, path);
         if (!path.starts_with("/config/") || path == kHandOverCopy || path == kDirectIPFile || content.empty() ||
             formats.Of(path, content) != FileFormat::Ini)
             continue;
-        const bool isAccount = IsAccount(path);
-        const std::string file = isAccount ? kAllAccounts : path;
-        const Keys keys(before, path);
-        const Keys factory(before, FactoryFileOf(path));
-        const Keys oldFactory(old, FactoryFileOf(path));
-        for (const auto& [place, value] : keys.Values()) {
+        const std::string file = IsAccount(path) ? kAllAccounts : path;
+        const Keys factory = FactoryKeys(before, path);
+        const Keys oldFactory = FactoryKeys(old, path);
+        for (const auto& [place, value] : KeysOf(before, path)) {
             const auto& [section, key] = place;
-            if (factory.Values().contains(place) || known.Has(path, section, key) || known.Has(file, section, key))
+            if (factory.contains(place) || known.contains({path, section, key}) || known.contains({file, section, key}))
                 continue;
-            const auto standard = oldFactory.Values().find(place);
-            forgotten[{file, std::string(section), std::string(key)}] |=
-                standard == oldFactory.Values().end() || WithoutMark(standard->second, isAccount) != value;
+            const auto standard = oldFactory.find(place);
+            forgotten[{file, section, key}] |= standard == oldFactory.end() || standard->second != value;
         }
     }
     std::vector<ForgottenKey> keys;

@@ -4,9 +4,9 @@
 #include "recordOutcomes.h"
 
 #include <algorithm>
-#include <filesystem>
 
 #include "iniText.h"
+#include "phoneImage/normalPath.h"
 #include "runSequence.h"
 
 namespace
@@ -46,7 +46,7 @@ public:
 private:
     std::string& At(const std::string& path)
     {
-        const std::string normal = std::filesystem::path(path).lexically_normal().string();
+        const std::string normal = NormalPath(path);
         return files_.try_emplace(normal, ContentOf(phone_, normal)).first->second;
     }
 
