@@ -20,9 +20,9 @@ import phones
 import proof
 from model import comparison, dependence, fileByFile, keyByKey, oneStep, recordedRun, systemLog
 
-LONGEST_RUN = 30  # seconds
-LONG = 1000       # calls
-WAITING_RUNS = 16 # at a time
+LONGEST_RUN = 30   # seconds
+LONG = 1000        # calls
+WAITING_RUNS = 16  # at a time
 EVERY_ERRNO = "--every-errno"
 
 WRITING = ("ENOSPC", "EIO", "EROFS", "EACCES", "EMFILE", "EDQUOT", "ENOMEM", "EINTR")
